@@ -1,0 +1,43 @@
+#pragma once
+
+// Part 1.1's settings: the five registered defaults, the hold-delay clamp, the trigger mapping
+// and the trigger's name, as pure functions over the settings store for the shell to call.
+
+#include "trigger/ModifierFlags.h"
+
+#include <QString>
+
+#include <optional>
+
+namespace corvane {
+
+class UserDefaults;
+
+namespace TriggerSettings {
+
+inline const QString holdDelayKey = QStringLiteral("holdDelay");
+inline const QString triggerModifierKey = QStringLiteral("triggerModifier");
+inline const QString showDisabledItemsKey = QStringLiteral("showDisabledItems");
+inline const QString showItemsWithoutShortcutKey = QStringLiteral("showItemsWithoutShortcut");
+inline const QString glassyBackgroundKey = QStringLiteral("glassyBackground");
+
+inline constexpr double defaultHoldDelay = 0.85;
+inline constexpr double minimumHoldDelay = 0.3;
+inline constexpr double maximumHoldDelay = 2.0;
+
+// Registers the five defaults of Part 1.1 (in memory; never written).
+void registerDefaults(UserDefaults& defaults);
+
+// 0.3 or less gives 0.3; then more than 2.0 gives 2.0.
+double clampHoldDelay(double seconds);
+double holdDelay(const UserDefaults& defaults);
+
+// The stored "triggerModifier", "command" when absent.
+QString triggerSetting(const UserDefaults& defaults);
+// "option" → option, "control" → control, "off" → none, anything else → command.
+std::optional<ModifierFlags::Flags> triggerModifier(const QString& setting);
+// The Linux name of the trigger (PLATFORM.md, Keys): "Ctrl", "Alt", "Super", or "" for "off".
+QString triggerSymbol(const QString& setting);
+
+} // namespace TriggerSettings
+} // namespace corvane

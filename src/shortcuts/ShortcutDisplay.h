@@ -1,0 +1,33 @@
+#pragma once
+
+// Turns a menu item's key-equivalent description into displayable ShortcutKeys (Part 4.1).
+// The three macOS functions are written exactly as specified (pure; a macOS backend will call
+// them); `fromAccelerator` reads the GTK and Qt accelerator texts that AT-SPI reports on Linux.
+
+#include "menus/MenuCatalog.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace corvane::ShortcutDisplay {
+
+QStringList modifierSymbols(qint64 axModifiers);
+std::optional<QString> keyLabel(const std::optional<QString>& cmdChar, std::optional<qint64> virtualKey,
+                                std::optional<qint64> glyph);
+std::optional<QString> label(const QString& forChar);
+
+std::optional<QString> glyphLabel(qint64 glyph);
+std::optional<QString> virtualKeyLabel(qint64 virtualKey);
+
+// A GTK accelerator ("<Primary><Shift>o", "<Control>F5") or Qt portable text ("Ctrl+Shift+S",
+// "Alt+Left"; of a comma-separated list the first sequence counts) to keys in the Linux desktop
+// order Ctrl, Alt, Shift, Super. Empty or unparsable text gives ShortcutKeys::none.
+ShortcutKeys fromAccelerator(const QString& text);
+
+// Qt reports an item's mnemonic as its key binding when it has no shortcut: Alt plus one letter
+// or digit that occurs in the item's title is a mnemonic, not a shortcut (PLATFORM.md).
+bool isQtMnemonic(const ShortcutKeys& keys, const QString& title);
+
+} // namespace corvane::ShortcutDisplay

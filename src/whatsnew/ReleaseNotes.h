@@ -1,0 +1,56 @@
+#pragma once
+
+// The release-note records and the catalogue compiled into the program (Part 6.2).
+
+#include "AppVersion.h"
+
+#include <QCoreApplication>
+#include <QList>
+#include <QString>
+#include <QUrl>
+
+#include <functional>
+#include <optional>
+
+namespace corvane {
+
+struct WhatsNewActions {
+    std::function<void()> openSettings;
+};
+
+struct WhatsNewFeature {
+    struct Media {
+        enum class Kind { image, video };
+        Kind kind;
+        QUrl url; // a still picture or a clip played muted in a loop (Part 6.3)
+    };
+    struct Action {
+        QString title;
+        std::function<void()> perform;
+    };
+
+    QString symbol; // one of the project's monochrome SVG symbols (PLATFORM.md)
+    QString title;
+    QString detail;
+    std::optional<Media> media;
+    std::optional<Action> action;
+};
+
+struct WhatsNewRelease {
+    AppVersion version;
+    QList<WhatsNewFeature> features;
+};
+
+class ReleaseNotes {
+    Q_DECLARE_TR_FUNCTIONS(ReleaseNotes)
+
+public:
+    // The oldest release whose notes are shown when the previous version is unknown.
+    static const AppVersion& floor();
+    // The whole catalogue, its texts translated on each call. The spec's "⌘" in the texts is the
+    // configured trigger's name on Linux ("Ctrl", "Alt", "Super"); with the trigger off the
+    // default "Ctrl" is named.
+    static QList<WhatsNewRelease> all(const WhatsNewActions& actions, const QString& triggerName = {});
+};
+
+} // namespace corvane

@@ -1,0 +1,54 @@
+#include "ReadOnlyFolder.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+
+#include <unistd.h>
+
+namespace corvane::test {
+
+namespace {
+
+bool chattr(const QString& flag, const QString& path)
+{
+    QProcess process;
+    process.start(QStringLiteral("chattr"), {flag, path});
+    return process.waitForFinished(5000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+}
+
+} // namespace
+
+ReadOnlyFolder::ReadOnlyFolder(QString path) : m_path(std::move(path))
+{
+    const QDir dir(m_path);
+    for (const QString& name : dir.entryList(QDir::Files))
+        QFile::setPermissions(dir.filePath(name), QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
+    QFile::setPermissions(m_path, QFile::ReadOwner | QFile::ExeOwner | QFile::ReadGroup | QFile::ExeGroup);
+    if (geteuid() == 0) {
+        m_immutable = chattr(QStringLiteral("+i"), m_path);
+        if (!m_immutable)
+            m_reason = QStringLiteral("running as root and chattr +i failed on ") + m_path;
+    }
+    // Check for real: can a file be created in the folder?
+    QFile probe(dir.filePath(QStringLiteral(".probe")));
+    m_readOnly = !probe.open(QIODevice::WriteOnly);
+    if (!m_readOnly) {
+        probe.close();
+        probe.remove();
+        if (m_reason.isEmpty())
+            m_reason = QStringLiteral("the folder stayed writable: ") + m_path;
+    }
+}
+
+ReadOnlyFolder::~ReadOnlyFolder()
+{
+    if (m_immutable)
+        chattr(QStringLiteral("-i"), m_path);
+    QFile::setPermissions(m_path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    const QDir dir(m_path);
+    for (const QString& name : dir.entryList(QDir::Files))
+        QFile::setPermissions(dir.filePath(name), QFile::ReadOwner | QFile::WriteOwner);
+}
+
+} // namespace corvane::test

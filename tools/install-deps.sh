@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# Installs the Debian bookworm packages Corvane needs to build, test and run.
+# Idempotent: only missing packages are installed. Run as root, or with sudo available.
+set -euo pipefail
+
+packages=(
+  # Build
+  cmake g++ make pkg-config ninja-build
+  qt6-base-dev qt6-base-dev-tools qt6-declarative-dev qt6-declarative-dev-tools
+  qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools qt6-svg-dev qt6-multimedia-dev
+  libx11-dev libxi-dev libgl-dev
+  # QML modules loaded at run time
+  qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-layouts
+  qml6-module-qtquick-window qml6-module-qtquick-templates qml6-module-qtqml-workerscript
+  qml6-module-qtmultimedia qml6-module-qtqml-models qml6-module-qtquick-shapes
+  libqt6svg6 qt6-qpa-plugins
+  # Fuzzing and sanitizers
+  clang libclang-rt-14-dev
+  # Test session: X server, window manager, buses, input, real applications
+  xvfb openbox xdotool x11-utils dbus dbus-x11 at-spi2-core libatk-adaptor
+  libgtk-3-dev geany mousepad featherpad python3-pyatspi python3-gi gir1.2-atspi-2.0
+  desktop-file-utils appstream
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+((${#missing[@]})) || exit 0
+
+echo "install-deps: installing ${missing[*]}"
+sudo=()
+[ "$(id -u)" -eq 0 ] || sudo=(sudo)
+export DEBIAN_FRONTEND=noninteractive
+"${sudo[@]}" apt-get update -qq
+"${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
