@@ -29,10 +29,13 @@ QString trimmed(const QString& text)
 
 QString fold(const QString& text)
 {
-    // Decompose, fold case, decompose again (a folded character may itself decompose), drop
-    // the nonspacing marks, and recompose: canonically equivalent inputs give equal outputs.
-    const QString decomposed =
-        text.normalized(QString::NormalizationForm_D).toCaseFolded().normalized(QString::NormalizationForm_D);
+    // Decompose, fold case fully (upper-casing first expands ß to SS and ligatures to their
+    // letters, which Qt's simple toCaseFolded() does not), decompose again, drop the nonspacing
+    // marks, and recompose: canonically equivalent inputs give equal outputs.
+    const QString decomposed = text.normalized(QString::NormalizationForm_D)
+                                   .toUpper()
+                                   .toCaseFolded()
+                                   .normalized(QString::NormalizationForm_D);
     QString stripped;
     stripped.reserve(decomposed.size());
     for (qsizetype i = 0; i < decomposed.size(); ++i) {
