@@ -5,7 +5,7 @@ set -euo pipefail
 build_dir=${1:-build}
 status=0
 for program in "$build_dir"/bench/bench_*; do
-    [ -x "$program" ] || continue
+    [ -f "$program" ] && [ -x "$program" ] || continue
     echo "# $(basename "$program")"
     "$program" || status=1
 done

@@ -52,12 +52,42 @@ std::optional<qsizetype> subsequenceSpan(const FoldedText& text, const FoldedTex
     return last - first + 1;
 }
 
-std::optional<int> scoreEntry(const FoldedText& leaf, int brevity, const FoldedText& path,
-                              const FoldedText& query)
+// The query with the word-start needle built once per keystroke rather than once per title.
+struct PreparedQuery {
+    FoldedText folded;
+    QString spaced; // " " + query
+    explicit PreparedQuery(const FoldedText& q) : folded(q), spaced(u' ' + q.text()) {}
+};
+
+std::optional<int> matchPrepared(const FoldedText& text, const PreparedQuery& query)
 {
-    if (const auto match = matchScore(leaf, query))
+    if (text.isEmpty())
+        return std::nullopt;
+    // Every rule below implies that the query is a subsequence of the text, so one cheap scan
+    // rejects most texts before any substring search (the result is the same either way).
+    const auto span = subsequenceSpan(text, query.folded);
+    if (!span)
+        return std::nullopt;
+    const QString& q = query.folded.text();
+    if (text.text().startsWith(q) && text.isBoundary(q.size()))
+        return prefixScore;
+    // "a single space followed by the query": the space must be a cluster of its own.
+    const QString& spaced = query.spaced;
+    for (qsizetype at = indexOfClusters(text, spaced); at != -1; at = indexOfClusters(text, spaced, at + 1))
+        if (text.isBoundary(at + 1))
+            return wordStartScore;
+    if (indexOfClusters(text, q) != -1)
+        return substringScore;
+    const qsizetype gap = *span - query.folded.length();
+    return int(std::max<qsizetype>(subsequenceBase - subsequenceStep * gap, subsequenceFloor));
+}
+
+std::optional<int> scoreEntry(const FoldedText& leaf, int brevity, const FoldedText& path,
+                              const PreparedQuery& query)
+{
+    if (const auto match = matchPrepared(leaf, query))
         return *match + brevity;
-    if (const auto match = matchScore(path, query))
+    if (const auto match = matchPrepared(path, query))
         return *match / pathMatchDivisor;
     return std::nullopt;
 }
@@ -81,30 +111,14 @@ int brevityFor(const QString& leaf)
 
 std::optional<int> matchScore(const FoldedText& text, const FoldedText& query)
 {
-    if (text.isEmpty())
-        return std::nullopt;
-    const QString& q = query.text();
-    if (text.text().startsWith(q) && text.isBoundary(q.size()))
-        return prefixScore;
-    // "a single space followed by the query": the space must be a cluster of its own.
-    const QString spaced = u' ' + q;
-    for (qsizetype at = indexOfClusters(text, spaced); at != -1; at = indexOfClusters(text, spaced, at + 1))
-        if (text.isBoundary(at + 1))
-            return wordStartScore;
-    if (indexOfClusters(text, q) != -1)
-        return substringScore;
-    if (const auto span = subsequenceSpan(text, query)) {
-        const qsizetype gap = *span - query.length();
-        return int(std::max<qsizetype>(subsequenceBase - subsequenceStep * gap, subsequenceFloor));
-    }
-    return std::nullopt;
+    return matchPrepared(text, PreparedQuery(query));
 }
 
 std::optional<int> score(const MenuCommand& command, const QString& foldedQuery)
 {
     const QString leaf = leafTitle(command);
     return scoreEntry(FoldedText(TextFolding::fold(leaf)), brevityFor(leaf), foldedPath(command),
-                      FoldedText(foldedQuery));
+                      PreparedQuery(FoldedText(foldedQuery)));
 }
 
 QList<MenuCommand> rank(const QList<MenuCommand>& commands, const QString& query,
@@ -127,9 +141,9 @@ Index::Index(QList<MenuCommand> commands) : m_commands(std::move(commands))
 
 QList<qsizetype> Index::rankPositions(const QString& query, const QSet<QString>& favorites) const
 {
-    const FoldedText folded(TextFolding::fold(query));
+    const PreparedQuery prepared{FoldedText(TextFolding::fold(query))};
     QList<qsizetype> positions;
-    if (folded.isEmpty()) {
+    if (prepared.folded.isEmpty()) {
         positions.reserve(m_commands.size());
         for (qsizetype i = 0; i < m_commands.size(); ++i)
             positions.append(i);
@@ -145,9 +159,10 @@ QList<qsizetype> Index::rankPositions(const QString& query, const QSet<QString>&
         qsizetype index;
     };
     std::vector<Scored> scored;
+    scored.reserve(size_t(m_entries.size()));
     for (qsizetype i = 0; i < m_entries.size(); ++i) {
         const Entry& entry = m_entries[i];
-        auto value = scoreEntry(entry.leaf, entry.brevity, entry.path, folded);
+        auto value = scoreEntry(entry.leaf, entry.brevity, entry.path, prepared);
         if (!value)
             continue;
         int total = *value;

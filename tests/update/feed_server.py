@@ -1,0 +1,66 @@
+#!/usr/bin/env python3
+"""A real HTTP server on 127.0.0.1 serving the update-feed cases of Part 7.1.
+
+Prints "PORT <n>" once it listens; runs until it is killed. /hang accepts the request and never
+answers; /big sends more than a feed could ever be.
+"""
+import http.server
+import json
+import sys
+import time
+
+FEED = {"version": "2.0", "download": "https://corvane.vantorel.com/download"}
+
+ROUTES = {
+    "/update-2.0": (200, "application/json", json.dumps(FEED)),
+    "/v-2.0.0": (200, "application/json", json.dumps({**FEED, "version": "2.0.0"})),
+    "/v-1.4": (200, "application/json", json.dumps({**FEED, "version": "1.4"})),
+    "/v-number": (200, "application/json", '{"version": 2.0, "download": "https://corvane.vantorel.com/d"}'),
+    "/no-download": (200, "application/json", '{"version": "2.0"}'),
+    "/beta": (200, "application/json", json.dumps({**FEED, "version": "2.0-beta"})),
+    "/bad-url": (200, "application/json", json.dumps({**FEED, "download": "not a url"})),
+    "/file-url": (200, "application/json", json.dumps({**FEED, "download": "file:///etc/passwd"})),
+    "/array": (200, "application/json", "[1, 2]"),
+    "/extra-members": (200, "application/json", json.dumps({**FEED, "notes": [1, 2], "x": None})),
+    "/feed-404": (404, "application/json", json.dumps(FEED)),
+    "/html-200": (200, "text/html", "<!doctype html><html><body>Hello</body></html>"),
+    "/html-404": (404, "text/html", "<!doctype html><html><body>Not Found</body></html>"),
+    "/empty": (200, "application/json", ""),
+}
+
+
+class Handler(http.server.BaseHTTPRequestHandler):
+    protocol_version = "HTTP/1.1"
+
+    def log_message(self, *args):
+        pass
+
+    def do_GET(self):
+        if self.path == "/hang":
+            time.sleep(3600)
+            return
+        if self.path == "/big":
+            body = b"{" + b" " * (3 * 1024 * 1024) + b"}"
+            self.send_response(200)
+            self.send_header("Content-Length", str(len(body)))
+            self.end_headers()
+            self.wfile.write(body)
+            return
+        status, kind, text = ROUTES.get(self.path, (404, "text/plain", "no such route"))
+        body = text.encode()
+        self.send_response(status)
+        self.send_header("Content-Type", kind)
+        self.send_header("Content-Length", str(len(body)))
+        self.end_headers()
+        self.wfile.write(body)
+
+
+def main():
+    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+    server.daemon_threads = True
+    print("PORT", server.server_address[1], flush=True)
+    server.serve_forever()
+
+
+if __name__ == "__main__":
+    sys.exit(main())

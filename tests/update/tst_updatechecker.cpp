@@ -1,0 +1,185 @@
+// Part 7.1's check against a real HTTP server on 127.0.0.1 (feed_server.py, started and stopped
+// by this test), and the feed parser on arbitrary bytes.
+
+#include "update/UpdateChecker.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QTest>
+
+using namespace corvane;
+using Result = UpdateChecker::Result;
+
+class TestUpdateChecker : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
+    void feedAddress();
+    void currentVersionFallsBackTo10();
+    void feeds_data();
+    void feeds();
+    void serverThatNeverAnswersFails();
+    void oversizedAnswerFails();
+    void refusedConnectionFails();
+    void feedParserTakesArbitraryBytes();
+
+private:
+    Result run(const QString& path, const QString& current, int timeoutMs = 5000);
+    QProcess m_server;
+    int m_port = 0;
+};
+
+void TestUpdateChecker::initTestCase()
+{
+    m_server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_server.start(QStringLiteral("python3"), {QStringLiteral(FEED_SERVER)});
+    QVERIFY2(m_server.waitForStarted(5000), "python3 did not start");
+    QTRY_VERIFY_WITH_TIMEOUT(m_server.canReadLine(), 10000);
+    const QByteArray line = m_server.readLine().trimmed();
+    QVERIFY2(line.startsWith("PORT "), line.constData());
+    m_port = line.mid(5).toInt();
+    QVERIFY(m_port > 0);
+}
+
+void TestUpdateChecker::cleanupTestCase()
+{
+    // Stop what we started, by its process id.
+    if (m_server.processId() > 0) {
+        m_server.kill();
+        m_server.waitForFinished(5000);
+    }
+}
+
+Result TestUpdateChecker::run(const QString& path, const QString& current, int timeoutMs)
+{
+    std::optional<Result> result;
+    int calls = 0;
+    UpdateChecker::Options options;
+    options.feedURL = QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_port).arg(path));
+    options.currentVersion = current;
+    options.timeoutMs = timeoutMs;
+    UpdateChecker::check(
+        [&](const Result& r) {
+            ++calls;
+            result = r;
+        },
+        options);
+    if (!QTest::qWaitFor([&] { return result.has_value(); }, timeoutMs + 5000))
+        qFatal("the update check hung: no completion after %d ms", timeoutMs + 5000);
+    QTest::qWait(50);
+    if (calls != 1)
+        qFatal("completion called %d times", calls);
+    return *result;
+}
+
+void TestUpdateChecker::feedAddress()
+{
+    QCOMPARE(UpdateChecker::feedURL(), QUrl("https://corvane.vantorel.com/appcast.json"));
+    QCOMPARE(UpdateChecker::host(), QStringLiteral("corvane.vantorel.com"));
+}
+
+void TestUpdateChecker::currentVersionFallsBackTo10()
+{
+    QCoreApplication::setApplicationVersion(QString());
+    QCOMPARE(UpdateChecker::currentVersion(), QStringLiteral("1.0"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("1.2.3"));
+    QCOMPARE(UpdateChecker::currentVersion(), QStringLiteral("1.2.3"));
+}
+
+void TestUpdateChecker::feeds_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("current");
+    QTest::addColumn<QString>("expected"); // "failure", "none" or the offered version text
+    QTest::newRow("1.4 vs 1.4.0 is current") << "/v-1.4" << "1.4.0" << "none";
+    QTest::newRow("2.0 vs 1.9.9 offered") << "/update-2.0" << "1.9.9" << "2.0";
+    QTest::newRow("2.0.0 shown unnormalised") << "/v-2.0.0" << "1.9.9" << "2.0.0";
+    QTest::newRow("older feed never offered") << "/v-1.4" << "1.9.9" << "none";
+    QTest::newRow("version is a number") << "/v-number" << "1.0" << "failure";
+    QTest::newRow("download missing") << "/no-download" << "1.0" << "failure";
+    QTest::newRow("2.0-beta is up to date") << "/beta" << "1.0" << "none";
+    QTest::newRow("bundle without version compares as 1.0") << "/update-2.0" << "" << "2.0";
+    QTest::newRow("unparsable running version: no update") << "/update-2.0" << "dev" << "none";
+    QTest::newRow("html with 200") << "/html-200" << "1.0" << "failure";
+    QTest::newRow("html with 404") << "/html-404" << "1.0" << "failure";
+    QTest::newRow("feed with 404 still read") << "/feed-404" << "1.0" << "2.0";
+    QTest::newRow("download not a url") << "/bad-url" << "1.0" << "failure";
+    QTest::newRow("download not a web address") << "/file-url" << "1.0" << "failure";
+    QTest::newRow("top level array") << "/array" << "1.0" << "failure";
+    QTest::newRow("extra members ignored") << "/extra-members" << "1.0" << "2.0";
+    QTest::newRow("empty body") << "/empty" << "1.0" << "failure";
+}
+
+void TestUpdateChecker::feeds()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, current);
+    QFETCH(QString, expected);
+    // An empty running version is what a build without one reports: the fallback "1.0".
+    QCoreApplication::setApplicationVersion(current);
+    const Result result = run(path, UpdateChecker::currentVersion());
+    if (expected == "failure") {
+        QVERIFY(!result.succeeded);
+        return;
+    }
+    QVERIFY2(result.succeeded, qPrintable(result.error));
+    if (expected == "none") {
+        QVERIFY(!result.update.has_value());
+        return;
+    }
+    QVERIFY(result.update.has_value());
+    QCOMPARE(result.update->version, expected);
+    QCOMPARE(result.update->downloadURL.host(), QStringLiteral("corvane.vantorel.com"));
+}
+
+void TestUpdateChecker::serverThatNeverAnswersFails()
+{
+    QElapsedTimer timer;
+    timer.start();
+    const Result result = run("/hang", "1.0", 1500);
+    QVERIFY(!result.succeeded);
+    // The stated time-out is 1.5 s here; it ends in failure well before twice that.
+    QVERIFY2(timer.elapsed() < 3000, qPrintable(QString::number(timer.elapsed())));
+}
+
+void TestUpdateChecker::oversizedAnswerFails()
+{
+    const Result result = run("/big", "1.0");
+    QVERIFY(!result.succeeded);
+}
+
+void TestUpdateChecker::refusedConnectionFails()
+{
+    UpdateChecker::Options options;
+    options.feedURL = QUrl(QStringLiteral("http://127.0.0.1:1/appcast.json"));
+    std::optional<Result> result;
+    UpdateChecker::check([&](const Result& r) { result = r; }, options);
+    QTRY_VERIFY_WITH_TIMEOUT(result.has_value(), 10000);
+    QVERIFY(!result->succeeded);
+}
+
+void TestUpdateChecker::feedParserTakesArbitraryBytes()
+{
+    const QByteArray valid = R"({"version":"2.0","download":"https://corvane.vantorel.com/d"})";
+    QRandomGenerator random(71);
+    for (int round = 0; round < 20000; ++round) {
+        QByteArray bytes = valid;
+        for (int i = 0, n = 1 + random.bounded(4); i < n; ++i) {
+            const int at = random.bounded(bytes.size() + 1);
+            if (random.bounded(2))
+                bytes.insert(at, char(random.bounded(256)));
+            else if (at < bytes.size())
+                bytes.remove(at, 1 + random.bounded(4));
+        }
+        const Result r = UpdateChecker::decide(bytes, "1.0");
+        QVERIFY(r.succeeded || !r.update.has_value());
+        if (r.update)
+            QVERIFY(r.update->downloadURL.isValid());
+    }
+}
+
+QTEST_GUILESS_MAIN(TestUpdateChecker)
+#include "tst_updatechecker.moc"
