@@ -8,7 +8,6 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-
 #include <algorithm>
 #include <cstdio>
 
@@ -24,11 +23,16 @@ struct Stats {
 Stats stats(std::vector<double> samples)
 {
     std::sort(samples.begin(), samples.end());
-    const auto at = [&](double q) { return samples[std::min(samples.size() - 1, size_t(q * double(samples.size())))]; };
+    const auto at = [&](double q) {
+        return samples[std::min(samples.size() - 1, size_t(q * double(samples.size())))];
+    };
     return {at(0.5), at(0.99)};
 }
 
-void print(const char* name, double value, const char* unit) { std::printf("bench %s %.1f %s\n", name, value, unit); }
+void print(const char* name, double value, const char* unit)
+{
+    std::printf("bench %s %.1f %s\n", name, value, unit);
+}
 
 QStringList ids(const QList<MenuCommand>& commands)
 {

@@ -15,11 +15,12 @@ int main(int argc, char* argv[])
     auto& defaults = corvane::UserDefaults::standard();
     corvane::TriggerSettings::registerDefaults(defaults);
     const QString trigger = corvane::TriggerSettings::triggerSetting(defaults);
-    QTextStream(stdout) << "Corvane " << QCoreApplication::applicationVersion() << ": settings in "
-                        << defaults.filePath() << "; trigger "
-                        << (trigger == u"off" ? QStringLiteral("off")
-                                              : corvane::TriggerSettings::triggerSymbol(trigger))
-                        << ", hold delay " << corvane::TriggerSettings::holdDelay(defaults)
-                        << " s.\nThe tray icon and the overlay arrive with the application shell.\n";
+    QTextStream(stdout)
+        << "Corvane " << QCoreApplication::applicationVersion() << ": settings in "
+        << defaults.filePath() << "; trigger "
+        << (trigger == u"off" ? QStringLiteral("off")
+                              : corvane::TriggerSettings::triggerSymbol(trigger))
+        << ", hold delay " << corvane::TriggerSettings::holdDelay(defaults)
+        << " s.\nThe tray icon and the overlay arrive with the application shell.\n";
     return 0;
 }

@@ -6,7 +6,6 @@
 #include "trigger/ModifierFlags.h"
 
 #include <QString>
-
 #include <optional>
 
 namespace corvane {

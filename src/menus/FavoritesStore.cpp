@@ -7,7 +7,10 @@ namespace corvane {
 
 FavoritesStore::FavoritesStore(UserDefaults& defaults) : m_defaults(defaults) {}
 
-QString FavoritesStore::key(const QString& bundleID) { return QStringLiteral("favorites.") + bundleID; }
+QString FavoritesStore::key(const QString& bundleID)
+{
+    return QStringLiteral("favorites.") + bundleID;
+}
 
 QStringList FavoritesStore::ids(const QString& bundleID) const
 {

@@ -7,7 +7,6 @@
 
 #include <QHash>
 #include <QMutex>
-
 #include <optional>
 
 namespace corvane {

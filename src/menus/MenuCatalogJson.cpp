@@ -16,8 +16,9 @@ QJsonObject toJson(const MenuCommand& command)
     return QJsonObject{
         {"id", command.id()},
         {"path", path},
-        {"shortcut", QJsonObject{{"modifiers", QJsonArray::fromStringList(command.shortcut.modifiers)},
-                                 {"key", command.shortcut.key}}},
+        {"shortcut",
+         QJsonObject{{"modifiers", QJsonArray::fromStringList(command.shortcut.modifiers)},
+                     {"key", command.shortcut.key}}},
         {"enabled", command.enabled},
         {"isChecked", command.isChecked},
     };
@@ -125,7 +126,8 @@ private:
             if (!text(step, "title", stepWhere + QStringLiteral(".title"), parsed.title))
                 return std::nullopt;
             if (parsed.title.isEmpty())
-                return fail(stepWhere + QStringLiteral(".title"), QStringLiteral("a non-empty string"));
+                return fail(stepWhere + QStringLiteral(".title"),
+                            QStringLiteral("a non-empty string"));
             const QJsonValue occurrence = step.value("occurrence");
             const double number = occurrence.toDouble(-1);
             if (!occurrence.isUndefined() &&
@@ -145,7 +147,8 @@ private:
                 return std::nullopt;
             const QJsonValue modifiers = keys.value("modifiers");
             if (!modifiers.isArray())
-                return fail(shortcutWhere + QStringLiteral(".modifiers"), QStringLiteral("an array"));
+                return fail(shortcutWhere + QStringLiteral(".modifiers"),
+                            QStringLiteral("an array"));
             for (const QJsonValue& modifier : modifiers.toArray()) {
                 if (!modifier.isString())
                     return fail(shortcutWhere + QStringLiteral(".modifiers"),
@@ -155,7 +158,8 @@ private:
         }
         if (!flag(object, "enabled", where + QStringLiteral(".enabled"), true, result.enabled))
             return std::nullopt;
-        if (!flag(object, "isChecked", where + QStringLiteral(".isChecked"), false, result.isChecked))
+        if (!flag(object, "isChecked", where + QStringLiteral(".isChecked"), false,
+                  result.isChecked))
             return std::nullopt;
         return result;
     }
@@ -186,7 +190,8 @@ ReadResult read(const QByteArray& json)
                                   .arg(parseError.offset)
                                   .arg(parseError.errorString())};
     Reader reader;
-    auto catalog = reader.catalog(doc.isObject() ? QJsonValue(doc.object()) : QJsonValue(doc.array()));
+    auto catalog =
+        reader.catalog(doc.isObject() ? QJsonValue(doc.object()) : QJsonValue(doc.array()));
     return {catalog, reader.error};
 }
 

@@ -8,7 +8,6 @@
 
 #include <QByteArray>
 #include <QString>
-
 #include <optional>
 
 namespace corvane::MenuCatalogJson {

@@ -5,7 +5,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QStandardPaths>
-
 #include <cmath>
 
 namespace corvane {
@@ -64,10 +63,22 @@ std::optional<QStringList> toStringList(const QString& text)
     return list;
 }
 
-QString fromDouble(double value) { return QString::number(value, 'g', 17); }
-QString fromBool(bool value) { return value ? QStringLiteral("true") : QStringLiteral("false"); }
-QString fromInteger(qint64 value) { return QString::number(value); }
-QString fromDate(const QDateTime& value) { return value.toUTC().toString(Qt::ISODateWithMs); }
+QString fromDouble(double value)
+{
+    return QString::number(value, 'g', 17);
+}
+QString fromBool(bool value)
+{
+    return value ? QStringLiteral("true") : QStringLiteral("false");
+}
+QString fromInteger(qint64 value)
+{
+    return QString::number(value);
+}
+QString fromDate(const QDateTime& value)
+{
+    return value.toUTC().toString(Qt::ISODateWithMs);
+}
 
 QString fromStringList(const QStringList& value)
 {
@@ -102,8 +113,7 @@ std::optional<QString> fromVariant(const QVariant& value)
 
 UserDefaults::UserDefaults(const QString& filePath)
     : m_settings(std::make_unique<QSettings>(filePath, QSettings::IniFormat))
-{
-}
+{}
 
 UserDefaults::~UserDefaults() = default;
 
@@ -119,7 +129,10 @@ UserDefaults& UserDefaults::standard()
     return instance;
 }
 
-QString UserDefaults::filePath() const { return m_settings->fileName(); }
+QString UserDefaults::filePath() const
+{
+    return m_settings->fileName();
+}
 
 void UserDefaults::registerDefaults(const QVariantMap& defaults)
 {
@@ -127,7 +140,10 @@ void UserDefaults::registerDefaults(const QVariantMap& defaults)
         m_registered.insert(it.key(), it.value());
 }
 
-bool UserDefaults::contains(const QString& key) const { return storedText(key).has_value(); }
+bool UserDefaults::contains(const QString& key) const
+{
+    return storedText(key).has_value();
+}
 
 std::optional<QString> UserDefaults::storedText(const QString& key) const
 {
@@ -206,7 +222,10 @@ bool UserDefaults::write(const QString& key, const std::optional<QString>& text)
     return false;
 }
 
-bool UserDefaults::setString(const QString& key, const QString& value) { return write(key, value); }
+bool UserDefaults::setString(const QString& key, const QString& value)
+{
+    return write(key, value);
+}
 bool UserDefaults::setDouble(const QString& key, double value)
 {
     return write(key, DefaultsText::fromDouble(value));
@@ -227,6 +246,9 @@ bool UserDefaults::setStringList(const QString& key, const QStringList& value)
 {
     return write(key, DefaultsText::fromStringList(value));
 }
-bool UserDefaults::remove(const QString& key) { return write(key, std::nullopt); }
+bool UserDefaults::remove(const QString& key)
+{
+    return write(key, std::nullopt);
+}
 
 } // namespace corvane

@@ -9,7 +9,6 @@
 #include <QString>
 #include <QStringList>
 #include <QVariantMap>
-
 #include <memory>
 #include <optional>
 

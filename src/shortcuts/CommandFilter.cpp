@@ -12,7 +12,8 @@ namespace {
 qsizetype indexOfClusters(const FoldedText& text, const QString& needle, qsizetype from = 0)
 {
     const QString& haystack = text.text();
-    for (qsizetype at = haystack.indexOf(needle, from); at != -1; at = haystack.indexOf(needle, at + 1))
+    for (qsizetype at = haystack.indexOf(needle, from); at != -1;
+         at = haystack.indexOf(needle, at + 1))
         if (text.isBoundary(at) && text.isBoundary(at + needle.size()))
             return at;
     return -1;
@@ -73,7 +74,8 @@ std::optional<int> matchPrepared(const FoldedText& text, const PreparedQuery& qu
         return prefixScore;
     // "a single space followed by the query": the space must be a cluster of its own.
     const QString& spaced = query.spaced;
-    for (qsizetype at = indexOfClusters(text, spaced); at != -1; at = indexOfClusters(text, spaced, at + 1))
+    for (qsizetype at = indexOfClusters(text, spaced); at != -1;
+         at = indexOfClusters(text, spaced, at + 1))
         if (text.isBoundary(at + 1))
             return wordStartScore;
     if (indexOfClusters(text, q) != -1)
@@ -134,7 +136,8 @@ Index::Index(QList<MenuCommand> commands) : m_commands(std::move(commands))
     m_entries.reserve(m_commands.size());
     for (const MenuCommand& command : std::as_const(m_commands)) {
         const QString leaf = leafTitle(command);
-        m_entries.append(Entry{FoldedText(TextFolding::fold(leaf)), foldedPath(command), brevityFor(leaf),
+        m_entries.append(Entry{FoldedText(TextFolding::fold(leaf)), foldedPath(command),
+                               brevityFor(leaf),
                                command.id().normalized(QString::NormalizationForm_C)});
     }
 }

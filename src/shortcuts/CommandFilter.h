@@ -9,7 +9,6 @@
 #include <QList>
 #include <QSet>
 #include <QString>
-
 #include <optional>
 
 namespace corvane::CommandFilter {
@@ -32,7 +31,8 @@ QList<MenuCommand> rank(const QList<MenuCommand>& commands, const QString& query
 std::optional<int> score(const MenuCommand& command, const QString& foldedQuery);
 
 // Rule-by-rule match of a folded query in a folded text (exposed for tests).
-std::optional<int> matchScore(const TextFolding::FoldedText& text, const TextFolding::FoldedText& query);
+std::optional<int> matchScore(const TextFolding::FoldedText& text,
+                              const TextFolding::FoldedText& query);
 
 class Index {
 public:

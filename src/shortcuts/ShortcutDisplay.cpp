@@ -12,14 +12,18 @@ const QHash<qint64, QString>& glyphLabels()
 {
     static const QHash<qint64, QString> table = [] {
         QHash<qint64, QString> t{
-            {2, QStringLiteral("\u21E5")},   {3, QStringLiteral("\u21E4")},   {4, QStringLiteral("\u2324")},
-            {9, QStringLiteral("Space")},    {10, QStringLiteral("\u2326")},  {11, QStringLiteral("\u21A9")},
-            {12, QStringLiteral("\u21A9")},  {13, QStringLiteral("\u21A9")},  {17, QStringLiteral("\u2318")},
-            {23, QStringLiteral("\u232B")},  {24, QStringLiteral("\u2190")},  {25, QStringLiteral("\u2191")},
-            {26, QStringLiteral("\u2192")},  {27, QStringLiteral("\u238B")},  {28, QStringLiteral("\u2327")},
-            {98, QStringLiteral("\u21DE")},  {100, QStringLiteral("\u2190")}, {101, QStringLiteral("\u2192")},
-            {102, QStringLiteral("\u2196")}, {103, QStringLiteral("?")},      {104, QStringLiteral("\u2191")},
-            {105, QStringLiteral("\u2198")}, {106, QStringLiteral("\u2193")}, {107, QStringLiteral("\u21DF")},
+            {2, QStringLiteral("\u21E5")},   {3, QStringLiteral("\u21E4")},
+            {4, QStringLiteral("\u2324")},   {9, QStringLiteral("Space")},
+            {10, QStringLiteral("\u2326")},  {11, QStringLiteral("\u21A9")},
+            {12, QStringLiteral("\u21A9")},  {13, QStringLiteral("\u21A9")},
+            {17, QStringLiteral("\u2318")},  {23, QStringLiteral("\u232B")},
+            {24, QStringLiteral("\u2190")},  {25, QStringLiteral("\u2191")},
+            {26, QStringLiteral("\u2192")},  {27, QStringLiteral("\u238B")},
+            {28, QStringLiteral("\u2327")},  {98, QStringLiteral("\u21DE")},
+            {100, QStringLiteral("\u2190")}, {101, QStringLiteral("\u2192")},
+            {102, QStringLiteral("\u2196")}, {103, QStringLiteral("?")},
+            {104, QStringLiteral("\u2191")}, {105, QStringLiteral("\u2198")},
+            {106, QStringLiteral("\u2193")}, {107, QStringLiteral("\u21DF")},
             {110, QStringLiteral("\u23FB")}, {140, QStringLiteral("\u23CF")},
         };
         for (int n = 1; n <= 12; ++n)
@@ -37,20 +41,27 @@ const QHash<qint64, QString>& glyphLabels()
 const QHash<qint64, QString>& virtualKeyLabels()
 {
     static const QHash<qint64, QString> table{
-        {0x24, QStringLiteral("\u21A9")}, {0x30, QStringLiteral("\u21E5")}, {0x31, QStringLiteral("Space")},
-        {0x33, QStringLiteral("\u232B")}, {0x35, QStringLiteral("\u238B")}, {0x4C, QStringLiteral("\u2324")},
-        {0x47, QStringLiteral("\u2327")}, {0x51, QStringLiteral("=")},      {0x4B, QStringLiteral("/")},
-        {0x43, QStringLiteral("*")},      {0x45, QStringLiteral("+")},      {0x4E, QStringLiteral("-")},
-        {0x73, QStringLiteral("\u2196")}, {0x74, QStringLiteral("\u21DE")}, {0x75, QStringLiteral("\u2326")},
-        {0x77, QStringLiteral("\u2198")}, {0x79, QStringLiteral("\u21DF")}, {0x7B, QStringLiteral("\u2190")},
-        {0x7C, QStringLiteral("\u2192")}, {0x7D, QStringLiteral("\u2193")}, {0x7E, QStringLiteral("\u2191")},
-        {0x7A, QStringLiteral("F1")},     {0x78, QStringLiteral("F2")},     {0x63, QStringLiteral("F3")},
-        {0x76, QStringLiteral("F4")},     {0x60, QStringLiteral("F5")},     {0x61, QStringLiteral("F6")},
-        {0x62, QStringLiteral("F7")},     {0x64, QStringLiteral("F8")},     {0x65, QStringLiteral("F9")},
-        {0x6D, QStringLiteral("F10")},    {0x67, QStringLiteral("F11")},    {0x6F, QStringLiteral("F12")},
-        {0x69, QStringLiteral("F13")},    {0x6B, QStringLiteral("F14")},    {0x71, QStringLiteral("F15")},
-        {0x6A, QStringLiteral("F16")},    {0x40, QStringLiteral("F17")},    {0x4F, QStringLiteral("F18")},
-        {0x50, QStringLiteral("F19")},    {0x5A, QStringLiteral("F20")},
+        {0x24, QStringLiteral("\u21A9")}, {0x30, QStringLiteral("\u21E5")},
+        {0x31, QStringLiteral("Space")},  {0x33, QStringLiteral("\u232B")},
+        {0x35, QStringLiteral("\u238B")}, {0x4C, QStringLiteral("\u2324")},
+        {0x47, QStringLiteral("\u2327")}, {0x51, QStringLiteral("=")},
+        {0x4B, QStringLiteral("/")},      {0x43, QStringLiteral("*")},
+        {0x45, QStringLiteral("+")},      {0x4E, QStringLiteral("-")},
+        {0x73, QStringLiteral("\u2196")}, {0x74, QStringLiteral("\u21DE")},
+        {0x75, QStringLiteral("\u2326")}, {0x77, QStringLiteral("\u2198")},
+        {0x79, QStringLiteral("\u21DF")}, {0x7B, QStringLiteral("\u2190")},
+        {0x7C, QStringLiteral("\u2192")}, {0x7D, QStringLiteral("\u2193")},
+        {0x7E, QStringLiteral("\u2191")}, {0x7A, QStringLiteral("F1")},
+        {0x78, QStringLiteral("F2")},     {0x63, QStringLiteral("F3")},
+        {0x76, QStringLiteral("F4")},     {0x60, QStringLiteral("F5")},
+        {0x61, QStringLiteral("F6")},     {0x62, QStringLiteral("F7")},
+        {0x64, QStringLiteral("F8")},     {0x65, QStringLiteral("F9")},
+        {0x6D, QStringLiteral("F10")},    {0x67, QStringLiteral("F11")},
+        {0x6F, QStringLiteral("F12")},    {0x69, QStringLiteral("F13")},
+        {0x6B, QStringLiteral("F14")},    {0x71, QStringLiteral("F15")},
+        {0x6A, QStringLiteral("F16")},    {0x40, QStringLiteral("F17")},
+        {0x4F, QStringLiteral("F18")},    {0x50, QStringLiteral("F19")},
+        {0x5A, QStringLiteral("F20")},
     };
     return table;
 }
@@ -60,30 +71,75 @@ const QHash<QString, QString>& namedKeys()
 {
     static const QHash<QString, QString> table = [] {
         QHash<QString, QString> t{
-            {"return", "Enter"},      {"enter", "Enter"},        {"kp_enter", "Num Enter"},
-            {"escape", "Esc"},        {"esc", "Esc"},            {"tab", "Tab"},
-            {"backtab", "Tab"},       {"iso_left_tab", "Tab"},   {"space", "Space"},
-            {"backspace", "Backspace"}, {"delete", "Del"},       {"del", "Del"},
-            {"insert", "Ins"},        {"ins", "Ins"},            {"home", "Home"},
-            {"end", "End"},           {"page_up", "PgUp"},       {"prior", "PgUp"},
-            {"pgup", "PgUp"},         {"page_down", "PgDn"},     {"next", "PgDn"},
-            {"pgdown", "PgDn"},       {"pgdn", "PgDn"},          {"left", "\u2190"},
-            {"right", "\u2192"},      {"up", "\u2191"},          {"down", "\u2193"},
-            {"kp_add", "Num +"},      {"kp_subtract", "Num \u2212"}, {"kp_multiply", "Num *"},
-            {"kp_divide", "Num /"},   {"print", "Print"},        {"pause", "Pause"},
-            {"menu", "Menu"},         {"help", "Help"},
+            {"return", "Enter"},
+            {"enter", "Enter"},
+            {"kp_enter", "Num Enter"},
+            {"escape", "Esc"},
+            {"esc", "Esc"},
+            {"tab", "Tab"},
+            {"backtab", "Tab"},
+            {"iso_left_tab", "Tab"},
+            {"space", "Space"},
+            {"backspace", "Backspace"},
+            {"delete", "Del"},
+            {"del", "Del"},
+            {"insert", "Ins"},
+            {"ins", "Ins"},
+            {"home", "Home"},
+            {"end", "End"},
+            {"page_up", "PgUp"},
+            {"prior", "PgUp"},
+            {"pgup", "PgUp"},
+            {"page_down", "PgDn"},
+            {"next", "PgDn"},
+            {"pgdown", "PgDn"},
+            {"pgdn", "PgDn"},
+            {"left", "\u2190"},
+            {"right", "\u2192"},
+            {"up", "\u2191"},
+            {"down", "\u2193"},
+            {"kp_add", "Num +"},
+            {"kp_subtract", "Num \u2212"},
+            {"kp_multiply", "Num *"},
+            {"kp_divide", "Num /"},
+            {"print", "Print"},
+            {"pause", "Pause"},
+            {"menu", "Menu"},
+            {"help", "Help"},
             // X keysym names of the printable ASCII punctuation.
-            {"exclam", "!"},          {"quotedbl", "\""},        {"numbersign", "#"},
-            {"dollar", "$"},          {"percent", "%"},          {"ampersand", "&"},
-            {"apostrophe", "'"},      {"quoteright", "'"},       {"parenleft", "("},
-            {"parenright", ")"},      {"asterisk", "*"},         {"plus", "+"},
-            {"comma", ","},           {"minus", "-"},            {"period", "."},
-            {"slash", "/"},           {"colon", ":"},            {"semicolon", ";"},
-            {"less", "<"},            {"equal", "="},            {"greater", ">"},
-            {"question", "?"},        {"at", "@"},               {"bracketleft", "["},
-            {"backslash", "\\"},      {"bracketright", "]"},     {"asciicircum", "^"},
-            {"underscore", "_"},      {"grave", "`"},            {"quoteleft", "`"},
-            {"braceleft", "{"},       {"bar", "|"},              {"braceright", "}"},
+            {"exclam", "!"},
+            {"quotedbl", "\""},
+            {"numbersign", "#"},
+            {"dollar", "$"},
+            {"percent", "%"},
+            {"ampersand", "&"},
+            {"apostrophe", "'"},
+            {"quoteright", "'"},
+            {"parenleft", "("},
+            {"parenright", ")"},
+            {"asterisk", "*"},
+            {"plus", "+"},
+            {"comma", ","},
+            {"minus", "-"},
+            {"period", "."},
+            {"slash", "/"},
+            {"colon", ":"},
+            {"semicolon", ";"},
+            {"less", "<"},
+            {"equal", "="},
+            {"greater", ">"},
+            {"question", "?"},
+            {"at", "@"},
+            {"bracketleft", "["},
+            {"backslash", "\\"},
+            {"bracketright", "]"},
+            {"asciicircum", "^"},
+            {"underscore", "_"},
+            {"grave", "`"},
+            {"quoteleft", "`"},
+            {"braceleft", "{"},
+            {"bar", "|"},
+            {"braceright", "}"},
             {"asciitilde", "~"},
         };
         for (int n = 1; n <= 35; ++n)
@@ -118,8 +174,8 @@ std::optional<QString> keyNameLabel(const QString& name, bool keypad)
         return std::nullopt;
     if (keypad) {
         static const QHash<QString, QString> keypadKeys{
-            {"+", "Num +"}, {"-", "Num \u2212"}, {"*", "Num *"}, {"/", "Num /"}, {"enter", "Num Enter"},
-            {"return", "Num Enter"}};
+            {"+", "Num +"}, {"-", "Num \u2212"},    {"*", "Num *"},
+            {"/", "Num /"}, {"enter", "Num Enter"}, {"return", "Num Enter"}};
         const QString lower = name.toLower();
         if (name.size() == 1 && name[0].isDigit())
             return QStringLiteral("Num ") + name;
@@ -170,8 +226,10 @@ ShortcutKeys fromQt(const QString& text)
         QLatin1String text;
         int modifier; // 0: the keypad marker "Num+"
     };
-    static const Name names[] = {{QLatin1String("ctrl+"), ctrl},   {QLatin1String("shift+"), shift},
-                                 {QLatin1String("alt+"), alt},     {QLatin1String("meta+"), super},
+    static const Name names[] = {{QLatin1String("ctrl+"), ctrl},
+                                 {QLatin1String("shift+"), shift},
+                                 {QLatin1String("alt+"), alt},
+                                 {QLatin1String("meta+"), super},
                                  {QLatin1String("num+"), 0}};
     int modifiers = 0;
     bool keypad = false;
@@ -195,7 +253,9 @@ ShortcutKeys fromQt(const QString& text)
     if (rest.size() >= 1 && (rest.size() == 1 || rest[1] == u','))
         keyName = rest.left(1).toString();
     else
-        keyName = rest.left(rest.indexOf(u',') == -1 ? rest.size() : rest.indexOf(u',')).toString().trimmed();
+        keyName = rest.left(rest.indexOf(u',') == -1 ? rest.size() : rest.indexOf(u','))
+                      .toString()
+                      .trimmed();
     const auto key = keyNameLabel(keyName, keypad);
     if (!key)
         return ShortcutKeys::none;
@@ -230,8 +290,8 @@ std::optional<QString> virtualKeyLabel(qint64 virtualKey)
     return it == virtualKeyLabels().constEnd() ? std::nullopt : std::optional<QString>(*it);
 }
 
-std::optional<QString> keyLabel(const std::optional<QString>& cmdChar, std::optional<qint64> virtualKey,
-                                std::optional<qint64> glyph)
+std::optional<QString> keyLabel(const std::optional<QString>& cmdChar,
+                                std::optional<qint64> virtualKey, std::optional<qint64> glyph)
 {
     if (cmdChar)
         if (auto result = label(*cmdChar))

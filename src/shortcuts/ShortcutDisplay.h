@@ -8,14 +8,13 @@
 
 #include <QString>
 #include <QStringList>
-
 #include <optional>
 
 namespace corvane::ShortcutDisplay {
 
 QStringList modifierSymbols(qint64 axModifiers);
-std::optional<QString> keyLabel(const std::optional<QString>& cmdChar, std::optional<qint64> virtualKey,
-                                std::optional<qint64> glyph);
+std::optional<QString> keyLabel(const std::optional<QString>& cmdChar,
+                                std::optional<qint64> virtualKey, std::optional<qint64> glyph);
 std::optional<QString> label(const QString& forChar);
 
 std::optional<QString> glyphLabel(qint64 glyph);

@@ -24,7 +24,8 @@ QString trimmed(const QString& text)
         --end;
     if (begin == 0 && end == ucs4.size())
         return text;
-    return QString::fromUcs4(reinterpret_cast<const char32_t*>(ucs4.constData()) + begin, end - begin);
+    return QString::fromUcs4(reinterpret_cast<const char32_t*>(ucs4.constData()) + begin,
+                             end - begin);
 }
 
 QString fold(const QString& text)
@@ -41,7 +42,8 @@ QString fold(const QString& text)
     for (qsizetype i = 0; i < decomposed.size(); ++i) {
         char32_t c = decomposed[i].unicode();
         qsizetype width = 1;
-        if (decomposed[i].isHighSurrogate() && i + 1 < decomposed.size() && decomposed[i + 1].isLowSurrogate()) {
+        if (decomposed[i].isHighSurrogate() && i + 1 < decomposed.size() &&
+            decomposed[i + 1].isLowSurrogate()) {
             c = QChar::surrogateToUcs4(decomposed[i], decomposed[i + 1]);
             width = 2;
         }
@@ -52,7 +54,10 @@ QString fold(const QString& text)
     return trimmed(stripped.normalized(QString::NormalizationForm_C));
 }
 
-bool isSearchActive(const QString& query) { return !fold(query).isEmpty(); }
+bool isSearchActive(const QString& query)
+{
+    return !fold(query).isEmpty();
+}
 
 QStringList graphemes(const QString& text)
 {
@@ -123,7 +128,8 @@ QStringView FoldedText::cluster(qsizetype index) const
     if (m_boundary.empty())
         return QStringView(m_text).mid(index, 1);
     const qsizetype start = m_starts[index];
-    const qsizetype end = index + 1 < qsizetype(m_starts.size()) ? m_starts[index + 1] : m_text.size();
+    const qsizetype end =
+        index + 1 < qsizetype(m_starts.size()) ? m_starts[index + 1] : m_text.size();
     return QStringView(m_text).mid(start, end - start);
 }
 

@@ -7,7 +7,6 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
-
 #include <vector>
 
 namespace corvane::TextFolding {
@@ -49,7 +48,7 @@ public:
 private:
     QString m_text;
     qsizetype m_length = 0;
-    std::vector<bool> m_boundary;  // empty when isSimple()
+    std::vector<bool> m_boundary;    // empty when isSimple()
     std::vector<qsizetype> m_starts; // cluster start offsets, when not simple
 };
 

@@ -74,10 +74,14 @@ HoldStateMachine::Effects HoldStateMachine::handle(const Event& event)
 const char* nameOf(HoldStateMachine::State state)
 {
     switch (state) {
-    case State::idle: return "idle";
-    case State::arming: return "arming";
-    case State::peeking: return "peeking";
-    case State::pinned: return "pinned";
+    case State::idle:
+        return "idle";
+    case State::arming:
+        return "arming";
+    case State::peeking:
+        return "peeking";
+    case State::pinned:
+        return "pinned";
     }
     return "?";
 }
@@ -85,11 +89,16 @@ const char* nameOf(HoldStateMachine::State state)
 const char* nameOf(HoldStateMachine::Effect effect)
 {
     switch (effect) {
-    case Effect::startTimer: return "startTimer";
-    case Effect::cancelTimer: return "cancelTimer";
-    case Effect::show: return "show";
-    case Effect::pin: return "pin";
-    case Effect::hide: return "hide";
+    case Effect::startTimer:
+        return "startTimer";
+    case Effect::cancelTimer:
+        return "cancelTimer";
+    case Effect::show:
+        return "show";
+    case Effect::pin:
+        return "pin";
+    case Effect::hide:
+        return "hide";
     }
     return "?";
 }

@@ -14,7 +14,14 @@ public:
     enum class Effect { startTimer, cancelTimer, show, pin, hide };
 
     struct Event {
-        enum class Kind { triggerDown, triggerUp, interrupted, timerFired, pinRequest, closeRequest };
+        enum class Kind {
+            triggerDown,
+            triggerUp,
+            interrupted,
+            timerFired,
+            pinRequest,
+            closeRequest
+        };
         Kind kind;
         bool overPanel = false; // meaningful for triggerUp only
 

@@ -11,12 +11,16 @@
 
 namespace corvane {
 
-QString UpdateChecker::host() { return QStringLiteral("corvane.vantorel.com"); }
+QString UpdateChecker::host()
+{
+    return QStringLiteral("corvane.vantorel.com");
+}
 
 QUrl UpdateChecker::feedURL()
 {
     static const QUrl url = [] {
-        const QUrl u(QStringLiteral("https://") + host() + QStringLiteral("/appcast.json"), QUrl::StrictMode);
+        const QUrl u(QStringLiteral("https://") + host() + QStringLiteral("/appcast.json"),
+                     QUrl::StrictMode);
         if (!u.isValid())
             qFatal("UpdateChecker::feedURL is not a valid address");
         return u;
@@ -52,7 +56,8 @@ UpdateChecker::Result UpdateChecker::decide(const QByteArray& body, const QStrin
     // (file:, javascript:, a relative path) is accepted from the network.
     const QUrl downloadURL(download.toString(), QUrl::StrictMode);
     if (!downloadURL.isValid() || downloadURL.host().isEmpty() ||
-        (downloadURL.scheme() != QLatin1String("https") && downloadURL.scheme() != QLatin1String("http")))
+        (downloadURL.scheme() != QLatin1String("https") &&
+         downloadURL.scheme() != QLatin1String("http")))
         return cannotParse;
 
     const auto feedVersion = AppVersion::parse(version.toString());
@@ -73,7 +78,8 @@ void UpdateChecker::check(std::function<void(const Result&)> completion, const O
 {
     QNetworkRequest request(options.feedURL);
     request.setTransferTimeout(options.timeoutMs);
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                         QNetworkRequest::NoLessSafeRedirectPolicy);
     QNetworkReply* reply = network().get(request);
 
     auto delivered = std::make_shared<bool>(false);
@@ -94,26 +100,29 @@ void UpdateChecker::check(std::function<void(const Result&)> completion, const O
                          }
                      });
     const QString current = options.currentVersion;
-    QObject::connect(reply, &QNetworkReply::finished, reply, [reply, deliver, current, maxBytes, oversized] {
-        reply->deleteLater();
-        if (*oversized) {
-            deliver({false, std::nullopt, QStringLiteral("response too large")});
-            return;
-        }
-        // The HTTP status is not looked at: any answer with the right shape is accepted, and an
-        // error page is a parse failure like any other body (Part 7.1).
-        const bool answered = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
-        if (reply->error() != QNetworkReply::NoError && !answered) {
-            deliver({false, std::nullopt, reply->errorString()});
-            return;
-        }
-        const QByteArray body = reply->read(maxBytes + 1);
-        if (body.size() > maxBytes) {
-            deliver({false, std::nullopt, QStringLiteral("response too large")});
-            return;
-        }
-        deliver(decide(body, current));
-    });
+    QObject::connect(reply, &QNetworkReply::finished, reply,
+                     [reply, deliver, current, maxBytes, oversized] {
+                         reply->deleteLater();
+                         if (*oversized) {
+                             deliver({false, std::nullopt, QStringLiteral("response too large")});
+                             return;
+                         }
+                         // The HTTP status is not looked at: any answer with the right shape is
+                         // accepted, and an error page is a parse failure like any other body
+                         // (Part 7.1).
+                         const bool answered =
+                             reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
+                         if (reply->error() != QNetworkReply::NoError && !answered) {
+                             deliver({false, std::nullopt, reply->errorString()});
+                             return;
+                         }
+                         const QByteArray body = reply->read(maxBytes + 1);
+                         if (body.size() > maxBytes) {
+                             deliver({false, std::nullopt, QStringLiteral("response too large")});
+                             return;
+                         }
+                         deliver(decide(body, current));
+                     });
 }
 
 } // namespace corvane

@@ -7,7 +7,6 @@
 #include <QCoreApplication>
 #include <QString>
 #include <QUrl>
-
 #include <functional>
 #include <optional>
 
@@ -33,8 +32,8 @@ public:
     struct Options {
         QUrl feedURL = UpdateChecker::feedURL();
         QString currentVersion = UpdateChecker::currentVersion();
-        int timeoutMs = 15000;          // a feed that never answers fails after this long
-        qint64 maxBytes = 1024 * 1024;  // a larger answer is not a feed
+        int timeoutMs = 15000;         // a feed that never answers fails after this long
+        qint64 maxBytes = 1024 * 1024; // a larger answer is not a feed
     };
 
     static QString host();

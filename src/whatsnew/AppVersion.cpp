@@ -8,7 +8,10 @@ namespace corvane {
 namespace {
 
 // Unicode white space and newlines, as the spec's whitespacesAndNewlines.
-bool isWhite(QChar c) { return c.isSpace() || c == QChar(0x85) || c == QChar(0x2028) || c == QChar(0x2029); }
+bool isWhite(QChar c)
+{
+    return c.isSpace() || c == QChar(0x85) || c == QChar(0x2028) || c == QChar(0x2029);
+}
 
 } // namespace
 
@@ -43,7 +46,10 @@ std::optional<AppVersion> AppVersion::parse(const QString& text)
     return AppVersion(components);
 }
 
-std::optional<AppVersion> AppVersion::current() { return parse(QCoreApplication::applicationVersion()); }
+std::optional<AppVersion> AppVersion::current()
+{
+    return parse(QCoreApplication::applicationVersion());
+}
 
 QString AppVersion::description() const
 {

@@ -4,7 +4,6 @@
 
 #include <QList>
 #include <QString>
-
 #include <optional>
 
 namespace corvane {
@@ -19,14 +18,20 @@ public:
     // The running version: QCoreApplication::applicationVersion(), parsed; absent when it is
     // missing or malformed (PLATFORM.md: "CFBundleShortVersionString").
     static std::optional<AppVersion> current();
-    static std::optional<AppVersion> current(const QString& bundleVersion) { return parse(bundleVersion); }
+    static std::optional<AppVersion> current(const QString& bundleVersion)
+    {
+        return parse(bundleVersion);
+    }
 
     QString description() const;
 
     QList<qint64> components;
 
     // Equality does not pad with zeros; the ordering does (the spec keeps this asymmetry).
-    friend bool operator==(const AppVersion& a, const AppVersion& b) { return a.components == b.components; }
+    friend bool operator==(const AppVersion& a, const AppVersion& b)
+    {
+        return a.components == b.components;
+    }
     friend bool operator<(const AppVersion& a, const AppVersion& b);
     friend bool operator>(const AppVersion& a, const AppVersion& b) { return b < a; }
     friend bool operator<=(const AppVersion& a, const AppVersion& b) { return !(b < a); }

@@ -21,19 +21,23 @@ QList<WhatsNewRelease> ReleaseNotes::all(const WhatsNewActions& actions, const Q
         WhatsNewRelease{
             *AppVersion::parse(QStringLiteral("1.0")),
             {
-                WhatsNewFeature{QStringLiteral("command"), tr("Hold %1 and see everything").arg(trigger),
-                                tr("Every menu command and shortcut of the app in front of you, grouped by menu."),
+                WhatsNewFeature{QStringLiteral("command"),
+                                tr("Hold %1 and see everything").arg(trigger),
+                                tr("Every menu command and shortcut of the app in front of you, "
+                                   "grouped by menu."),
                                 std::nullopt, std::nullopt},
-                WhatsNewFeature{
-                    QStringLiteral("pin"), tr("Pin it and search"),
-                    tr("Release %1 over the panel to keep it open, then type. Return runs the command.")
-                        .arg(trigger),
-                    std::nullopt, std::nullopt},
+                WhatsNewFeature{QStringLiteral("pin"), tr("Pin it and search"),
+                                tr("Release %1 over the panel to keep it open, then type. Return "
+                                   "runs the command.")
+                                    .arg(trigger),
+                                std::nullopt, std::nullopt},
                 WhatsNewFeature{QStringLiteral("star"), tr("Star your favorites"),
-                                tr("Star the commands you keep forgetting and they float to the top for that app."),
+                                tr("Star the commands you keep forgetting and they float to the "
+                                   "top for that app."),
                                 std::nullopt, std::nullopt},
                 WhatsNewFeature{QStringLiteral("square.on.square"), tr("Glassy or solid"),
-                                tr("Prefer a solid panel? Switch the material in Settings."), std::nullopt,
+                                tr("Prefer a solid panel? Switch the material in Settings."),
+                                std::nullopt,
                                 WhatsNewFeature::Action{tr("Open Settings"),
                                                         [openSettings] {
                                                             if (openSettings)

@@ -8,7 +8,6 @@
 #include <QList>
 #include <QString>
 #include <QUrl>
-
 #include <functional>
 #include <optional>
 
@@ -50,7 +49,8 @@ public:
     // The whole catalogue, its texts translated on each call. The spec's "⌘" in the texts is the
     // configured trigger's name on Linux ("Ctrl", "Alt", "Super"); with the trigger off the
     // default "Ctrl" is named.
-    static QList<WhatsNewRelease> all(const WhatsNewActions& actions, const QString& triggerName = {});
+    static QList<WhatsNewRelease> all(const WhatsNewActions& actions,
+                                      const QString& triggerName = {});
 };
 
 } // namespace corvane

@@ -6,7 +6,6 @@
 #include "AppVersion.h"
 
 #include <QDateTime>
-
 #include <functional>
 #include <optional>
 
@@ -21,7 +20,10 @@ public:
         Kind kind = Kind::sameVersion;
         std::optional<AppVersion> from; // for update only
 
-        static Outcome update(std::optional<AppVersion> from) { return {Kind::update, std::move(from)}; }
+        static Outcome update(std::optional<AppVersion> from)
+        {
+            return {Kind::update, std::move(from)};
+        }
         static Outcome freshInstall() { return {Kind::freshInstall, {}}; }
         static Outcome sameVersion() { return {Kind::sameVersion, {}}; }
         static Outcome downgrade() { return {Kind::downgrade, {}}; }
@@ -38,8 +40,9 @@ public:
     static inline const QString previousKey = QStringLiteral("whatsNew.previousVersion");
     static inline const QString updateCountKey = QStringLiteral("whatsNew.updateCount");
 
-    VersionTracker(AppVersion current, bool hadPriorInstall, UserDefaults& defaults,
-                   std::function<QDateTime()> now = [] { return QDateTime::currentDateTimeUtc(); });
+    VersionTracker(
+        AppVersion current, bool hadPriorInstall, UserDefaults& defaults,
+        std::function<QDateTime()> now = [] { return QDateTime::currentDateTimeUtc(); });
 
     const Outcome& outcome() const { return m_outcome; }
     const AppVersion& current() const { return m_current; }

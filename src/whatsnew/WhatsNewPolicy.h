@@ -9,6 +9,7 @@ namespace corvane::WhatsNewPolicy {
 
 // Newest first; an empty list means that no window is shown.
 QList<WhatsNewRelease> releasesToShow(const VersionTracker::Outcome& outcome,
-                                      const QList<WhatsNewRelease>& catalog, const AppVersion& floor);
+                                      const QList<WhatsNewRelease>& catalog,
+                                      const AppVersion& floor);
 
 } // namespace corvane::WhatsNewPolicy

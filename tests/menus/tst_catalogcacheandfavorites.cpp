@@ -16,7 +16,8 @@ MenuCatalog catalog(const QString& bundle, const QStringList& sections)
 {
     MenuCatalog c{bundle, bundle, {}};
     for (const QString& s : sections)
-        c.sections.append(MenuSection{s, {MenuCommand{{{s, 0}, {"Item", 0}}, ShortcutKeys::none, true, false}}});
+        c.sections.append(
+            MenuSection{s, {MenuCommand{{{s, 0}, {"Item", 0}}, ShortcutKeys::none, true, false}}});
     return c;
 }
 } // namespace
@@ -25,7 +26,11 @@ class TestCatalogCacheAndFavorites : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { m_defaults = std::make_unique<UserDefaults>(m_dir.filePath(QStringLiteral("%1.conf").arg(++m_n))); }
+    void init()
+    {
+        m_defaults =
+            std::make_unique<UserDefaults>(m_dir.filePath(QStringLiteral("%1.conf").arg(++m_n)));
+    }
     void toggleTwiceRemovesTheEntry();
     void toggleOrder();
     void duplicateStoredIdLosesFirstCopyOnly();
@@ -105,7 +110,8 @@ void TestCatalogCacheAndFavorites::cacheIsSafeAcrossThreads()
     MenuCatalogCache cache;
     std::unique_ptr<QThread> writer(QThread::create([&cache] {
         for (int i = 0; i < 2000; ++i)
-            cache.store(catalog(QStringLiteral("app%1").arg(i % 7), {QStringLiteral("M%1").arg(i)}));
+            cache.store(
+                catalog(QStringLiteral("app%1").arg(i % 7), {QStringLiteral("M%1").arg(i)}));
     }));
     writer->start();
     // Every read sees a whole catalog (one section, its own item), never a torn one.

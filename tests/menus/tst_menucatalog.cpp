@@ -9,7 +9,10 @@
 using namespace corvane;
 
 namespace {
-MenuCommand command(QList<PathStep> path) { return MenuCommand{std::move(path), ShortcutKeys::none, true, false}; }
+MenuCommand command(QList<PathStep> path)
+{
+    return MenuCommand{std::move(path), ShortcutKeys::none, true, false};
+}
 const QString sep = QString(QChar(0x1F));
 } // namespace
 
@@ -40,7 +43,8 @@ void TestMenuCatalog::idWithoutOccurrences()
 
 void TestMenuCatalog::idOccurrencesInDecimal()
 {
-    QCOMPARE(command({{"File", 0}, {"Share", 0}, {"Export…", 1}}).id(), "File" + sep + "Share" + sep + "Export…#1");
+    QCOMPARE(command({{"File", 0}, {"Share", 0}, {"Export…", 1}}).id(),
+             "File" + sep + "Share" + sep + "Export…#1");
     QCOMPARE(command({{"Edit", 2}, {"Item", 12}}).id(), "Edit#2" + sep + "Item#12");
 }
 
@@ -60,7 +64,8 @@ void TestMenuCatalog::shortcutNoneEquality()
 
 void TestMenuCatalog::breadcrumbs()
 {
-    QCOMPARE(command({{"File", 0}, {"Open Recent", 0}, {"notes.txt", 0}}).breadcrumb(), QStringLiteral("Open Recent"));
+    QCOMPARE(command({{"File", 0}, {"Open Recent", 0}, {"notes.txt", 0}}).breadcrumb(),
+             QStringLiteral("Open Recent"));
     QCOMPARE(command({{"View", 0}, {"Sort By", 0}, {"Kind", 0}, {"Ascending", 0}}).breadcrumb(),
              QStringLiteral("Sort By ▸ Kind"));
     QCOMPARE(command({{"File", 0}, {"Save", 0}}).breadcrumb(), QString());
@@ -98,7 +103,8 @@ void TestMenuCatalog::jsonRoundTrip()
     catalog.sections.append(MenuSection{
         "File",
         {MenuCommand{{{"File", 0}, {"Open…", 0}}, ShortcutKeys{{"Ctrl"}, "O"}, true, false},
-         MenuCommand{{{"File", 0}, {"Recent", 0}, {"a#b ▸ c", 1}}, ShortcutKeys::none, false, true}}});
+         MenuCommand{
+             {{"File", 0}, {"Recent", 0}, {"a#b ▸ c", 1}}, ShortcutKeys::none, false, true}}});
     const QByteArray json = MenuCatalogJson::write(catalog);
     QVERIFY(json.contains("\"bundleID\""));
     QVERIFY(json.contains("\"occurrence\": 1"));
@@ -114,17 +120,26 @@ void TestMenuCatalog::jsonErrorsAreClear_data()
     QTest::addColumn<QString>("error");
     QTest::newRow("not json") << QByteArray("{nope") << "not valid JSON";
     QTest::newRow("array") << QByteArray("[]") << "the top level: expected an object";
-    QTest::newRow("no bundle") << QByteArray(R"({"appName":"A","sections":[]})") << "bundleID: expected a string";
+    QTest::newRow("no bundle") << QByteArray(R"({"appName":"A","sections":[]})")
+                               << "bundleID: expected a string";
     QTest::newRow("sections") << QByteArray(R"({"bundleID":"a","appName":"A","sections":{}})")
                               << "sections: expected an array";
-    QTest::newRow("empty path") << QByteArray(R"({"bundleID":"a","appName":"A","sections":[{"title":"F","commands":[{"path":[]}]}]})")
-                                << "sections[0].commands[0].path: expected a non-empty array";
-    QTest::newRow("occurrence") << QByteArray(R"({"bundleID":"a","appName":"A","sections":[{"title":"F","commands":[{"path":[{"title":"F","occurrence":-1}]}]}]})")
-                                << "sections[0].commands[0].path[0].occurrence";
-    QTest::newRow("enabled") << QByteArray(R"({"bundleID":"a","appName":"A","sections":[{"title":"F","commands":[{"path":[{"title":"F"}],"enabled":"yes"}]}]})")
-                             << "sections[0].commands[0].enabled: expected true or false";
-    QTest::newRow("modifiers") << QByteArray(R"({"bundleID":"a","appName":"A","sections":[{"title":"F","commands":[{"path":[{"title":"F"}],"shortcut":{"key":"S","modifiers":[1]}}]}]})")
-                               << "sections[0].commands[0].shortcut.modifiers: expected an array of strings";
+    QTest::newRow("empty path")
+        << QByteArray(
+               R"({"bundleID":"a","appName":"A","sections":[{"title":"F","commands":[{"path":[]}]}]})")
+        << "sections[0].commands[0].path: expected a non-empty array";
+    QTest::newRow("occurrence")
+        << QByteArray(
+               R"({"bundleID":"a","appName":"A","sections":[{"title":"F","commands":[{"path":[{"title":"F","occurrence":-1}]}]}]})")
+        << "sections[0].commands[0].path[0].occurrence";
+    QTest::newRow("enabled")
+        << QByteArray(
+               R"({"bundleID":"a","appName":"A","sections":[{"title":"F","commands":[{"path":[{"title":"F"}],"enabled":"yes"}]}]})")
+        << "sections[0].commands[0].enabled: expected true or false";
+    QTest::newRow("modifiers")
+        << QByteArray(
+               R"({"bundleID":"a","appName":"A","sections":[{"title":"F","commands":[{"path":[{"title":"F"}],"shortcut":{"key":"S","modifiers":[1]}}]}]})")
+        << "sections[0].commands[0].shortcut.modifiers: expected an array of strings";
 }
 
 void TestMenuCatalog::jsonErrorsAreClear()
@@ -140,16 +155,25 @@ void TestMenuCatalog::jsonErrorsAreClear()
 void TestMenuCatalog::jsonArbitraryBytes()
 {
     const QByteArray valid = MenuCatalogJson::write(MenuCatalog{
-        "a", "A", {{"File", {MenuCommand{{{"File", 0}, {"Open", 0}}, ShortcutKeys{{"Ctrl"}, "O"}, true, false}}}}});
+        "a",
+        "A",
+        {{"File",
+          {MenuCommand{{{"File", 0}, {"Open", 0}}, ShortcutKeys{{"Ctrl"}, "O"}, true, false}}}}});
     QRandomGenerator random(7);
     for (int round = 0; round < 2000; ++round) {
         QByteArray bytes = valid;
         for (int i = 0, n = 1 + random.bounded(6); i < n; ++i) {
             const int at = random.bounded(bytes.size());
             switch (random.bounded(3)) {
-            case 0: bytes[at] = char(random.bounded(256)); break;
-            case 1: bytes.remove(at, 1 + random.bounded(8)); break;
-            default: bytes.insert(at, "[{\"\":1e999}]"); break;
+            case 0:
+                bytes[at] = char(random.bounded(256));
+                break;
+            case 1:
+                bytes.remove(at, 1 + random.bounded(8));
+                break;
+            default:
+                bytes.insert(at, "[{\"\":1e999}]");
+                break;
             }
         }
         const auto read = MenuCatalogJson::read(bytes);

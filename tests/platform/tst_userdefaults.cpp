@@ -6,9 +6,9 @@
 
 #include <QFile>
 #include <QRandomGenerator>
-#include <QTimeZone>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimeZone>
 
 using namespace corvane;
 
@@ -57,7 +57,8 @@ void TestUserDefaults::roundTripsEveryType()
     QCOMPARE(d.boolValue("b"), false);
     QCOMPARE(d.integer("i"), -9223372036854775807LL);
     QCOMPARE(d.date("t"), when);
-    QCOMPARE(d.stringList("l"), (QStringList{QStringLiteral("File\x1fOpen#1"), QStringLiteral("a, b")}));
+    QCOMPARE(d.stringList("l"),
+             (QStringList{QStringLiteral("File\x1fOpen#1"), QStringLiteral("a, b")}));
     QVERIFY(d.remove("s"));
     QVERIFY(!d.string("s").has_value());
 }
@@ -77,7 +78,8 @@ void TestUserDefaults::registeredDefaultsAreFallbacksAndNeverWritten()
 {
     const QString file = path("reg.conf");
     UserDefaults d(file);
-    d.registerDefaults({{"holdDelay", 0.85}, {"triggerModifier", QStringLiteral("command")}, {"glassy", true}});
+    d.registerDefaults(
+        {{"holdDelay", 0.85}, {"triggerModifier", QStringLiteral("command")}, {"glassy", true}});
     QCOMPARE(d.doubleValue("holdDelay"), 0.85);
     QCOMPARE(d.string("triggerModifier"), QStringLiteral("command"));
     QCOMPARE(d.boolValue("glassy"), true);
@@ -89,17 +91,21 @@ void TestUserDefaults::registeredDefaultsAreFallbacksAndNeverWritten()
     QFile f(file);
     QVERIFY(f.open(QIODevice::ReadOnly));
     const QByteArray content = f.readAll();
-    QVERIFY2(!content.contains("triggerModifier") && !content.contains("glassy"), content.constData());
+    QVERIFY2(!content.contains("triggerModifier") && !content.contains("glassy"),
+             content.constData());
 }
 
 void TestUserDefaults::garbageFileReadsAsAbsent()
 {
     const QString file = path("garbage.conf");
-    QByteArray bytes("[General]\nholdDelay=abc\n\x00\xff\xfe garbage [[[\n=x\nshowDisabledItems=maybe\n", 70);
+    QByteArray bytes(
+        "[General]\nholdDelay=abc\n\x00\xff\xfe garbage [[[\n=x\nshowDisabledItems=maybe\n", 70);
     bytes += "triggerModifier=a, b\nfavorites.x=[1, 2]\nwhatsNew.updateCount=12abc\n[[\n@@@\n";
     writeFile(file, bytes);
     UserDefaults d(file);
-    d.registerDefaults({{"holdDelay", 0.85}, {"showDisabledItems", true}, {"triggerModifier", QStringLiteral("command")}});
+    d.registerDefaults({{"holdDelay", 0.85},
+                        {"showDisabledItems", true},
+                        {"triggerModifier", QStringLiteral("command")}});
     QCOMPARE(d.doubleValue("holdDelay"), 0.85);
     QCOMPARE(d.boolValue("showDisabledItems"), true);
     QCOMPARE(d.string("triggerModifier"), QStringLiteral("command"));
@@ -131,7 +137,8 @@ void TestUserDefaults::wronglyTypedValuesReadAsAbsent()
 {
     QFETCH(QByteArray, line);
     QFETCH(QString, type);
-    const QString file = path(QStringLiteral("typed-%1.conf").arg(QTest::currentDataTag()).replace(' ', '-'));
+    const QString file =
+        path(QStringLiteral("typed-%1.conf").arg(QTest::currentDataTag()).replace(' ', '-'));
     writeFile(file, "[General]\n" + line + "\n");
     UserDefaults d(file);
     if (type == "double")
@@ -195,7 +202,8 @@ void TestUserDefaults::arbitraryBytesNeverCrash()
         const int n = random.bounded(400);
         for (int i = 0; i < n; ++i) {
             static const char alphabet[] = "[]=\n\r\\\"@,;#k0.1-e+truefalse\x00\xff\x1f ";
-            bytes += random.bounded(3) ? alphabet[random.bounded(int(sizeof alphabet - 1))] : char(random.bounded(256));
+            bytes += random.bounded(3) ? alphabet[random.bounded(int(sizeof alphabet - 1))]
+                                       : char(random.bounded(256));
         }
         const QString file = path(QStringLiteral("fuzz-%1.conf").arg(round));
         writeFile(file, bytes);

@@ -60,16 +60,26 @@ void TestCommandFilter::folding_data()
 {
     QTest::addColumn<QString>("input");
     QTest::addColumn<QString>("folded");
-    QTest::newRow("case") << "Copy" << "copy";
-    QTest::newRow("diacritics precomposed") << "Éditer" << "editer";
-    QTest::newRow("diacritics decomposed") << "E\u0301diter" << "editer";
-    QTest::newRow("umlaut") << "Öffnen" << "offnen";
-    QTest::newRow("trim spaces and tabs") << " \t a b \u00A0\u2003" << "a b";
-    QTest::newRow("newline kept") << "\na\n" << "\na\n";
-    QTest::newRow("sharp s") << "Straße" << "strasse";
-    QTest::newRow("greek") << "ΣΊΣΥΦΟΣ" << "σισυφοσ";
-    QTest::newRow("cjk unchanged") << "開く" << "開く";
-    QTest::newRow("hangul composed back") << "편집" << "편집";
+    QTest::newRow("case") << "Copy"
+                          << "copy";
+    QTest::newRow("diacritics precomposed") << "Éditer"
+                                            << "editer";
+    QTest::newRow("diacritics decomposed") << "E\u0301diter"
+                                           << "editer";
+    QTest::newRow("umlaut") << "Öffnen"
+                            << "offnen";
+    QTest::newRow("trim spaces and tabs") << " \t a b \u00A0\u2003"
+                                          << "a b";
+    QTest::newRow("newline kept") << "\na\n"
+                                  << "\na\n";
+    QTest::newRow("sharp s") << "Straße"
+                             << "strasse";
+    QTest::newRow("greek") << "ΣΊΣΥΦΟΣ"
+                           << "σισυφοσ";
+    QTest::newRow("cjk unchanged") << "開く"
+                                   << "開く";
+    QTest::newRow("hangul composed back") << "편집"
+                                          << "편집";
 }
 
 void TestCommandFilter::folding()
@@ -99,7 +109,8 @@ void TestCommandFilter::graphemeLengths()
 
 void TestCommandFilter::spacesOnlyQueryKeepsEverything()
 {
-    const QList<MenuCommand> commands{cmd({"File", "Zzz"}), cmd({"Edit", "Copy"}), cmd({"View", "Qqq"}, false)};
+    const QList<MenuCommand> commands{cmd({"File", "Zzz"}), cmd({"Edit", "Copy"}),
+                                      cmd({"View", "Qqq"}, false)};
     QCOMPARE(leaves(CommandFilter::rank(commands, "   ", {})), leaves(commands));
     QCOMPARE(leaves(CommandFilter::rank(commands, "", {})), leaves(commands));
 }
@@ -137,16 +148,19 @@ void TestCommandFilter::favoriteAndDisabledAdjustments()
 {
     const MenuCommand disabledFavorite = cmd({"Edit", "Copy"}, false);
     const MenuCommand plain = cmd({"Edit", "Cope"});
-    const auto ranked = CommandFilter::rank({plain, disabledFavorite}, "co", {disabledFavorite.id()});
+    const auto ranked =
+        CommandFilter::rank({plain, disabledFavorite}, "co", {disabledFavorite.id()});
     // 1036 + 150 − 200 = 986 < 1036
     QCOMPARE(leaves(ranked), leaves({plain, disabledFavorite}));
-    const auto favored = CommandFilter::rank({plain, cmd({"Edit", "Copy"})}, "co", {cmd({"Edit", "Copy"}).id()});
+    const auto favored =
+        CommandFilter::rank({plain, cmd({"Edit", "Copy"})}, "co", {cmd({"Edit", "Copy"}).id()});
     QCOMPARE(favored.first().path.last().title, QStringLiteral("Copy"));
 }
 
 void TestCommandFilter::disabledLowPathMatchListedLast()
 {
-    const MenuCommand low = cmd({"Zebra", "Zzz", "Qqq"}, false); // path subsequence, halved, then −200
+    const MenuCommand low =
+        cmd({"Zebra", "Zzz", "Qqq"}, false); // path subsequence, halved, then −200
     const QList<MenuCommand> commands{low, cmd({"Edit", "Zap"}), cmd({"Edit", "Other z"})};
     const auto ranked = CommandFilter::rank(commands, "zq", {});
     QCOMPARE(ranked.size(), 1);
@@ -212,7 +226,8 @@ void TestCommandFilter::sameOrderAsReferenceOnRandomCatalogs()
                 const QString id = commands[random.bounded(commands.size())].id();
                 favorites.insert(f % 2 ? id : id.normalized(QString::NormalizationForm_D));
             }
-            const QStringList expected = leaves(ReferenceCommandFilter::rank(commands, query, favorites));
+            const QStringList expected =
+                leaves(ReferenceCommandFilter::rank(commands, query, favorites));
             QCOMPARE(leaves(CommandFilter::rank(commands, query, favorites)), expected);
             QCOMPARE(leaves(index.rank(query, favorites)), expected);
             ++compared;
@@ -223,7 +238,8 @@ void TestCommandFilter::sameOrderAsReferenceOnRandomCatalogs()
 
 void TestCommandFilter::indexAgreesWithRank()
 {
-    const QList<MenuCommand> commands = CatalogGenerator::allCommands(CatalogGenerator::generate(3, {300, true}));
+    const QList<MenuCommand> commands =
+        CatalogGenerator::allCommands(CatalogGenerator::generate(3, {300, true}));
     const CommandFilter::Index index(commands);
     for (const QString& q : QStringList{"co", "É", "file", "📄", "ss", "x\u0301", "open doc"}) {
         const auto positions = index.rankPositions(q, {});

@@ -10,8 +10,8 @@ using namespace corvane::ShortcutDisplay;
 
 namespace {
 // What the crawler builds from the macOS attributes (Part 3.2, command(for:path:)).
-ShortcutKeys fromAttributes(std::optional<QString> ch, std::optional<qint64> vk, std::optional<qint64> glyph,
-                            std::optional<qint64> modifiers)
+ShortcutKeys fromAttributes(std::optional<QString> ch, std::optional<qint64> vk,
+                            std::optional<qint64> glyph, std::optional<qint64> modifiers)
 {
     const auto key = keyLabel(ch, vk, glyph);
     if (!key || key->isEmpty())
@@ -81,7 +81,8 @@ void TestShortcutDisplay::spaceAndNoBreakSpace()
 void TestShortcutDisplay::characterBeatsGlyph()
 {
     QCOMPARE(keyLabel("x", {}, 111), QStringLiteral("X"));
-    QCOMPARE(keyLabel(QString(QChar(0x1F)), {}, 111), QStringLiteral("F1")); // control char without a name
+    QCOMPARE(keyLabel(QString(QChar(0x1F)), {}, 111),
+             QStringLiteral("F1")); // control char without a name
     QCOMPARE(keyLabel(QString(QChar(0x1F)), {}, 999), std::nullopt);
 }
 
@@ -178,10 +179,12 @@ void TestShortcutDisplay::fromAccelerator_data()
     QTest::addColumn<QStringList>("modifiers");
     QTest::addColumn<QString>("key");
     // GTK
-    QTest::newRow("gtk primary shift") << "<Primary><Shift>o" << QStringList{"Ctrl", "Shift"} << "O";
+    QTest::newRow("gtk primary shift")
+        << "<Primary><Shift>o" << QStringList{"Ctrl", "Shift"} << "O";
     QTest::newRow("gtk control F5") << "<Control>F5" << QStringList{"Ctrl"} << "F5";
     QTest::newRow("gtk alt left") << "<Alt>Left" << QStringList{"Alt"} << "\u2190";
-    QTest::newRow("gtk order") << "<Shift><Super><Alt><Primary>Page_Down" << QStringList{"Ctrl", "Alt", "Shift", "Super"} << "PgDn";
+    QTest::newRow("gtk order") << "<Shift><Super><Alt><Primary>Page_Down"
+                               << QStringList{"Ctrl", "Alt", "Shift", "Super"} << "PgDn";
     QTest::newRow("gtk bare") << "F1" << QStringList{} << "F1";
     QTest::newRow("gtk escape") << "Escape" << QStringList{} << "Esc";
     QTest::newRow("gtk return") << "<Primary>Return" << QStringList{"Ctrl"} << "Enter";
@@ -259,12 +262,15 @@ void TestShortcutDisplay::qtMnemonics()
 void TestShortcutDisplay::arbitraryTextNeverCrashes()
 {
     QRandomGenerator random(41);
-    const QStringList pieces{"<", ">", "Primary", "Ctrl+", "+", ",", "Num+", "KP_", "Shift", " ", "\u0301",
-                             "\xF0\x9F\x98\x80", "F", "9", "\t", "<<", ">>", "Meta+", "\x00", "é"};
+    const QStringList pieces{"<",    ">",   "Primary", "Ctrl+", "+",      ",",
+                             "Num+", "KP_", "Shift",   " ",     "\u0301", "\xF0\x9F\x98\x80",
+                             "F",    "9",   "\t",      "<<",    ">>",     "Meta+",
+                             "\x00", "é"};
     for (int round = 0; round < 5000; ++round) {
         QString text;
         for (int i = 0, n = random.bounded(8); i < n; ++i)
-            text += random.bounded(4) ? pieces[random.bounded(pieces.size())] : QString(QChar(char16_t(random.bounded(0x10000))));
+            text += random.bounded(4) ? pieces[random.bounded(pieces.size())]
+                                      : QString(QChar(char16_t(random.bounded(0x10000))));
         const ShortcutKeys keys = ShortcutDisplay::fromAccelerator(text);
         QVERIFY(!keys.key.isEmpty() || keys.modifiers.isEmpty()); // no modifiers without a key
         const auto l = label(text);

@@ -6,26 +6,64 @@ namespace corvane::CatalogGenerator {
 
 namespace {
 
-const QStringList menus{"File", "Edit", "View", "Insert", "Format", "Tools", "Document", "Search",
-                        "Project", "Build", "Window", "Help"};
-const QStringList verbs{"Open", "Save", "Close", "Export", "Import", "Print", "Copy", "Paste", "Cut",
-                        "Find", "Replace", "Show", "Hide", "Toggle", "Select", "Insert", "Delete",
-                        "Duplicate", "Move", "Rename", "Reload", "Zoom", "Sort", "Go to", "Run",
-                        "Comment", "Indent", "Convert", "Merge", "Split", "Fold", "Unfold"};
-const QStringList nouns{"Document", "File", "Selection", "Line", "Word", "Tab", "Window", "Sidebar",
-                        "Toolbar", "Bookmark", "Symbol", "Project", "Session", "Paragraph", "Table",
-                        "Image", "Link", "Comment", "Page", "Column", "Block", "Encoding", "Macro",
-                        "Terminal", "Panel", "Style", "Template", "Snippet"};
-const QStringList tails{"", "", "", "…", " as PDF…", " All", " Next", " Previous", " to Clipboard",
-                        " in New Window", " and Match Style", " (Advanced)", " Again"};
-const QStringList international{"Éditer", "E\u0301diter", "Öffnen", "Schließen", "Übersicht", "Français",
-                                "Настройки", "Сохранить", "開く", "保存", "ファイル", "편집", "Ελληνικά",
-                                "ﬁle ligature", "Ａｂｃ", "📄 New", "👩\u200D💻 Develop", "🇫🇷 Flag",
-                                "Café", "Cafe\u0301", "naïve", "İstanbul", "ǅemal", "ﬀ", "Straße",
-                                "ऩ नमस्ते", "x\u0301\u0327y", "Ⅻ Roman"};
-const QStringList keys{"A", "B", "C", "D", "E", "F", "N", "O", "P", "Q", "S", "W", "Z", "F5", "F11",
-                       "←", "→", "Enter", "Del", "Tab", "Space", "1", "2", "+", "-"};
-const QStringList modifierSets[]{{"Ctrl"}, {"Ctrl", "Shift"}, {"Alt"}, {"Ctrl", "Alt"}, {}, {"Shift"}};
+const QStringList menus{"File",     "Edit",   "View",    "Insert", "Format", "Tools",
+                        "Document", "Search", "Project", "Build",  "Window", "Help"};
+const QStringList verbs{"Open",   "Save",   "Close",  "Export",    "Import",  "Print",  "Copy",
+                        "Paste",  "Cut",    "Find",   "Replace",   "Show",    "Hide",   "Toggle",
+                        "Select", "Insert", "Delete", "Duplicate", "Move",    "Rename", "Reload",
+                        "Zoom",   "Sort",   "Go to",  "Run",       "Comment", "Indent", "Convert",
+                        "Merge",  "Split",  "Fold",   "Unfold"};
+const QStringList nouns{"Document", "File",      "Selection", "Line",     "Word",   "Tab",
+                        "Window",   "Sidebar",   "Toolbar",   "Bookmark", "Symbol", "Project",
+                        "Session",  "Paragraph", "Table",     "Image",    "Link",   "Comment",
+                        "Page",     "Column",    "Block",     "Encoding", "Macro",  "Terminal",
+                        "Panel",    "Style",     "Template",  "Snippet"};
+const QStringList tails{"",
+                        "",
+                        "",
+                        "…",
+                        " as PDF…",
+                        " All",
+                        " Next",
+                        " Previous",
+                        " to Clipboard",
+                        " in New Window",
+                        " and Match Style",
+                        " (Advanced)",
+                        " Again"};
+const QStringList international{"Éditer",
+                                "E\u0301diter",
+                                "Öffnen",
+                                "Schließen",
+                                "Übersicht",
+                                "Français",
+                                "Настройки",
+                                "Сохранить",
+                                "開く",
+                                "保存",
+                                "ファイル",
+                                "편집",
+                                "Ελληνικά",
+                                "ﬁle ligature",
+                                "Ａｂｃ",
+                                "📄 New",
+                                "👩\u200D💻 Develop",
+                                "🇫🇷 Flag",
+                                "Café",
+                                "Cafe\u0301",
+                                "naïve",
+                                "İstanbul",
+                                "ǅemal",
+                                "ﬀ",
+                                "Straße",
+                                "ऩ नमस्ते",
+                                "x\u0301\u0327y",
+                                "Ⅻ Roman"};
+const QStringList keys{"A",   "B",   "C",     "D", "E",  "F",   "N", "O", "P",
+                       "Q",   "S",   "W",     "Z", "F5", "F11", "←", "→", "Enter",
+                       "Del", "Tab", "Space", "1", "2",  "+",   "-"};
+const QStringList modifierSets[]{{"Ctrl"}, {"Ctrl", "Shift"}, {"Alt"}, {"Ctrl", "Alt"},
+                                 {},       {"Shift"}};
 
 QString title(QRandomGenerator& random, bool intl)
 {
@@ -53,13 +91,16 @@ MenuCatalog generate(quint32 seed, const Options& options)
         // Number equal titles at each level as the crawler does.
         int occurrence = 0;
         for (const MenuCommand& other : section.commands)
-            if (other.path.size() == path.size() && other.titles() == MenuCommand{path, {}, true, false}.titles())
+            if (other.path.size() == path.size() &&
+                other.titles() == MenuCommand{path, {}, true, false}.titles())
                 ++occurrence;
         path.last().occurrence = occurrence;
         ShortcutKeys shortcut = ShortcutKeys::none;
         if (random.bounded(3) != 0)
-            shortcut = ShortcutKeys{modifierSets[random.bounded(6)], keys[random.bounded(keys.size())]};
-        section.commands.append(MenuCommand{path, shortcut, random.bounded(6) != 0, random.bounded(8) == 0});
+            shortcut =
+                ShortcutKeys{modifierSets[random.bounded(6)], keys[random.bounded(keys.size())]};
+        section.commands.append(
+            MenuCommand{path, shortcut, random.bounded(6) != 0, random.bounded(8) == 0});
     }
     QList<MenuSection> nonEmpty;
     for (const MenuSection& section : std::as_const(catalog.sections))
@@ -79,8 +120,9 @@ QList<MenuCommand> allCommands(const MenuCatalog& catalog)
 
 QString randomQuery(QRandomGenerator& random, const QList<MenuCommand>& commands)
 {
-    static const QStringList extras{"é", "e\u0301", "É", "ß", "ss", "ö", "o\u0308", "開", "📄", "👩", "💻",
-                                    "\u200D", "🇫", " ", "\t", "x", "q", "z", "ﬁ", "İ", "i\u0307", "ñ"};
+    static const QStringList extras{"é", "e\u0301", "É", "ß",      "ss",      "ö", "o\u0308", "開",
+                                    "📄", "👩",       "💻", "\u200D", "🇫",       " ", "\t",      "x",
+                                    "q", "z",       "ﬁ", "İ",      "i\u0307", "ñ"};
     const MenuCommand& command = commands[random.bounded(commands.size())];
     const QStringList titles = command.titles();
     const QString source = titles[random.bounded(titles.size())];
@@ -109,8 +151,10 @@ QString randomQuery(QRandomGenerator& random, const QList<MenuCommand>& commands
             query += extras[random.bounded(extras.size())];
         break;
     case 4: // a prefix, upper-cased or decomposed
-        query = chars.mid(0, 1 + random.bounded(std::max<int>(1, std::min<int>(4, chars.size())))).join(QString());
-        query = random.bounded(2) ? query.toUpper() : query.normalized(QString::NormalizationForm_D);
+        query = chars.mid(0, 1 + random.bounded(std::max<int>(1, std::min<int>(4, chars.size()))))
+                    .join(QString());
+        query =
+            random.bounded(2) ? query.toUpper() : query.normalized(QString::NormalizationForm_D);
         break;
     default: // a menu title and a word
         query = titles.first().left(3) + u' ' + chars.mid(0, 2).join(QString());

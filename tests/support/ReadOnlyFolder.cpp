@@ -3,7 +3,6 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
-
 #include <unistd.h>
 
 namespace corvane::test {
@@ -14,7 +13,8 @@ bool chattr(const QString& flag, const QString& path)
 {
     QProcess process;
     process.start(QStringLiteral("chattr"), {flag, path});
-    return process.waitForFinished(5000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+    return process.waitForFinished(5000) && process.exitStatus() == QProcess::NormalExit &&
+           process.exitCode() == 0;
 }
 
 } // namespace
@@ -23,8 +23,10 @@ ReadOnlyFolder::ReadOnlyFolder(QString path) : m_path(std::move(path))
 {
     const QDir dir(m_path);
     for (const QString& name : dir.entryList(QDir::Files))
-        QFile::setPermissions(dir.filePath(name), QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
-    QFile::setPermissions(m_path, QFile::ReadOwner | QFile::ExeOwner | QFile::ReadGroup | QFile::ExeGroup);
+        QFile::setPermissions(dir.filePath(name),
+                              QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
+    QFile::setPermissions(m_path,
+                          QFile::ReadOwner | QFile::ExeOwner | QFile::ReadGroup | QFile::ExeGroup);
     if (geteuid() == 0) {
         m_immutable = chattr(QStringLiteral("+i"), m_path);
         if (!m_immutable)

@@ -63,12 +63,14 @@ std::optional<int> score(const MenuCommand& command, const QString& foldedQuery)
     const QString leaf = command.path.isEmpty() ? QString() : command.path.last().title;
     if (const auto m = matchScore(TextFolding::graphemes(TextFolding::fold(leaf)), query))
         return *m + int(std::max<qsizetype>(0, 40 - TextFolding::graphemes(leaf).size()));
-    if (const auto m = matchScore(TextFolding::graphemes(TextFolding::fold(command.titles().join(u' '))), query))
+    if (const auto m = matchScore(
+            TextFolding::graphemes(TextFolding::fold(command.titles().join(u' '))), query))
         return *m / 2;
     return std::nullopt;
 }
 
-QList<MenuCommand> rank(const QList<MenuCommand>& commands, const QString& query, const QSet<QString>& favorites)
+QList<MenuCommand> rank(const QList<MenuCommand>& commands, const QString& query,
+                        const QSet<QString>& favorites)
 {
     const QString folded = TextFolding::fold(query);
     if (folded.isEmpty())
@@ -85,13 +87,15 @@ QList<MenuCommand> rank(const QList<MenuCommand>& commands, const QString& query
             continue;
         int total = *s;
         const QString id = commands[index].id();
-        if (std::any_of(favorites.begin(), favorites.end(), [&](const QString& f) { return canonicallyEqual(f, id); }))
+        if (std::any_of(favorites.begin(), favorites.end(),
+                        [&](const QString& f) { return canonicallyEqual(f, id); }))
             total += 150;
         if (!commands[index].enabled)
             total -= 200;
         triples.append({commands[index], total, index});
     }
-    std::stable_sort(triples.begin(), triples.end(), [](const Triple& a, const Triple& b) { return a.score > b.score; });
+    std::stable_sort(triples.begin(), triples.end(),
+                     [](const Triple& a, const Triple& b) { return a.score > b.score; });
     QList<MenuCommand> result;
     for (const Triple& t : triples)
         result.append(t.command);

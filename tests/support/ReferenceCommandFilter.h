@@ -7,12 +7,12 @@
 #include "menus/MenuCatalog.h"
 
 #include <QSet>
-
 #include <optional>
 
 namespace corvane::ReferenceCommandFilter {
 
-QList<MenuCommand> rank(const QList<MenuCommand>& commands, const QString& query, const QSet<QString>& favorites);
+QList<MenuCommand> rank(const QList<MenuCommand>& commands, const QString& query,
+                        const QSet<QString>& favorites);
 std::optional<int> score(const MenuCommand& command, const QString& foldedQuery);
 
 } // namespace corvane::ReferenceCommandFilter

@@ -64,24 +64,43 @@ void TestHoldStateMachine::transitionTable_data()
     const auto ignored = [](State s) { return Cell{s, {}}; };
     const QList<std::pair<State, QList<Cell>>> table{
         {State::idle,
-         {{State::arming, {Effect::startTimer}}, ignored(State::idle), ignored(State::idle), ignored(State::idle),
-          ignored(State::idle), {State::pinned, {Effect::show, Effect::pin}}, ignored(State::idle)}},
+         {{State::arming, {Effect::startTimer}},
+          ignored(State::idle),
+          ignored(State::idle),
+          ignored(State::idle),
+          ignored(State::idle),
+          {State::pinned, {Effect::show, Effect::pin}},
+          ignored(State::idle)}},
         {State::arming,
-         {ignored(State::arming), {State::idle, {Effect::cancelTimer}}, {State::idle, {Effect::cancelTimer}},
-          {State::idle, {Effect::cancelTimer}}, {State::peeking, {Effect::show}},
-          {State::pinned, {Effect::cancelTimer, Effect::show, Effect::pin}}, {State::idle, {Effect::cancelTimer}}}},
+         {ignored(State::arming),
+          {State::idle, {Effect::cancelTimer}},
+          {State::idle, {Effect::cancelTimer}},
+          {State::idle, {Effect::cancelTimer}},
+          {State::peeking, {Effect::show}},
+          {State::pinned, {Effect::cancelTimer, Effect::show, Effect::pin}},
+          {State::idle, {Effect::cancelTimer}}}},
         {State::peeking,
-         {ignored(State::peeking), {State::idle, {Effect::hide}}, {State::pinned, {Effect::pin}},
-          {State::idle, {Effect::hide}}, ignored(State::peeking), {State::pinned, {Effect::pin}},
+         {ignored(State::peeking),
+          {State::idle, {Effect::hide}},
+          {State::pinned, {Effect::pin}},
+          {State::idle, {Effect::hide}},
+          ignored(State::peeking),
+          {State::pinned, {Effect::pin}},
           {State::idle, {Effect::hide}}}},
         {State::pinned,
-         {ignored(State::pinned), ignored(State::pinned), ignored(State::pinned), ignored(State::pinned),
-          ignored(State::pinned), {State::idle, {Effect::hide}}, {State::idle, {Effect::hide}}}},
+         {ignored(State::pinned),
+          ignored(State::pinned),
+          ignored(State::pinned),
+          ignored(State::pinned),
+          ignored(State::pinned),
+          {State::idle, {Effect::hide}},
+          {State::idle, {Effect::hide}}}},
     };
     int cells = 0;
     for (const auto& [from, row] : table) {
         for (int e = 0; e < row.size(); ++e) {
-            QTest::addRow("%s + %s", nameOf(from), eventNames[e]) << from << e << row[e].to << describe(row[e].effects);
+            QTest::addRow("%s + %s", nameOf(from), eventNames[e])
+                << from << e << row[e].to << describe(row[e].effects);
             ++cells;
         }
     }
@@ -153,7 +172,8 @@ void TestHoldStateMachine::pinRequestToggles()
 void TestHoldStateMachine::armingPinRequestOrder()
 {
     HoldStateMachine machine = machineIn(State::arming);
-    QCOMPARE(machine.handle(Event::pinRequest()), (Effects{Effect::cancelTimer, Effect::show, Effect::pin}));
+    QCOMPARE(machine.handle(Event::pinRequest()),
+             (Effects{Effect::cancelTimer, Effect::show, Effect::pin}));
     QCOMPARE(machine.state, State::pinned);
 }
 

@@ -94,23 +94,57 @@ void TestUpdateChecker::feeds_data()
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("current");
     QTest::addColumn<QString>("expected"); // "failure", "none" or the offered version text
-    QTest::newRow("1.4 vs 1.4.0 is current") << "/v-1.4" << "1.4.0" << "none";
-    QTest::newRow("2.0 vs 1.9.9 offered") << "/update-2.0" << "1.9.9" << "2.0";
-    QTest::newRow("2.0.0 shown unnormalised") << "/v-2.0.0" << "1.9.9" << "2.0.0";
-    QTest::newRow("older feed never offered") << "/v-1.4" << "1.9.9" << "none";
-    QTest::newRow("version is a number") << "/v-number" << "1.0" << "failure";
-    QTest::newRow("download missing") << "/no-download" << "1.0" << "failure";
-    QTest::newRow("2.0-beta is up to date") << "/beta" << "1.0" << "none";
-    QTest::newRow("bundle without version compares as 1.0") << "/update-2.0" << "" << "2.0";
-    QTest::newRow("unparsable running version: no update") << "/update-2.0" << "dev" << "none";
-    QTest::newRow("html with 200") << "/html-200" << "1.0" << "failure";
-    QTest::newRow("html with 404") << "/html-404" << "1.0" << "failure";
-    QTest::newRow("feed with 404 still read") << "/feed-404" << "1.0" << "2.0";
-    QTest::newRow("download not a url") << "/bad-url" << "1.0" << "failure";
-    QTest::newRow("download not a web address") << "/file-url" << "1.0" << "failure";
-    QTest::newRow("top level array") << "/array" << "1.0" << "failure";
-    QTest::newRow("extra members ignored") << "/extra-members" << "1.0" << "2.0";
-    QTest::newRow("empty body") << "/empty" << "1.0" << "failure";
+    QTest::newRow("1.4 vs 1.4.0 is current") << "/v-1.4"
+                                             << "1.4.0"
+                                             << "none";
+    QTest::newRow("2.0 vs 1.9.9 offered") << "/update-2.0"
+                                          << "1.9.9"
+                                          << "2.0";
+    QTest::newRow("2.0.0 shown unnormalised") << "/v-2.0.0"
+                                              << "1.9.9"
+                                              << "2.0.0";
+    QTest::newRow("older feed never offered") << "/v-1.4"
+                                              << "1.9.9"
+                                              << "none";
+    QTest::newRow("version is a number") << "/v-number"
+                                         << "1.0"
+                                         << "failure";
+    QTest::newRow("download missing") << "/no-download"
+                                      << "1.0"
+                                      << "failure";
+    QTest::newRow("2.0-beta is up to date") << "/beta"
+                                            << "1.0"
+                                            << "none";
+    QTest::newRow("bundle without version compares as 1.0") << "/update-2.0"
+                                                            << ""
+                                                            << "2.0";
+    QTest::newRow("unparsable running version: no update") << "/update-2.0"
+                                                           << "dev"
+                                                           << "none";
+    QTest::newRow("html with 200") << "/html-200"
+                                   << "1.0"
+                                   << "failure";
+    QTest::newRow("html with 404") << "/html-404"
+                                   << "1.0"
+                                   << "failure";
+    QTest::newRow("feed with 404 still read") << "/feed-404"
+                                              << "1.0"
+                                              << "2.0";
+    QTest::newRow("download not a url") << "/bad-url"
+                                        << "1.0"
+                                        << "failure";
+    QTest::newRow("download not a web address") << "/file-url"
+                                                << "1.0"
+                                                << "failure";
+    QTest::newRow("top level array") << "/array"
+                                     << "1.0"
+                                     << "failure";
+    QTest::newRow("extra members ignored") << "/extra-members"
+                                           << "1.0"
+                                           << "2.0";
+    QTest::newRow("empty body") << "/empty"
+                                << "1.0"
+                                << "failure";
 }
 
 void TestUpdateChecker::feeds()

@@ -54,8 +54,9 @@ void TestAppVersion::parses()
 void TestAppVersion::rejects_data()
 {
     QTest::addColumn<QString>("text");
-    for (const char* t : {"", "   ", "1..2", ".1", "1.", "1.2b", "v1.2", "1.2-beta", "1. 2", "01.2", "1.02", "00",
-                          "+1", "-1", "1.-0", "9223372036854775808", "1 .2", "１.２", "1.2.\n3"})
+    for (const char* t :
+         {"", "   ", "1..2", ".1", "1.", "1.2b", "v1.2", "1.2-beta", "1. 2", "01.2", "1.02", "00",
+          "+1", "-1", "1.-0", "9223372036854775808", "1 .2", "１.２", "1.2.\n3"})
         QTest::newRow(t[0] ? t : "(empty)") << QString::fromUtf8(t);
 }
 
@@ -93,7 +94,8 @@ void TestAppVersion::equalityDoesNotPad()
 
 void TestAppVersion::hashingAgreesWithEquality()
 {
-    QSet<AppVersion> set{*AppVersion::parse("1.2"), *AppVersion::parse("1.2.0"), AppVersion(Components{1, 2, 0})};
+    QSet<AppVersion> set{*AppVersion::parse("1.2"), *AppVersion::parse("1.2.0"),
+                         AppVersion(Components{1, 2, 0})};
     QCOMPARE(set.size(), 2);
 }
 
@@ -110,7 +112,8 @@ void TestAppVersion::arbitraryBytesNeverCrash()
     for (int round = 0; round < 20000; ++round) {
         QByteArray bytes;
         for (int i = 0, n = random.bounded(24); i < n; ++i)
-            bytes += random.bounded(3) ? "0123456789.. -+\n\t"[random.bounded(17)] : char(random.bounded(256));
+            bytes += random.bounded(3) ? "0123456789.. -+\n\t"[random.bounded(17)]
+                                       : char(random.bounded(256));
         const auto version = AppVersion::parse(QString::fromUtf8(bytes));
         if (version) {
             QVERIFY(version->components.size() >= 2);

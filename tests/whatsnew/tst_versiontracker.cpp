@@ -13,7 +13,10 @@ using namespace corvane;
 using Outcome = VersionTracker::Outcome;
 
 namespace {
-AppVersion v(const char* text) { return *AppVersion::parse(QString::fromLatin1(text)); }
+AppVersion v(const char* text)
+{
+    return *AppVersion::parse(QString::fromLatin1(text));
+}
 WhatsNewRelease release(const char* version, int features = 1, const QString& tag = {})
 {
     WhatsNewRelease r{v(version), {}};
@@ -34,7 +37,11 @@ class TestVersionTracker : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { m_defaults = std::make_unique<UserDefaults>(m_dir.filePath(QStringLiteral("%1.conf").arg(++m_n))); }
+    void init()
+    {
+        m_defaults =
+            std::make_unique<UserDefaults>(m_dir.filePath(QStringLiteral("%1.conf").arg(++m_n)));
+    }
     void firstLaunchEver();
     void launchedBeforeWithoutRecord();
     void update();
@@ -141,32 +148,39 @@ void TestVersionTracker::policyWithPreviousVersion()
 {
     const QList<WhatsNewRelease> catalog{release("1.0")};
     QVERIFY(WhatsNewPolicy::releasesToShow(Outcome::update(v("1.0")), catalog, v("1.0")).isEmpty());
-    QCOMPARE(versions(WhatsNewPolicy::releasesToShow(Outcome::update(v("0.9")), catalog, v("1.0"))), QStringList{"1.0"});
-    QCOMPARE(versions(WhatsNewPolicy::releasesToShow(Outcome::update(v("0.9.5")), catalog, v("1.0"))), QStringList{"1.0"});
+    QCOMPARE(versions(WhatsNewPolicy::releasesToShow(Outcome::update(v("0.9")), catalog, v("1.0"))),
+             QStringList{"1.0"});
+    QCOMPARE(
+        versions(WhatsNewPolicy::releasesToShow(Outcome::update(v("0.9.5")), catalog, v("1.0"))),
+        QStringList{"1.0"});
 }
 
 void TestVersionTracker::policyWithoutPreviousVersion()
 {
     const QList<WhatsNewRelease> catalog{release("0.9"), release("1.0"), release("1.1")};
-    QCOMPARE(versions(WhatsNewPolicy::releasesToShow(Outcome::update(std::nullopt), catalog, v("1.0"))),
-             (QStringList{"1.1", "1.0"}));
+    QCOMPARE(
+        versions(WhatsNewPolicy::releasesToShow(Outcome::update(std::nullopt), catalog, v("1.0"))),
+        (QStringList{"1.1", "1.0"}));
 }
 
 void TestVersionTracker::policyKeepsNewerThanRunning()
 {
     const QList<WhatsNewRelease> catalog{release("1.0"), release("3.0")};
-    QCOMPARE(versions(WhatsNewPolicy::releasesToShow(Outcome::update(v("1.0")), catalog, v("1.0"))), QStringList{"3.0"});
+    QCOMPARE(versions(WhatsNewPolicy::releasesToShow(Outcome::update(v("1.0")), catalog, v("1.0"))),
+             QStringList{"3.0"});
 }
 
 void TestVersionTracker::policyDropsEmptyReleases()
 {
     const QList<WhatsNewRelease> catalog{release("2.0", 0), release("1.5")};
-    QCOMPARE(versions(WhatsNewPolicy::releasesToShow(Outcome::update(v("1.0")), catalog, v("1.0"))), QStringList{"1.5"});
+    QCOMPARE(versions(WhatsNewPolicy::releasesToShow(Outcome::update(v("1.0")), catalog, v("1.0"))),
+             QStringList{"1.5"});
 }
 
 void TestVersionTracker::policyStableForEqualVersions()
 {
-    const QList<WhatsNewRelease> catalog{release("1.2", 1, "a"), release("1.3", 1, "x"), release("1.2.0", 1, "b")};
+    const QList<WhatsNewRelease> catalog{release("1.2", 1, "a"), release("1.3", 1, "x"),
+                                         release("1.2.0", 1, "b")};
     QCOMPARE(versions(WhatsNewPolicy::releasesToShow(Outcome::update(v("1.0")), catalog, v("1.0"))),
              (QStringList{"1.3x", "1.2a", "1.2b"}));
 }
@@ -174,7 +188,8 @@ void TestVersionTracker::policyStableForEqualVersions()
 void TestVersionTracker::catalogue()
 {
     int opened = 0;
-    const auto all = ReleaseNotes::all(WhatsNewActions{[&opened] { ++opened; }}, QStringLiteral("Alt"));
+    const auto all =
+        ReleaseNotes::all(WhatsNewActions{[&opened] { ++opened; }}, QStringLiteral("Alt"));
     QCOMPARE(all.size(), 1);
     QCOMPARE(all[0].version, v("1.0"));
     QCOMPARE(ReleaseNotes::floor(), v("1.0"));
@@ -191,10 +206,15 @@ void TestVersionTracker::catalogue()
     all[0].features[3].action->perform();
     QCOMPARE(opened, 1);
     // The trigger off: the default is named.
-    QCOMPARE(ReleaseNotes::all({}, QString())[0].features[0].title, QStringLiteral("Hold Ctrl and see everything"));
+    QCOMPARE(ReleaseNotes::all({}, QString())[0].features[0].title,
+             QStringLiteral("Hold Ctrl and see everything"));
     // Policy over the real catalogue.
-    QCOMPARE(WhatsNewPolicy::releasesToShow(Outcome::update(std::nullopt), all, ReleaseNotes::floor()).size(), 1);
-    QVERIFY(WhatsNewPolicy::releasesToShow(Outcome::update(v("1.0")), all, ReleaseNotes::floor()).isEmpty());
+    QCOMPARE(
+        WhatsNewPolicy::releasesToShow(Outcome::update(std::nullopt), all, ReleaseNotes::floor())
+            .size(),
+        1);
+    QVERIFY(WhatsNewPolicy::releasesToShow(Outcome::update(v("1.0")), all, ReleaseNotes::floor())
+                .isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestVersionTracker)
