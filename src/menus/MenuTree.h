@@ -1,0 +1,59 @@
+#pragma once
+
+// The small tree interface the crawl and the press walk (PLATFORM.md): children, title, role
+// kind, enabled, checked, shortcut, press. The AT-SPI backend implements it; tests build trees
+// in memory. Every read tolerates failure: an unreadable value is absent, an empty list, or the
+// documented default.
+
+#include "MenuCatalog.h"
+
+#include <QList>
+#include <QString>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+
+namespace corvane {
+
+class MenuNode {
+public:
+    virtual ~MenuNode() = default;
+
+    virtual QList<std::shared_ptr<MenuNode>> children() = 0;
+    virtual std::optional<QString> title() = 0;
+    // The element whose children are this item's submenu entries, or null when the item is a
+    // command (GTK: an item of role MENU is its own submenu; Qt: a MENU or POPUP_MENU child).
+    virtual std::shared_ptr<MenuNode> submenu() = 0;
+    virtual bool enabled() = 0; // true when unreadable
+    virtual bool checked() = 0;
+    virtual ShortcutKeys shortcut() = 0;
+
+    struct PressResult {
+        enum class Status { pressed, timedOut, error };
+        Status status = Status::error;
+        int code = 0; // for error: what the application or the bus answered
+    };
+    virtual PressResult press() = 0;
+};
+
+// One crawl's or press's budget: the deadline, and whether a request has timed out (a frozen
+// application ends the crawl at once, like the deadline).
+class WalkBudget {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    explicit WalkBudget(Clock::duration limit) : m_deadline(Clock::now() + limit) {}
+    WalkBudget() : m_deadline(Clock::time_point::max()) {}
+
+    bool exhausted() const { return m_timedOut || Clock::now() >= m_deadline; }
+    void noteTimeout() { m_timedOut = true; }
+    bool timedOut() const { return m_timedOut; }
+    Clock::time_point deadline() const { return m_deadline; }
+
+private:
+    Clock::time_point m_deadline;
+    bool m_timedOut = false;
+};
+
+} // namespace corvane
