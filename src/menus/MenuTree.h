@@ -9,7 +9,6 @@
 
 #include <QList>
 #include <QString>
-
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -54,6 +53,19 @@ public:
 private:
     Clock::time_point m_deadline;
     bool m_timedOut = false;
+};
+
+// Where a walk starts: the menu bar of a process (PLATFORM.md's "AXMenuBar"), read within the
+// walk's budget. `error` is 0 when a menu bar was found.
+class MenuSource {
+public:
+    virtual ~MenuSource() = default;
+
+    struct MenuBar {
+        std::shared_ptr<MenuNode> node;
+        int error = 0;
+    };
+    virtual MenuBar menuBar(qint64 pid, WalkBudget& budget) = 0;
 };
 
 } // namespace corvane

@@ -28,8 +28,8 @@ struct Collector {
     }
 
     // Part 3.2's collect(_:path:depth:isAppMenu:itemCount:into:).
-    void collect(const std::shared_ptr<MenuNode>& element, const QList<PathStep>& path, int depth, bool isAppMenu,
-                 QList<MenuCommand>& into)
+    void collect(const std::shared_ptr<MenuNode>& element, const QList<PathStep>& path, int depth,
+                 bool isAppMenu, QList<MenuCommand>& into)
     {
         const QList<std::shared_ptr<MenuNode>> children = element->children();
         if (children.isEmpty())
@@ -51,7 +51,8 @@ struct Collector {
             if (!submenu) {
                 if (qAddOverflow(itemCount, 1, &itemCount))
                     qFatal("crawl item count overflowed");
-                into.append(MenuCommand{childPath, child->shortcut(), child->enabled(), child->checked()});
+                into.append(
+                    MenuCommand{childPath, child->shortcut(), child->enabled(), child->checked()});
                 continue;
             }
             if (servicesLevel) {
@@ -74,7 +75,8 @@ void setLastFailure(const QString& text)
 }
 
 // The candidates among `nodes` whose title equals `title` exactly, in order.
-std::shared_ptr<MenuNode> candidate(const QList<std::shared_ptr<MenuNode>>& nodes, const PathStep& step)
+std::shared_ptr<MenuNode> candidate(const QList<std::shared_ptr<MenuNode>>& nodes,
+                                    const PathStep& step)
 {
     int seen = 0;
     for (const std::shared_ptr<MenuNode>& node : nodes) {
@@ -109,8 +111,8 @@ QString lastFailure()
     return failureText;
 }
 
-std::optional<MenuCatalog> crawl(const RunningApp& app, const std::shared_ptr<MenuNode>& menuBar, int readError,
-                                 WalkBudget& budget)
+std::optional<MenuCatalog> crawl(const RunningApp& app, const std::shared_ptr<MenuNode>& menuBar,
+                                 int readError, WalkBudget& budget)
 {
     if (!app.appId || app.appId->isEmpty()) {
         qCCritical(lcCrawl, "crawl: target app has no bundle identifier");
@@ -118,8 +120,10 @@ std::optional<MenuCatalog> crawl(const RunningApp& app, const std::shared_ptr<Me
     }
     const QString bundleID = *app.appId;
     if (!menuBar) {
-        setLastFailure(QStringLiteral("menu bar read failed for %1: AXError %2").arg(bundleID).arg(readError));
-        qCCritical(lcCrawl, "crawl: menu bar read failed for %s: AXError %d", qUtf8Printable(bundleID), readError);
+        setLastFailure(
+            QStringLiteral("menu bar read failed for %1: AXError %2").arg(bundleID).arg(readError));
+        qCCritical(lcCrawl, "crawl: menu bar read failed for %s: AXError %d",
+                   qUtf8Printable(bundleID), readError);
         return std::nullopt;
     }
 
@@ -148,12 +152,14 @@ std::optional<MenuCatalog> crawl(const RunningApp& app, const std::shared_ptr<Me
         qCCritical(lcCrawl, "crawl: %s stopped at the deadline", qUtf8Printable(bundleID));
 
     if (sections.isEmpty()) {
-        qCCritical(lcCrawl, "crawl: %s yielded 0 sections (menu bar children: %ld)", qUtf8Printable(bundleID),
-                   long(collector.stoppedAtDeadline ? topLevel.size() : menuBar->children().size()));
+        qCCritical(
+            lcCrawl, "crawl: %s yielded 0 sections (menu bar children: %ld)",
+            qUtf8Printable(bundleID),
+            long(collector.stoppedAtDeadline ? topLevel.size() : menuBar->children().size()));
         return std::nullopt;
     }
-    qCInfo(lcCrawl, "crawl: %s \u2192 %ld sections, %ld items", qUtf8Printable(bundleID), long(sections.size()),
-           long(collector.itemCount));
+    qCInfo(lcCrawl, "crawl: %s \u2192 %ld sections, %ld items", qUtf8Printable(bundleID),
+           long(sections.size()), long(collector.itemCount));
     return MenuCatalog{bundleID, app.name.isEmpty() ? bundleID : app.name, sections};
 }
 
@@ -167,7 +173,8 @@ PressOutcome press(const QList<PathStep>& path, const std::shared_ptr<MenuNode>&
     }
     std::shared_ptr<MenuNode> current = candidate(menuBar->children(), path[0]);
     if (!current) {
-        qCCritical(lcCrawl, "press: could not resolve top-level menu %s", qUtf8Printable(path[0].title));
+        qCCritical(lcCrawl, "press: could not resolve top-level menu %s",
+                   qUtf8Printable(path[0].title));
         return PressOutcome::failed;
     }
     for (qsizetype i = 1; i < path.size(); ++i) {
@@ -178,7 +185,8 @@ PressOutcome press(const QList<PathStep>& path, const std::shared_ptr<MenuNode>&
         }
         current = candidate(submenu->children(), path[i]);
         if (!current) {
-            qCCritical(lcCrawl, "press: path component not found: %s", qUtf8Printable(path[i].title));
+            qCCritical(lcCrawl, "press: path component not found: %s",
+                       qUtf8Printable(path[i].title));
             return PressOutcome::failed;
         }
     }
@@ -192,7 +200,8 @@ PressOutcome press(const QList<PathStep>& path, const std::shared_ptr<MenuNode>&
     case MenuNode::PressResult::Status::pressed:
         return PressOutcome::pressed;
     case MenuNode::PressResult::Status::timedOut:
-        qCInfo(lcCrawl, "press: no timely reply for %s \u2014 treating as fired", qUtf8Printable(joined));
+        qCInfo(lcCrawl, "press: no timely reply for %s \u2014 treating as fired",
+               qUtf8Printable(joined));
         return PressOutcome::assumedFired;
     case MenuNode::PressResult::Status::error:
         break;

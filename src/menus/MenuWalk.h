@@ -10,7 +10,6 @@
 
 #include <QLoggingCategory>
 #include <QSet>
-
 #include <optional>
 
 Q_DECLARE_LOGGING_CATEGORY(lcCrawl)
@@ -30,8 +29,8 @@ const QSet<QString>& servicesTitles();
 
 // `menuBar` is null when it could not be read; `readError` is then the code to log.
 // Top-level menus are walked from the first child (PLATFORM.md: no system menu on Linux).
-std::optional<MenuCatalog> crawl(const RunningApp& app, const std::shared_ptr<MenuNode>& menuBar, int readError,
-                                 WalkBudget& budget);
+std::optional<MenuCatalog> crawl(const RunningApp& app, const std::shared_ptr<MenuNode>& menuBar,
+                                 int readError, WalkBudget& budget);
 
 PressOutcome press(const QList<PathStep>& path, const std::shared_ptr<MenuNode>& menuBar);
 

@@ -4,7 +4,6 @@
 // by process id only.
 
 #include <QString>
-
 #include <optional>
 
 namespace corvane {

@@ -74,7 +74,10 @@ Node bar(QList<Node> menus)
     n->kids = std::move(menus);
     return n;
 }
-RunningApp app(const QString& id = QStringLiteral("org.example.App")) { return RunningApp{42, id, "Example", {}}; }
+RunningApp app(const QString& id = QStringLiteral("org.example.App"))
+{
+    return RunningApp{42, id, "Example", {}};
+}
 
 std::optional<MenuCatalog> crawl(const Node& menuBar)
 {
@@ -94,9 +97,11 @@ QStringList ids(const MenuCatalog& c)
 // A chain of submenus `levels` deep under "Top", each level holding a leaf and the next submenu.
 Node chain(int levels)
 {
-    Node deepest = menu(QStringLiteral("L%1").arg(levels), {item(QStringLiteral("leaf%1").arg(levels))});
+    Node deepest =
+        menu(QStringLiteral("L%1").arg(levels), {item(QStringLiteral("leaf%1").arg(levels))});
     for (int level = levels - 1; level >= 1; --level)
-        deepest = menu(QStringLiteral("L%1").arg(level), {item(QStringLiteral("leaf%1").arg(level)), deepest});
+        deepest = menu(QStringLiteral("L%1").arg(level),
+                       {item(QStringLiteral("leaf%1").arg(level)), deepest});
     return deepest;
 }
 
@@ -130,7 +135,8 @@ private Q_SLOTS:
 
 void TestMenuWalk::menuBarWithNothingYieldsNoCatalog()
 {
-    QTest::ignoreMessage(QtCriticalMsg, "crawl: org.example.App yielded 0 sections (menu bar children: 1)");
+    QTest::ignoreMessage(QtCriticalMsg,
+                         "crawl: org.example.App yielded 0 sections (menu bar children: 1)");
     QVERIFY(!crawl(bar({menu("Empty", {})})).has_value());
 }
 
@@ -145,8 +151,9 @@ void TestMenuWalk::menusOfSeparatorsAndEmptySubmenusYieldNoSection()
 
 void TestMenuWalk::occurrences()
 {
-    const auto catalog = crawl(bar({menu("File", {item("Open"), separator(), item("Open"), menu("Open", {}),
-                                                  item("Open"), item("Close")})}));
+    const auto catalog =
+        crawl(bar({menu("File", {item("Open"), separator(), item("Open"), menu("Open", {}),
+                                 item("Open"), item("Close")})}));
     QVERIFY(catalog);
     // The skipped empty submenu "Open" still consumes occurrence 2.
     QCOMPARE(ids(*catalog), (QStringList{"File/Open", "File/Open#1", "File/Open#3", "File/Close"}));
@@ -168,12 +175,15 @@ void TestMenuWalk::depthLimit()
     const auto catalog = crawl(bar({menu("Top", {chain(6)})}));
     QVERIFY(catalog);
     const QStringList got = ids(*catalog);
-    // Items at depths 1..5 are listed; L5 sits at depth 5 and has a submenu: neither entered nor listed.
-    QCOMPARE(got, (QStringList{"Top/L1/leaf1", "Top/L1/L2/leaf2", "Top/L1/L2/L3/leaf3", "Top/L1/L2/L3/L4/leaf4"}));
+    // Items at depths 1..5 are listed; L5 sits at depth 5 and has a submenu: neither entered nor
+    // listed.
+    QCOMPARE(got, (QStringList{"Top/L1/leaf1", "Top/L1/L2/leaf2", "Top/L1/L2/L3/leaf3",
+                               "Top/L1/L2/L3/L4/leaf4"}));
     const auto five = crawl(bar({menu("Top", {chain(4)})}));
     QVERIFY(ids(*five).contains("Top/L1/L2/L3/L4/leaf4"));
     // A leaf at depth 5 has a path of six steps.
-    const auto deep = crawl(bar({menu("T", {menu("a", {menu("b", {menu("c", {menu("d", {item("e")})})})})})}));
+    const auto deep =
+        crawl(bar({menu("T", {menu("a", {menu("b", {menu("c", {menu("d", {item("e")})})})})})}));
     QCOMPARE(ids(*deep), QStringList{"T/a/b/c/d/e"});
     QCOMPARE(deep->sections[0].commands[0].path.size(), 6);
 }
@@ -186,8 +196,9 @@ void TestMenuWalk::itemCapKeepsPartialSections()
     QList<Node> inner;
     for (int i = 0; i < 800; ++i)
         inner.append(item(QStringLiteral("b%1").arg(i)));
-    const auto catalog = crawl(bar({menu("One", first), menu("Two", {menu("Sub", inner), item("after")}),
-                                    menu("Three", {item("never")})}));
+    const auto catalog =
+        crawl(bar({menu("One", first), menu("Two", {menu("Sub", inner), item("after")}),
+                   menu("Three", {item("never")})}));
     QVERIFY(catalog);
     QCOMPARE(catalog->sections.size(), 2); // the partly filled "Two" is kept, "Three" is never read
     QCOMPARE(catalog->sections[1].commands.size(), 500);
@@ -215,15 +226,18 @@ void TestMenuWalk::noApplicationId()
 {
     WalkBudget budget;
     QTest::ignoreMessage(QtCriticalMsg, "crawl: target app has no bundle identifier");
-    QVERIFY(!MenuWalk::crawl(RunningApp{1, std::nullopt, "X", {}}, bar({menu("M", {item("a")})}), 0, budget));
+    QVERIFY(!MenuWalk::crawl(RunningApp{1, std::nullopt, "X", {}}, bar({menu("M", {item("a")})}), 0,
+                             budget));
 }
 
 void TestMenuWalk::unreadableMenuBar()
 {
     WalkBudget budget;
-    QTest::ignoreMessage(QtCriticalMsg, "crawl: menu bar read failed for org.example.App: AXError 7");
+    QTest::ignoreMessage(QtCriticalMsg,
+                         "crawl: menu bar read failed for org.example.App: AXError 7");
     QVERIFY(!MenuWalk::crawl(app(), nullptr, 7, budget));
-    QCOMPARE(MenuWalk::lastFailure(), QStringLiteral("menu bar read failed for org.example.App: AXError 7"));
+    QCOMPARE(MenuWalk::lastFailure(),
+             QStringLiteral("menu bar read failed for org.example.App: AXError 7"));
 }
 
 void TestMenuWalk::deadlineKeepsSectionsBuiltSoFar()
@@ -246,10 +260,13 @@ void TestMenuWalk::deadlineKeepsSectionsBuiltSoFar()
     };
     WalkBudget budget(std::chrono::milliseconds(100));
     QTest::ignoreMessage(QtCriticalMsg, "crawl: org.example.App stopped at the deadline");
-    QTest::ignoreMessage(QtInfoMsg, QRegularExpression("crawl: org.example.App → 1 sections, 2 items"));
-    const auto catalog = MenuWalk::crawl(
-        app(), bar({slowMenu("One", {item("a"), item("b")}), slowMenu("Two", {item("c")}), slowMenu("Three", {item("d")})}),
-        0, budget);
+    QTest::ignoreMessage(QtInfoMsg,
+                         QRegularExpression("crawl: org.example.App → 1 sections, 2 items"));
+    const auto catalog =
+        MenuWalk::crawl(app(),
+                        bar({slowMenu("One", {item("a"), item("b")}), slowMenu("Two", {item("c")}),
+                             slowMenu("Three", {item("d")})}),
+                        0, budget);
     QVERIFY(catalog);
     QCOMPARE(ids(*catalog), (QStringList{"One/a", "One/b"}));
 }
@@ -262,8 +279,8 @@ void TestMenuWalk::timedOutRequestEndsTheCrawl()
     frozen->budget = &budget;
     QTest::ignoreMessage(QtCriticalMsg, "crawl: org.example.App stopped at the deadline");
     QTest::ignoreMessage(QtInfoMsg, "crawl: org.example.App → 1 sections, 1 items");
-    const auto catalog =
-        MenuWalk::crawl(app(), bar({menu("File", {item("New")}), frozen, menu("Later", {item("y")})}), 0, budget);
+    const auto catalog = MenuWalk::crawl(
+        app(), bar({menu("File", {item("New")}), frozen, menu("Later", {item("y")})}), 0, budget);
     QCOMPARE(ids(*catalog), QStringList{"File/New"});
 }
 
@@ -271,7 +288,8 @@ void TestMenuWalk::successLogLine()
 {
     WalkBudget budget;
     QTest::ignoreMessage(QtInfoMsg, "crawl: org.example.App → 2 sections, 3 items");
-    QVERIFY(MenuWalk::crawl(app(), bar({menu("A", {item("1"), item("2")}), menu("B", {item("3")})}), 0, budget));
+    QVERIFY(MenuWalk::crawl(app(), bar({menu("A", {item("1"), item("2")}), menu("B", {item("3")})}),
+                            0, budget));
 }
 
 void TestMenuWalk::pressTwoStepPaths()
@@ -293,7 +311,8 @@ void TestMenuWalk::pressTwoStepPaths()
 void TestMenuWalk::pressRenamedTitle()
 {
     QTest::ignoreMessage(QtCriticalMsg, "press: path component not found: Save As…");
-    QCOMPARE(MenuWalk::press({{"File", 0}, {"Save As…", 0}}, bar({menu("File", {item("Save a Copy…")})})),
+    QCOMPARE(MenuWalk::press({{"File", 0}, {"Save As…", 0}},
+                             bar({menu("File", {item("Save a Copy…")})})),
              PressOutcome::failed);
 }
 
@@ -310,7 +329,8 @@ void TestMenuWalk::pressTimeoutIsAssumedFired()
     Node slow = item("Export");
     slow->answer = {MenuNode::PressResult::Status::timedOut, 0};
     QTest::ignoreMessage(QtInfoMsg, "press: no timely reply for File ▸ Export — treating as fired");
-    QCOMPARE(MenuWalk::press({{"File", 0}, {"Export", 0}}, bar({menu("File", {slow})})), PressOutcome::assumedFired);
+    QCOMPARE(MenuWalk::press({{"File", 0}, {"Export", 0}}, bar({menu("File", {slow})})),
+             PressOutcome::assumedFired);
 }
 
 void TestMenuWalk::pressErrorFails()
@@ -318,7 +338,8 @@ void TestMenuWalk::pressErrorFails()
     Node broken = item("Print");
     broken->answer = {MenuNode::PressResult::Status::error, 3};
     QTest::ignoreMessage(QtCriticalMsg, "press: AXPress failed (3) for File ▸ Print");
-    QCOMPARE(MenuWalk::press({{"File", 0}, {"Print", 0}}, bar({menu("File", {broken})})), PressOutcome::failed);
+    QCOMPARE(MenuWalk::press({{"File", 0}, {"Print", 0}}, bar({menu("File", {broken})})),
+             PressOutcome::failed);
 }
 
 void TestMenuWalk::pressEmptyPathAndUnreadableMenuBar()
@@ -327,7 +348,8 @@ void TestMenuWalk::pressEmptyPathAndUnreadableMenuBar()
     QTest::ignoreMessage(QtCriticalMsg, "press: could not read menu bar");
     QCOMPARE(MenuWalk::press({{"File", 0}}, nullptr), PressOutcome::failed);
     QTest::ignoreMessage(QtCriticalMsg, "press: could not resolve top-level menu Tools");
-    QCOMPARE(MenuWalk::press({{"Tools", 0}, {"X", 0}}, bar({menu("File", {item("X")})})), PressOutcome::failed);
+    QCOMPARE(MenuWalk::press({{"Tools", 0}, {"X", 0}}, bar({menu("File", {item("X")})})),
+             PressOutcome::failed);
 }
 
 void TestMenuWalk::pressSingleStepPressesTopLevelItem()

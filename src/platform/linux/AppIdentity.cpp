@@ -1,0 +1,112 @@
+#include "AppIdentity.h"
+
+#include <QFile>
+
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+
+namespace corvane::AppIdentity {
+
+namespace {
+
+QString stripDesktop(QString id)
+{
+    if (id.endsWith(QLatin1String(".desktop")))
+        id.chop(8);
+    const qsizetype slash = id.lastIndexOf(u'/');
+    return slash >= 0 ? id.mid(slash + 1) : id;
+}
+
+// GIO_LAUNCHED_DESKTOP_FILE, when GIO_LAUNCHED_DESKTOP_FILE_PID names this process.
+QString launchedDesktopFile(qint64 pid)
+{
+    QFile environ(QStringLiteral("/proc/%1/environ").arg(pid));
+    if (!environ.open(QIODevice::ReadOnly))
+        return {};
+    QString file, launchedPid;
+    for (const QByteArray& variable : environ.read(1024 * 1024).split('\0')) {
+        if (variable.startsWith("GIO_LAUNCHED_DESKTOP_FILE="))
+            file = QString::fromUtf8(variable.mid(26));
+        else if (variable.startsWith("GIO_LAUNCHED_DESKTOP_FILE_PID="))
+            launchedPid = QString::fromUtf8(variable.mid(30));
+    }
+    return launchedPid == QString::number(pid) ? file : QString();
+}
+
+RunningApp fromEntry(qint64 pid, const QString& id, const std::optional<DesktopEntry>& entry, const QString& fallback)
+{
+    return RunningApp{pid, id, entry && !entry->name.isEmpty() ? entry->name : fallback, entry ? entry->icon : QString()};
+}
+
+} // namespace
+
+RunningApp resolve(qint64 pid, const std::optional<WindowHints>& window, const DesktopEntries& entries,
+                   const QString& fallbackName)
+{
+    const QString className = window ? window->wmClass : QString();
+    const QString fallback = !className.isEmpty() ? className : fallbackName;
+    if (window && !window->gtkApplicationId.isEmpty())
+        return fromEntry(pid, window->gtkApplicationId, entries.byId(window->gtkApplicationId), fallback);
+    if (window && !window->kdeDesktopFile.isEmpty()) {
+        const QString id = stripDesktop(window->kdeDesktopFile);
+        return fromEntry(pid, id, entries.byId(id), fallback);
+    }
+    if (const QString launched = launchedDesktopFile(pid); !launched.isEmpty()) {
+        const QString id = stripDesktop(launched);
+        return fromEntry(pid, id, entries.byId(id), fallback);
+    }
+    if (const auto entry = entries.byWindowClass(className))
+        return fromEntry(pid, entry->id, entry, fallback);
+    if (!className.isEmpty())
+        return RunningApp{pid, className, className, {}};
+    return RunningApp{pid, std::nullopt, fallbackName, {}}; // no window and no class: no application id
+}
+
+std::optional<WindowHints> windowHints(qint64 pid)
+{
+    Display* display = XOpenDisplay(nullptr);
+    if (!display)
+        return std::nullopt;
+    const auto atom = [display](const char* name) { return XInternAtom(display, name, False); };
+    const Atom clientList = atom("_NET_CLIENT_LIST"), wmPid = atom("_NET_WM_PID"), utf8 = atom("UTF8_STRING");
+
+    const auto property = [display](Window w, Atom name, Atom type, long maxLength) {
+        Atom actualType = None;
+        int format = 0;
+        unsigned long count = 0, after = 0;
+        unsigned char* data = nullptr;
+        QByteArray bytes;
+        if (XGetWindowProperty(display, w, name, 0, maxLength, False, type, &actualType, &format, &count, &after,
+                               &data) == Success &&
+            data) {
+            if (actualType == type || type == AnyPropertyType)
+            {
+                // Xlib returns 32-bit items as longs and 16-bit items as shorts.
+                const qsizetype itemSize = format == 32 ? qsizetype(sizeof(long)) : format == 16 ? 2 : 1;
+                bytes = QByteArray(reinterpret_cast<const char*>(data), qsizetype(count) * itemSize);
+            }
+            XFree(data);
+        }
+        return bytes;
+    };
+
+    std::optional<WindowHints> hints;
+    const QByteArray windows = property(DefaultRootWindow(display), clientList, XA_WINDOW, 4096);
+    const auto* ids = reinterpret_cast<const unsigned long*>(windows.constData());
+    for (qsizetype i = 0; i < windows.size() / qsizetype(sizeof(unsigned long)) && !hints; ++i) {
+        const QByteArray owner = property(ids[i], wmPid, XA_CARDINAL, 1);
+        if (owner.size() < qsizetype(sizeof(unsigned long)) ||
+            qint64(*reinterpret_cast<const unsigned long*>(owner.constData())) != pid)
+            continue;
+        WindowHints h;
+        h.gtkApplicationId = QString::fromUtf8(property(ids[i], atom("_GTK_APPLICATION_ID"), utf8, 1024));
+        h.kdeDesktopFile = QString::fromUtf8(property(ids[i], atom("_KDE_NET_WM_DESKTOP_FILE"), utf8, 1024));
+        const QList<QByteArray> wmClass = property(ids[i], XA_WM_CLASS, XA_STRING, 1024).split('\0');
+        h.wmClass = wmClass.size() >= 2 ? QString::fromLatin1(wmClass[1]) : QString();
+        hints = h;
+    }
+    XCloseDisplay(display);
+    return hints;
+}
+
+} // namespace corvane::AppIdentity

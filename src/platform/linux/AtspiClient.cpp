@@ -1,0 +1,368 @@
+#include "AtspiClient.h"
+
+#include "shortcuts/ShortcutDisplay.h"
+
+#include <QCoreApplication>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QDBusReply>
+#include <QDBusVariant>
+#include <QMutex>
+#include <QThread>
+
+namespace corvane::atspi {
+
+namespace {
+
+std::atomic<int> mainThreadRequests{0};
+
+bool onMainThread()
+{
+    const QCoreApplication* app = QCoreApplication::instance();
+    return app && QThread::currentThread() == app->thread();
+}
+
+template <typename T>
+std::optional<T> firstArgument(const std::optional<QDBusMessage>& reply, const char* signature)
+{
+    if (!reply || reply->signature() != QLatin1String(signature) || reply->arguments().isEmpty())
+        return std::nullopt;
+    const QVariant value = reply->arguments().constFirst();
+    if constexpr (std::is_same_v<T, QString> || std::is_same_v<T, uint> || std::is_same_v<T, int> ||
+                  std::is_same_v<T, bool>) {
+        return value.value<T>();
+    } else {
+        return qdbus_cast<T>(value.value<QDBusArgument>());
+    }
+}
+
+// The value inside a Properties.Get reply ("v"), if it has the expected D-Bus type.
+std::optional<QVariant> propertyValue(const std::optional<QDBusMessage>& reply, int metaType)
+{
+    if (!reply || reply->signature() != QLatin1String("v") || reply->arguments().isEmpty())
+        return std::nullopt;
+    const QVariant inner = reply->arguments().constFirst().value<QDBusVariant>().variant();
+    if (inner.typeId() != metaType)
+        return std::nullopt;
+    return inner;
+}
+
+QVariantList propertyArguments(const QString& name) { return {accessibleInterface, name}; }
+
+} // namespace
+
+QString describe(MenuBarError error)
+{
+    switch (error) {
+    case menuBarFound: return QStringLiteral("found");
+    case busUnavailable: return QStringLiteral("the accessibility bus is not reachable");
+    case applicationNotFound: return QStringLiteral("the application is not on the accessibility bus");
+    case noMenuBar: return QStringLiteral("the application shows no menu bar");
+    case requestTimedOut: return QStringLiteral("the application did not answer in time");
+    }
+    return QStringLiteral("unknown");
+}
+
+int mainThreadRequestCount() { return mainThreadRequests.load(); }
+
+std::optional<QDBusConnection> accessibilityBus(QString* whyNot)
+{
+    static QMutex lock;
+    static std::optional<QDBusConnection> connection;
+    const QMutexLocker locker(&lock);
+    if (connection && connection->isConnected())
+        return connection;
+
+    registerTypes();
+    QDBusConnection session = QDBusConnection::sessionBus();
+    if (!session.isConnected()) {
+        if (whyNot)
+            *whyNot = QStringLiteral("no D-Bus session bus (DBUS_SESSION_BUS_ADDRESS is not set or not reachable)");
+        return std::nullopt;
+    }
+    QDBusMessage request = QDBusMessage::createMethodCall(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
+                                                          QStringLiteral("org.a11y.Bus"), QStringLiteral("GetAddress"));
+    const QDBusReply<QString> address = session.call(request, QDBus::Block, requestTimeoutMs * 5);
+    if (!address.isValid() || address.value().isEmpty()) {
+        if (whyNot)
+            *whyNot = QStringLiteral("no accessibility bus: org.a11y.Bus does not answer (is at-spi2-core installed?)");
+        return std::nullopt;
+    }
+    QDBusConnection bus = QDBusConnection::connectToBus(address.value(), QStringLiteral("corvane-a11y"));
+    if (!bus.isConnected()) {
+        if (whyNot)
+            *whyNot = QStringLiteral("cannot connect to the accessibility bus at ") + address.value();
+        return std::nullopt;
+    }
+    connection = bus;
+    return connection;
+}
+
+QDBusPendingCall Session::send(const Reference& target, const QString& interface, const QString& method,
+                               const QVariantList& arguments)
+{
+    if (onMainThread())
+        ++mainThreadRequests;
+    if (m_budget.exhausted())
+        return QDBusPendingCall::fromError(QDBusError(QDBusError::TimedOut, QStringLiteral("deadline passed")));
+    QDBusMessage message = QDBusMessage::createMethodCall(target.service, target.path.path(), interface, method);
+    message.setArguments(arguments);
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(m_budget.deadline() - WalkBudget::Clock::now());
+    const int timeout = int(std::clamp<qint64>(left.count(), 1, requestTimeoutMs));
+    return m_bus.asyncCall(message, timeout);
+}
+
+std::optional<QDBusMessage> Session::wait(QDBusPendingCall& call, QDBusError* error)
+{
+    call.waitForFinished();
+    const QDBusMessage reply = call.reply();
+    if (reply.type() == QDBusMessage::ReplyMessage)
+        return reply;
+    const QDBusError e = call.error();
+    if (e.type() == QDBusError::NoReply || e.type() == QDBusError::Timeout || e.type() == QDBusError::TimedOut)
+        m_budget.noteTimeout();
+    if (error)
+        *error = e;
+    return std::nullopt;
+}
+
+std::optional<QDBusMessage> Session::call(const Reference& target, const QString& interface, const QString& method,
+                                          const QVariantList& arguments, QDBusError* error)
+{
+    QDBusPendingCall pending = send(target, interface, method, arguments);
+    return wait(pending, error);
+}
+
+QList<ApplicationEntry> applications(const std::shared_ptr<Session>& session)
+{
+    const Reference registry{registryService, QDBusObjectPath(rootPath)};
+    const auto roots =
+        firstArgument<QList<Reference>>(session->call(registry, accessibleInterface, QStringLiteral("GetChildren")), "a(so)");
+    if (!roots)
+        return {};
+    // Pipelined: each application's process id, name and toolkit.
+    const Reference bus{QStringLiteral("org.freedesktop.DBus"), QDBusObjectPath("/org/freedesktop/DBus")};
+    struct Pending {
+        Reference root;
+        QDBusPendingCall pid, name, toolkit;
+    };
+    QList<Pending> pending;
+    for (const Reference& root : *roots) {
+        if (root.isNull())
+            continue;
+        pending.append({root,
+                        session->send(bus, QStringLiteral("org.freedesktop.DBus"),
+                                      QStringLiteral("GetConnectionUnixProcessID"), {root.service}),
+                        session->send(root, propertiesInterface, QStringLiteral("Get"), propertyArguments("Name")),
+                        session->send(root, propertiesInterface, QStringLiteral("Get"),
+                                      {applicationInterface, QStringLiteral("ToolkitName")})});
+    }
+    QList<ApplicationEntry> result;
+    const qint64 self = QCoreApplication::applicationPid();
+    for (Pending& p : pending) {
+        const auto pid = firstArgument<uint>(session->wait(p.pid), "u");
+        const auto name = propertyValue(session->wait(p.name), QMetaType::QString);
+        const auto toolkit = propertyValue(session->wait(p.toolkit), QMetaType::QString);
+        if (!pid || qint64(*pid) == self) // Corvane's own windows are on the bus too
+            continue;
+        result.append({p.root, qint64(*pid), name ? name->toString() : QString(),
+                       toolkit ? toolkit->toString() : QString()});
+    }
+    return result;
+}
+
+void Node::loadInfo(const QList<std::shared_ptr<Node>>& nodes)
+{
+    if (nodes.isEmpty())
+        return;
+    Session& session = *nodes.first()->m_session;
+    struct Pending {
+        QDBusPendingCall role, name, state, count;
+    };
+    QList<Pending> pending;
+    pending.reserve(nodes.size());
+    for (const auto& node : nodes) {
+        const Reference& r = node->m_reference;
+        pending.append({session.send(r, accessibleInterface, QStringLiteral("GetRole")),
+                        session.send(r, propertiesInterface, QStringLiteral("Get"), propertyArguments("Name")),
+                        session.send(r, accessibleInterface, QStringLiteral("GetState")),
+                        session.send(r, propertiesInterface, QStringLiteral("Get"), propertyArguments("ChildCount"))});
+    }
+    for (qsizetype i = 0; i < nodes.size(); ++i) {
+        Node& node = *nodes[i];
+        Pending& p = pending[i];
+        node.m_role = firstArgument<uint>(session.wait(p.role), "u").value_or(0);
+        if (const auto name = propertyValue(session.wait(p.name), QMetaType::QString))
+            node.m_name = name->toString();
+        if (const auto words = firstArgument<QList<uint>>(session.wait(p.state), "au"); words && words->size() >= 2)
+            node.m_states = (quint64((*words)[1]) << 32) | (*words)[0];
+        node.m_childCount = propertyValue(session.wait(p.count), QMetaType::Int).value_or(QVariant(-1)).toInt();
+    }
+}
+
+void Node::loadKeyBindings(const QList<std::shared_ptr<Node>>& nodes)
+{
+    QList<std::pair<std::shared_ptr<Node>, QDBusPendingCall>> pending;
+    for (const auto& node : nodes) {
+        const uint r = node->m_role;
+        if (node->m_childCount == 0 && (r == roleMenuItem || r == roleCheckMenuItem || r == roleRadioMenuItem))
+            pending.append({node, node->m_session->send(node->m_reference, actionInterface,
+                                                        QStringLiteral("GetKeyBinding"), {0})});
+    }
+    for (auto& [node, call] : pending) {
+        const auto binding = firstArgument<QString>(node->m_session->wait(call), "s");
+        node->m_shortcut = binding ? node->parseKeyBinding(*binding) : ShortcutKeys::none;
+    }
+}
+
+QList<std::shared_ptr<Node>> Node::childNodes()
+{
+    if (m_children)
+        return *m_children;
+    m_children.emplace();
+    if (m_childCount == 0)
+        return *m_children;
+    const auto references = firstArgument<QList<Reference>>(
+        m_session->call(m_reference, accessibleInterface, QStringLiteral("GetChildren")), "a(so)");
+    if (!references)
+        return *m_children;
+    for (const Reference& r : *references)
+        if (!r.isNull())
+            m_children->append(std::make_shared<Node>(m_session, r));
+    loadInfo(*m_children);
+    loadKeyBindings(*m_children);
+    return *m_children;
+}
+
+QList<std::shared_ptr<MenuNode>> Node::children()
+{
+    const auto nodes = childNodes();
+    return {nodes.begin(), nodes.end()};
+}
+
+std::shared_ptr<MenuNode> Node::submenu()
+{
+    // GTK: an item of role MENU is its own submenu element. Qt: an item with a MENU or
+    // POPUP_MENU child has that child as its submenu element.
+    if (m_role == roleMenu)
+        return shared_from_this();
+    if (m_childCount == 0)
+        return nullptr;
+    for (const auto& child : childNodes())
+        if (child->m_role == roleMenu || child->m_role == rolePopupMenu)
+            return child;
+    return nullptr;
+}
+
+bool Node::enabled()
+{
+    if (!m_states)
+        return true;
+    return hasState(*m_states, stateEnabled) || hasState(*m_states, stateSensitive);
+}
+
+bool Node::checked() { return m_states && hasState(*m_states, stateChecked); }
+
+ShortcutKeys Node::parseKeyBinding(const QString& binding) const
+{
+    if (!m_session->isQt) {
+        // GTK: "mnemonic;path;accelerator"; the third field is the accelerator.
+        const QStringList fields = binding.split(u';');
+        return ShortcutDisplay::fromAccelerator(fields.size() >= 3 ? fields[2] : QString());
+    }
+    const ShortcutKeys keys = ShortcutDisplay::fromAccelerator(binding);
+    // Qt answers with the item's mnemonic when it has no shortcut.
+    if (ShortcutDisplay::isQtMnemonic(keys, m_name.value_or(QString())))
+        return ShortcutKeys::none;
+    return keys;
+}
+
+ShortcutKeys Node::shortcut()
+{
+    if (!m_shortcut) {
+        const auto binding = firstArgument<QString>(
+            m_session->call(m_reference, actionInterface, QStringLiteral("GetKeyBinding"), {0}), "s");
+        m_shortcut = binding ? parseKeyBinding(*binding) : ShortcutKeys::none;
+    }
+    return *m_shortcut;
+}
+
+MenuNode::PressResult Node::press()
+{
+    // The action named "click" (GTK) or "Press" (Qt), else action 0.
+    int index = 0;
+    if (const auto actions = firstArgument<QList<ActionInfo>>(
+            m_session->call(m_reference, actionInterface, QStringLiteral("GetActions")), "a(sss)")) {
+        for (qsizetype i = 0; i < actions->size(); ++i) {
+            if ((*actions)[i].name == u"click" || (*actions)[i].name == u"Press") {
+                index = int(i);
+                break;
+            }
+        }
+    }
+    QDBusError error;
+    const auto reply = m_session->call(m_reference, actionInterface, QStringLiteral("DoAction"), {index}, &error);
+    if (reply) {
+        const auto done = firstArgument<bool>(reply, "b");
+        if (done && *done)
+            return {PressResult::Status::pressed, 0};
+        return {PressResult::Status::error, -1}; // the application answered that it did not act
+    }
+    if (error.type() == QDBusError::NoReply || error.type() == QDBusError::Timeout ||
+        error.type() == QDBusError::TimedOut)
+        return {PressResult::Status::timedOut, 0};
+    return {PressResult::Status::error, int(error.type())};
+}
+
+MenuSource::MenuBar MenuBarFinder::menuBar(qint64 pid, WalkBudget& budget)
+{
+    const auto bus = accessibilityBus();
+    if (!bus)
+        return {nullptr, busUnavailable};
+    auto session = std::make_shared<Session>(*bus, budget);
+    std::optional<ApplicationEntry> entry;
+    for (const ApplicationEntry& candidate : applications(session))
+        if (candidate.pid == pid)
+            entry = candidate;
+    if (!entry)
+        return {nullptr, budget.timedOut() ? requestTimedOut : applicationNotFound};
+    session->isQt = entry->toolkit == u"Qt";
+
+    auto root = std::make_shared<Node>(session, entry->root);
+    Node::loadInfo({root});
+    QList<std::shared_ptr<Node>> frames;
+    for (const auto& child : root->childNodes())
+        if (child->role() == roleFrame)
+            frames.append(child);
+    if (frames.isEmpty())
+        frames = root->childNodes();
+    // The frame with state ACTIVE, else the first SHOWING one, else the first.
+    std::shared_ptr<Node> frame;
+    for (const auto& f : frames)
+        if (!frame && f->states() && hasState(*f->states(), stateActive))
+            frame = f;
+    for (const auto& f : frames)
+        if (!frame && f->states() && hasState(*f->states(), stateShowing))
+            frame = f;
+    if (!frame && !frames.isEmpty())
+        frame = frames.first();
+    if (!frame)
+        return {nullptr, budget.timedOut() ? requestTimedOut : noMenuBar};
+
+    QList<std::shared_ptr<Node>> level{frame};
+    for (int depth = 0; depth < 8 && !level.isEmpty(); ++depth) {
+        QList<std::shared_ptr<Node>> next;
+        for (const auto& node : level) {
+            for (const auto& child : node->childNodes()) {
+                if (child->role() == roleMenuBar)
+                    return {child, menuBarFound};
+                next.append(child);
+            }
+        }
+        level = next;
+    }
+    return {nullptr, budget.timedOut() ? requestTimedOut : noMenuBar};
+}
+
+} // namespace corvane::atspi

@@ -1,0 +1,184 @@
+// corvane-menus: what Corvane sees of the running applications' menus, for users and benchmarks.
+//
+//   corvane-menus list
+//   corvane-menus dump PID|APPID [--json]
+//   corvane-menus press PID|APPID TITLE[#N]...
+//
+// Every accessibility request runs on the crawl thread, as in Corvane itself.
+
+#include "menus/MenuCatalogJson.h"
+#include "menus/MenuCrawler.h"
+#include "platform/linux/AccessibilitySwitch.h"
+#include "platform/linux/AppIdentity.h"
+#include "platform/linux/AtspiClient.h"
+
+#include <QCoreApplication>
+#include <QLoggingCategory>
+#include <QRegularExpression>
+#include <QTextStream>
+
+using namespace corvane;
+
+namespace {
+
+enum Exit { ok = 0, pressFailed = 1, usageError = 2, noBus = 3, accessibilityOff = 4, noSuchApp = 5, noMenus = 6 };
+
+const char* usage = "usage: corvane-menus list\n"
+                    "       corvane-menus dump PID|APPID [--json]\n"
+                    "       corvane-menus press PID|APPID TITLE[#N]...\n";
+
+struct Target {
+    RunningApp app;
+    QString error;
+};
+
+// The running application named by a process id or an application id.
+Target findTarget(const QString& which)
+{
+    auto bus = atspi::accessibilityBus();
+    WalkBudget budget(std::chrono::seconds(5));
+    auto session = std::make_shared<atspi::Session>(*bus, budget);
+    bool isPid = false;
+    const qint64 pid = which.toLongLong(&isPid);
+    for (const atspi::ApplicationEntry& entry : atspi::applications(session)) {
+        if (isPid && entry.pid != pid)
+            continue;
+        const RunningApp app = AppIdentity::forProcess(entry.pid, entry.name);
+        if (isPid || app.appId == which)
+            return {app, {}};
+    }
+    return {{}, QStringLiteral("no application %1 %2 is on the accessibility bus (is it running, and was it "
+                               "started after accessibility was switched on?)")
+                    .arg(isPid ? QStringLiteral("with process id") : QStringLiteral("with id"), which)};
+}
+
+QString shortcutText(const ShortcutKeys& keys)
+{
+    if (keys.key.isEmpty())
+        return {};
+    return (keys.modifiers + QStringList{keys.key}).join(u'+');
+}
+
+int list(QTextStream& out)
+{
+    auto bus = atspi::accessibilityBus();
+    WalkBudget budget(std::chrono::seconds(5));
+    auto session = std::make_shared<atspi::Session>(*bus, budget);
+    out << QStringLiteral("%1  %2  %3  %4\n").arg("PID", -7).arg("APPLICATION ID", -32).arg("NAME", -24).arg("MENU BAR");
+    atspi::MenuBarFinder finder;
+    for (const atspi::ApplicationEntry& entry : atspi::applications(session)) {
+        const RunningApp app = AppIdentity::forProcess(entry.pid, entry.name);
+        WalkBudget perApp(MenuCrawler::crawlDeadline);
+        const auto bar = finder.menuBar(entry.pid, perApp);
+        out << QStringLiteral("%1  %2  %3  %4\n")
+                   .arg(entry.pid, -7)
+                   .arg(app.appId.value_or(QStringLiteral("-")), -32)
+                   .arg(app.name, -24)
+                   .arg(bar.node ? QStringLiteral("yes") : QStringLiteral("no (%1)").arg(atspi::describe(atspi::MenuBarError(bar.error))));
+    }
+    return ok;
+}
+
+int dump(QTextStream& out, QTextStream& err, const QString& which, bool json)
+{
+    const Target target = findTarget(which);
+    if (!target.error.isEmpty()) {
+        err << "corvane-menus: " << target.error << "\n";
+        return noSuchApp;
+    }
+    const auto catalog = MenuCrawler(std::make_shared<atspi::MenuBarFinder>()).crawl(target.app);
+    if (!catalog) {
+        err << "corvane-menus: no menus could be read from " << target.app.name << " (process " << target.app.pid
+            << "); see the log line above\n";
+        return noMenus;
+    }
+    if (json) {
+        out << QString::fromUtf8(MenuCatalogJson::write(*catalog));
+        return ok;
+    }
+    int count = 0;
+    for (const MenuSection& s : catalog->sections)
+        count += int(s.commands.size());
+    out << catalog->appName << " (" << catalog->bundleID << "): " << catalog->sections.size() << " menus, " << count
+        << " commands\n";
+    for (const MenuSection& section : catalog->sections) {
+        out << "\n" << section.title << "\n";
+        for (const MenuCommand& command : section.commands) {
+            QString title = command.titles().mid(1).join(QStringLiteral(" \u25B8 "));
+            if (!command.enabled)
+                title += QStringLiteral("  (disabled)");
+            if (command.isChecked)
+                title = QStringLiteral("\u2713 ") + title;
+            out << "  " << QStringLiteral("%1 %2\n").arg(title, -56).arg(shortcutText(command.shortcut));
+        }
+    }
+    return ok;
+}
+
+int press(QTextStream& out, QTextStream& err, const QString& which, const QStringList& titles)
+{
+    const Target target = findTarget(which);
+    if (!target.error.isEmpty()) {
+        err << "corvane-menus: " << target.error << "\n";
+        return noSuchApp;
+    }
+    static const QRegularExpression occurrence(QStringLiteral("^(.*)#(\\d+)$"));
+    QList<PathStep> path;
+    for (const QString& title : titles) {
+        const auto match = occurrence.match(title);
+        path.append(match.hasMatch() ? PathStep{match.captured(1), match.captured(2).toInt()} : PathStep{title, 0});
+    }
+    const PressOutcome outcome = MenuCrawler(std::make_shared<atspi::MenuBarFinder>()).press(path, target.app.pid);
+    switch (outcome) {
+    case PressOutcome::pressed: out << "pressed\n"; return ok;
+    case PressOutcome::assumedFired: out << "assumedFired\n"; return ok;
+    case PressOutcome::failed: out << "failed\n"; return pressFailed;
+    }
+    return pressFailed;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("corvane-menus"));
+    QStringList args = app.arguments().mid(1);
+    QTextStream out(stdout), err(stderr);
+    const bool json = args.removeAll(QStringLiteral("--json")) > 0;
+    const QString command = args.value(0);
+    if (command.isEmpty() || (command != u"list" && args.size() < 2) || (command == u"press" && args.size() < 3) ||
+        (command != u"list" && command != u"dump" && command != u"press")) {
+        err << usage;
+        return usageError;
+    }
+
+    int status = ok;
+    MenuCrawler::queue().post([&] {
+        // On the crawl thread: no accessibility request is ever made on the main thread.
+        QTextStream out(stdout), err(stderr);
+        QString why;
+        const auto enabled = AccessibilitySwitch::isEnabled(&why);
+        if (!enabled) {
+            err << "corvane-menus: no accessibility bus: " << why << "\n";
+            status = noBus;
+        } else if (!*enabled) {
+            err << "corvane-menus: accessibility is switched off (org.a11y.Status IsEnabled is false); switch it on "
+                   "in your desktop's accessibility settings\n";
+            status = accessibilityOff;
+        } else if (!atspi::accessibilityBus(&why)) {
+            err << "corvane-menus: no accessibility bus: " << why << "\n";
+            status = noBus;
+        } else if (command == u"list") {
+            status = list(out);
+        } else if (command == u"dump") {
+            status = dump(out, err, args[1], json);
+        } else {
+            status = press(out, err, args[1], args.mid(2));
+        }
+        out.flush();
+        QMetaObject::invokeMethod(qApp, [] { QCoreApplication::exit(); }, Qt::QueuedConnection);
+    });
+    app.exec();
+    return status;
+}
