@@ -19,7 +19,7 @@ packages=(
   # Test session: X server, window manager, buses, input, real applications
   xvfb openbox xdotool x11-utils dbus dbus-x11 at-spi2-core libatk-adaptor
   libgtk-3-dev geany mousepad featherpad python3-pyatspi python3-gi gir1.2-atspi-2.0
-  desktop-file-utils appstream
+  desktop-file-utils appstream python3 e2fsprogs
 )
 
 missing=()

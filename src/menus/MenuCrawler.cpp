@@ -4,7 +4,8 @@
 
 namespace corvane {
 
-CrawlQueue::CrawlQueue(QObject* parent) : QObject(parent), m_thread(new QThread), m_worker(new QObject)
+CrawlQueue::CrawlQueue(QObject* parent)
+    : QObject(parent), m_thread(new QThread), m_worker(new QObject)
 {
     m_thread->setObjectName(threadName);
     m_worker->moveToThread(m_thread);

@@ -43,7 +43,8 @@ public:
     using Clock = std::chrono::steady_clock;
 
     explicit WalkBudget(Clock::duration limit) : m_deadline(Clock::now() + limit) {}
-    WalkBudget() : m_deadline(Clock::time_point::max()) {}
+    // No deadline (a press): far off but finite, so that time left can be computed safely.
+    WalkBudget() : WalkBudget(std::chrono::hours(24 * 365)) {}
 
     bool exhausted() const { return m_timedOut || Clock::now() >= m_deadline; }
     void noteTimeout() { m_timedOut = true; }

@@ -21,7 +21,15 @@ using namespace corvane;
 
 namespace {
 
-enum Exit { ok = 0, pressFailed = 1, usageError = 2, noBus = 3, accessibilityOff = 4, noSuchApp = 5, noMenus = 6 };
+enum Exit {
+    ok = 0,
+    pressFailed = 1,
+    usageError = 2,
+    noBus = 3,
+    accessibilityOff = 4,
+    noSuchApp = 5,
+    noMenus = 6
+};
 
 const char* usage = "usage: corvane-menus list\n"
                     "       corvane-menus dump PID|APPID [--json]\n"
@@ -47,9 +55,11 @@ Target findTarget(const QString& which)
         if (isPid || app.appId == which)
             return {app, {}};
     }
-    return {{}, QStringLiteral("no application %1 %2 is on the accessibility bus (is it running, and was it "
-                               "started after accessibility was switched on?)")
-                    .arg(isPid ? QStringLiteral("with process id") : QStringLiteral("with id"), which)};
+    return {{},
+            QStringLiteral(
+                "no application %1 %2 is on the accessibility bus (is it running, and was it "
+                "started after accessibility was switched on?)")
+                .arg(isPid ? QStringLiteral("with process id") : QStringLiteral("with id"), which)};
 }
 
 QString shortcutText(const ShortcutKeys& keys)
@@ -64,7 +74,11 @@ int list(QTextStream& out)
     auto bus = atspi::accessibilityBus();
     WalkBudget budget(std::chrono::seconds(5));
     auto session = std::make_shared<atspi::Session>(*bus, budget);
-    out << QStringLiteral("%1  %2  %3  %4\n").arg("PID", -7).arg("APPLICATION ID", -32).arg("NAME", -24).arg("MENU BAR");
+    out << QStringLiteral("%1  %2  %3  %4\n")
+               .arg("PID", -7)
+               .arg("APPLICATION ID", -32)
+               .arg("NAME", -24)
+               .arg("MENU BAR");
     atspi::MenuBarFinder finder;
     for (const atspi::ApplicationEntry& entry : atspi::applications(session)) {
         const RunningApp app = AppIdentity::forProcess(entry.pid, entry.name);
@@ -74,7 +88,9 @@ int list(QTextStream& out)
                    .arg(entry.pid, -7)
                    .arg(app.appId.value_or(QStringLiteral("-")), -32)
                    .arg(app.name, -24)
-                   .arg(bar.node ? QStringLiteral("yes") : QStringLiteral("no (%1)").arg(atspi::describe(atspi::MenuBarError(bar.error))));
+                   .arg(bar.node ? QStringLiteral("yes")
+                                 : QStringLiteral("no (%1)").arg(
+                                       atspi::describe(atspi::MenuBarError(bar.error))));
     }
     return ok;
 }
@@ -88,8 +104,8 @@ int dump(QTextStream& out, QTextStream& err, const QString& which, bool json)
     }
     const auto catalog = MenuCrawler(std::make_shared<atspi::MenuBarFinder>()).crawl(target.app);
     if (!catalog) {
-        err << "corvane-menus: no menus could be read from " << target.app.name << " (process " << target.app.pid
-            << "); see the log line above\n";
+        err << "corvane-menus: no menus could be read from " << target.app.name << " (process "
+            << target.app.pid << "); see the log line above\n";
         return noMenus;
     }
     if (json) {
@@ -99,8 +115,8 @@ int dump(QTextStream& out, QTextStream& err, const QString& which, bool json)
     int count = 0;
     for (const MenuSection& s : catalog->sections)
         count += int(s.commands.size());
-    out << catalog->appName << " (" << catalog->bundleID << "): " << catalog->sections.size() << " menus, " << count
-        << " commands\n";
+    out << catalog->appName << " (" << catalog->bundleID << "): " << catalog->sections.size()
+        << " menus, " << count << " commands\n";
     for (const MenuSection& section : catalog->sections) {
         out << "\n" << section.title << "\n";
         for (const MenuCommand& command : section.commands) {
@@ -109,7 +125,8 @@ int dump(QTextStream& out, QTextStream& err, const QString& which, bool json)
                 title += QStringLiteral("  (disabled)");
             if (command.isChecked)
                 title = QStringLiteral("\u2713 ") + title;
-            out << "  " << QStringLiteral("%1 %2\n").arg(title, -56).arg(shortcutText(command.shortcut));
+            out << "  "
+                << QStringLiteral("%1 %2\n").arg(title, -56).arg(shortcutText(command.shortcut));
         }
     }
     return ok;
@@ -126,13 +143,21 @@ int press(QTextStream& out, QTextStream& err, const QString& which, const QStrin
     QList<PathStep> path;
     for (const QString& title : titles) {
         const auto match = occurrence.match(title);
-        path.append(match.hasMatch() ? PathStep{match.captured(1), match.captured(2).toInt()} : PathStep{title, 0});
+        path.append(match.hasMatch() ? PathStep{match.captured(1), match.captured(2).toInt()}
+                                     : PathStep{title, 0});
     }
-    const PressOutcome outcome = MenuCrawler(std::make_shared<atspi::MenuBarFinder>()).press(path, target.app.pid);
+    const PressOutcome outcome =
+        MenuCrawler(std::make_shared<atspi::MenuBarFinder>()).press(path, target.app.pid);
     switch (outcome) {
-    case PressOutcome::pressed: out << "pressed\n"; return ok;
-    case PressOutcome::assumedFired: out << "assumedFired\n"; return ok;
-    case PressOutcome::failed: out << "failed\n"; return pressFailed;
+    case PressOutcome::pressed:
+        out << "pressed\n";
+        return ok;
+    case PressOutcome::assumedFired:
+        out << "assumedFired\n";
+        return ok;
+    case PressOutcome::failed:
+        out << "failed\n";
+        return pressFailed;
     }
     return pressFailed;
 }
@@ -147,7 +172,8 @@ int main(int argc, char* argv[])
     QTextStream out(stdout), err(stderr);
     const bool json = args.removeAll(QStringLiteral("--json")) > 0;
     const QString command = args.value(0);
-    if (command.isEmpty() || (command != u"list" && args.size() < 2) || (command == u"press" && args.size() < 3) ||
+    if (command.isEmpty() || (command != u"list" && args.size() < 2) ||
+        (command == u"press" && args.size() < 3) ||
         (command != u"list" && command != u"dump" && command != u"press")) {
         err << usage;
         return usageError;
@@ -163,7 +189,8 @@ int main(int argc, char* argv[])
             err << "corvane-menus: no accessibility bus: " << why << "\n";
             status = noBus;
         } else if (!*enabled) {
-            err << "corvane-menus: accessibility is switched off (org.a11y.Status IsEnabled is false); switch it on "
+            err << "corvane-menus: accessibility is switched off (org.a11y.Status IsEnabled is "
+                   "false); switch it on "
                    "in your desktop's accessibility settings\n";
             status = accessibilityOff;
         } else if (!atspi::accessibilityBus(&why)) {
@@ -177,7 +204,8 @@ int main(int argc, char* argv[])
             status = press(out, err, args[1], args.mid(2));
         }
         out.flush();
-        QMetaObject::invokeMethod(qApp, [] { QCoreApplication::exit(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            qApp, [] { QCoreApplication::exit(); }, Qt::QueuedConnection);
     });
     app.exec();
     return status;

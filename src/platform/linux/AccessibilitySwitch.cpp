@@ -25,8 +25,8 @@ std::optional<bool> AccessibilitySwitch::isEnabled(QString* whyNot)
             *whyNot = QStringLiteral("no D-Bus session bus");
         return std::nullopt;
     }
-    QDBusMessage get = QDBusMessage::createMethodCall(service, path, QStringLiteral("org.freedesktop.DBus.Properties"),
-                                                      QStringLiteral("Get"));
+    QDBusMessage get = QDBusMessage::createMethodCall(
+        service, path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
     get.setArguments({statusInterface, QStringLiteral("IsEnabled")});
     const QDBusMessage reply = session.call(get, QDBus::Block, atspi::requestTimeoutMs * 2);
     if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
@@ -43,25 +43,32 @@ std::optional<bool> AccessibilitySwitch::isEnabled(QString* whyNot)
     return value.toBool();
 }
 
-bool AccessibilitySwitch::isTrusted() { return isEnabled().value_or(false) && atspi::accessibilityBus().has_value(); }
+bool AccessibilitySwitch::isTrusted()
+{
+    return isEnabled().value_or(false) && atspi::accessibilityBus().has_value();
+}
 
 bool AccessibilitySwitch::setEnabled(bool enabled)
 {
-    QDBusMessage set = QDBusMessage::createMethodCall(service, path, QStringLiteral("org.freedesktop.DBus.Properties"),
-                                                      QStringLiteral("Set"));
-    set.setArguments({statusInterface, QStringLiteral("IsEnabled"), QVariant::fromValue(QDBusVariant(enabled))});
-    const QDBusMessage reply = QDBusConnection::sessionBus().call(set, QDBus::Block, atspi::requestTimeoutMs * 2);
+    QDBusMessage set = QDBusMessage::createMethodCall(
+        service, path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Set"));
+    set.setArguments(
+        {statusInterface, QStringLiteral("IsEnabled"), QVariant::fromValue(QDBusVariant(enabled))});
+    const QDBusMessage reply =
+        QDBusConnection::sessionBus().call(set, QDBus::Block, atspi::requestTimeoutMs * 2);
     return reply.type() == QDBusMessage::ReplyMessage;
 }
 
 bool AccessibilitySwitch::watch()
 {
     return QDBusConnection::sessionBus().connect(
-        service, path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("PropertiesChanged"), this,
+        service, path, QStringLiteral("org.freedesktop.DBus.Properties"),
+        QStringLiteral("PropertiesChanged"), this,
         SLOT(onPropertiesChanged(QString, QVariantMap, QStringList)));
 }
 
-void AccessibilitySwitch::onPropertiesChanged(const QString& interface, const QVariantMap&, const QStringList&)
+void AccessibilitySwitch::onPropertiesChanged(const QString& interface, const QVariantMap&,
+                                              const QStringList&)
 {
     if (interface == statusInterface)
         Q_EMIT changed();

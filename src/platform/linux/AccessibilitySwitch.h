@@ -5,7 +5,6 @@
 // is broadcast as PropertiesChanged on /org/a11y/bus. Reads are blocking session-bus calls.
 
 #include <QObject>
-
 #include <optional>
 
 namespace corvane {
@@ -28,7 +27,8 @@ Q_SIGNALS:
     void changed();
 
 private Q_SLOTS:
-    void onPropertiesChanged(const QString& interface, const QVariantMap& changed, const QStringList& invalidated);
+    void onPropertiesChanged(const QString& interface, const QVariantMap& changed,
+                             const QStringList& invalidated);
 };
 
 } // namespace corvane

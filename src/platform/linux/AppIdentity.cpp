@@ -1,7 +1,6 @@
 #include "AppIdentity.h"
 
 #include <QFile>
-
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 
@@ -33,20 +32,23 @@ QString launchedDesktopFile(qint64 pid)
     return launchedPid == QString::number(pid) ? file : QString();
 }
 
-RunningApp fromEntry(qint64 pid, const QString& id, const std::optional<DesktopEntry>& entry, const QString& fallback)
+RunningApp fromEntry(qint64 pid, const QString& id, const std::optional<DesktopEntry>& entry,
+                     const QString& fallback)
 {
-    return RunningApp{pid, id, entry && !entry->name.isEmpty() ? entry->name : fallback, entry ? entry->icon : QString()};
+    return RunningApp{pid, id, entry && !entry->name.isEmpty() ? entry->name : fallback,
+                      entry ? entry->icon : QString()};
 }
 
 } // namespace
 
-RunningApp resolve(qint64 pid, const std::optional<WindowHints>& window, const DesktopEntries& entries,
-                   const QString& fallbackName)
+RunningApp resolve(qint64 pid, const std::optional<WindowHints>& window,
+                   const DesktopEntries& entries, const QString& fallbackName)
 {
     const QString className = window ? window->wmClass : QString();
     const QString fallback = !className.isEmpty() ? className : fallbackName;
     if (window && !window->gtkApplicationId.isEmpty())
-        return fromEntry(pid, window->gtkApplicationId, entries.byId(window->gtkApplicationId), fallback);
+        return fromEntry(pid, window->gtkApplicationId, entries.byId(window->gtkApplicationId),
+                         fallback);
     if (window && !window->kdeDesktopFile.isEmpty()) {
         const QString id = stripDesktop(window->kdeDesktopFile);
         return fromEntry(pid, id, entries.byId(id), fallback);
@@ -59,7 +61,8 @@ RunningApp resolve(qint64 pid, const std::optional<WindowHints>& window, const D
         return fromEntry(pid, entry->id, entry, fallback);
     if (!className.isEmpty())
         return RunningApp{pid, className, className, {}};
-    return RunningApp{pid, std::nullopt, fallbackName, {}}; // no window and no class: no application id
+    return RunningApp{
+        pid, std::nullopt, fallbackName, {}}; // no window and no class: no application id
 }
 
 std::optional<WindowHints> windowHints(qint64 pid)
@@ -68,7 +71,8 @@ std::optional<WindowHints> windowHints(qint64 pid)
     if (!display)
         return std::nullopt;
     const auto atom = [display](const char* name) { return XInternAtom(display, name, False); };
-    const Atom clientList = atom("_NET_CLIENT_LIST"), wmPid = atom("_NET_WM_PID"), utf8 = atom("UTF8_STRING");
+    const Atom clientList = atom("_NET_CLIENT_LIST"), wmPid = atom("_NET_WM_PID"),
+               utf8 = atom("UTF8_STRING");
 
     const auto property = [display](Window w, Atom name, Atom type, long maxLength) {
         Atom actualType = None;
@@ -76,14 +80,16 @@ std::optional<WindowHints> windowHints(qint64 pid)
         unsigned long count = 0, after = 0;
         unsigned char* data = nullptr;
         QByteArray bytes;
-        if (XGetWindowProperty(display, w, name, 0, maxLength, False, type, &actualType, &format, &count, &after,
-                               &data) == Success &&
+        if (XGetWindowProperty(display, w, name, 0, maxLength, False, type, &actualType, &format,
+                               &count, &after, &data) == Success &&
             data) {
-            if (actualType == type || type == AnyPropertyType)
-            {
+            if (actualType == type || type == AnyPropertyType) {
                 // Xlib returns 32-bit items as longs and 16-bit items as shorts.
-                const qsizetype itemSize = format == 32 ? qsizetype(sizeof(long)) : format == 16 ? 2 : 1;
-                bytes = QByteArray(reinterpret_cast<const char*>(data), qsizetype(count) * itemSize);
+                const qsizetype itemSize = format == 32   ? qsizetype(sizeof(long))
+                                           : format == 16 ? 2
+                                                          : 1;
+                bytes =
+                    QByteArray(reinterpret_cast<const char*>(data), qsizetype(count) * itemSize);
             }
             XFree(data);
         }
@@ -99,9 +105,12 @@ std::optional<WindowHints> windowHints(qint64 pid)
             qint64(*reinterpret_cast<const unsigned long*>(owner.constData())) != pid)
             continue;
         WindowHints h;
-        h.gtkApplicationId = QString::fromUtf8(property(ids[i], atom("_GTK_APPLICATION_ID"), utf8, 1024));
-        h.kdeDesktopFile = QString::fromUtf8(property(ids[i], atom("_KDE_NET_WM_DESKTOP_FILE"), utf8, 1024));
-        const QList<QByteArray> wmClass = property(ids[i], XA_WM_CLASS, XA_STRING, 1024).split('\0');
+        h.gtkApplicationId =
+            QString::fromUtf8(property(ids[i], atom("_GTK_APPLICATION_ID"), utf8, 1024));
+        h.kdeDesktopFile =
+            QString::fromUtf8(property(ids[i], atom("_KDE_NET_WM_DESKTOP_FILE"), utf8, 1024));
+        const QList<QByteArray> wmClass =
+            property(ids[i], XA_WM_CLASS, XA_STRING, 1024).split('\0');
         h.wmClass = wmClass.size() >= 2 ? QString::fromLatin1(wmClass[1]) : QString();
         hints = h;
     }

@@ -10,14 +10,14 @@ namespace corvane::AppIdentity {
 
 // What the X server says about one top-level window.
 struct WindowHints {
-    QString gtkApplicationId;   // _GTK_APPLICATION_ID
-    QString kdeDesktopFile;     // _KDE_NET_WM_DESKTOP_FILE
-    QString wmClass;            // the class part of WM_CLASS
+    QString gtkApplicationId; // _GTK_APPLICATION_ID
+    QString kdeDesktopFile;   // _KDE_NET_WM_DESKTOP_FILE
+    QString wmClass;          // the class part of WM_CLASS
 };
 
 // The rule chain, first hit wins; pure apart from reading /proc/PID/environ.
-RunningApp resolve(qint64 pid, const std::optional<WindowHints>& window, const DesktopEntries& entries,
-                   const QString& fallbackName = {});
+RunningApp resolve(qint64 pid, const std::optional<WindowHints>& window,
+                   const DesktopEntries& entries, const QString& fallbackName = {});
 
 // The hints of the first top-level window (_NET_CLIENT_LIST) of the process, if the X server
 // (DISPLAY) can be reached and has one.

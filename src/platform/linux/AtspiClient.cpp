@@ -48,23 +48,34 @@ std::optional<QVariant> propertyValue(const std::optional<QDBusMessage>& reply, 
     return inner;
 }
 
-QVariantList propertyArguments(const QString& name) { return {accessibleInterface, name}; }
+QVariantList propertyArguments(const QString& name)
+{
+    return {accessibleInterface, name};
+}
 
 } // namespace
 
 QString describe(MenuBarError error)
 {
     switch (error) {
-    case menuBarFound: return QStringLiteral("found");
-    case busUnavailable: return QStringLiteral("the accessibility bus is not reachable");
-    case applicationNotFound: return QStringLiteral("the application is not on the accessibility bus");
-    case noMenuBar: return QStringLiteral("the application shows no menu bar");
-    case requestTimedOut: return QStringLiteral("the application did not answer in time");
+    case menuBarFound:
+        return QStringLiteral("found");
+    case busUnavailable:
+        return QStringLiteral("the accessibility bus is not reachable");
+    case applicationNotFound:
+        return QStringLiteral("the application is not on the accessibility bus");
+    case noMenuBar:
+        return QStringLiteral("the application shows no menu bar");
+    case requestTimedOut:
+        return QStringLiteral("the application did not answer in time");
     }
     return QStringLiteral("unknown");
 }
 
-int mainThreadRequestCount() { return mainThreadRequests.load(); }
+int mainThreadRequestCount()
+{
+    return mainThreadRequests.load();
+}
 
 std::optional<QDBusConnection> accessibilityBus(QString* whyNot)
 {
@@ -78,37 +89,45 @@ std::optional<QDBusConnection> accessibilityBus(QString* whyNot)
     QDBusConnection session = QDBusConnection::sessionBus();
     if (!session.isConnected()) {
         if (whyNot)
-            *whyNot = QStringLiteral("no D-Bus session bus (DBUS_SESSION_BUS_ADDRESS is not set or not reachable)");
+            *whyNot = QStringLiteral(
+                "no D-Bus session bus (DBUS_SESSION_BUS_ADDRESS is not set or not reachable)");
         return std::nullopt;
     }
-    QDBusMessage request = QDBusMessage::createMethodCall(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
-                                                          QStringLiteral("org.a11y.Bus"), QStringLiteral("GetAddress"));
+    QDBusMessage request = QDBusMessage::createMethodCall(
+        QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
+        QStringLiteral("org.a11y.Bus"), QStringLiteral("GetAddress"));
     const QDBusReply<QString> address = session.call(request, QDBus::Block, requestTimeoutMs * 5);
     if (!address.isValid() || address.value().isEmpty()) {
         if (whyNot)
-            *whyNot = QStringLiteral("no accessibility bus: org.a11y.Bus does not answer (is at-spi2-core installed?)");
+            *whyNot = QStringLiteral(
+                "no accessibility bus: org.a11y.Bus does not answer (is at-spi2-core installed?)");
         return std::nullopt;
     }
-    QDBusConnection bus = QDBusConnection::connectToBus(address.value(), QStringLiteral("corvane-a11y"));
+    QDBusConnection bus =
+        QDBusConnection::connectToBus(address.value(), QStringLiteral("corvane-a11y"));
     if (!bus.isConnected()) {
         if (whyNot)
-            *whyNot = QStringLiteral("cannot connect to the accessibility bus at ") + address.value();
+            *whyNot =
+                QStringLiteral("cannot connect to the accessibility bus at ") + address.value();
         return std::nullopt;
     }
     connection = bus;
     return connection;
 }
 
-QDBusPendingCall Session::send(const Reference& target, const QString& interface, const QString& method,
-                               const QVariantList& arguments)
+QDBusPendingCall Session::send(const Reference& target, const QString& interface,
+                               const QString& method, const QVariantList& arguments)
 {
     if (onMainThread())
         ++mainThreadRequests;
     if (m_budget.exhausted())
-        return QDBusPendingCall::fromError(QDBusError(QDBusError::TimedOut, QStringLiteral("deadline passed")));
-    QDBusMessage message = QDBusMessage::createMethodCall(target.service, target.path.path(), interface, method);
+        return QDBusPendingCall::fromError(
+            QDBusError(QDBusError::TimedOut, QStringLiteral("deadline passed")));
+    QDBusMessage message =
+        QDBusMessage::createMethodCall(target.service, target.path.path(), interface, method);
     message.setArguments(arguments);
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(m_budget.deadline() - WalkBudget::Clock::now());
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+        m_budget.deadline() - WalkBudget::Clock::now());
     const int timeout = int(std::clamp<qint64>(left.count(), 1, requestTimeoutMs));
     return m_bus.asyncCall(message, timeout);
 }
@@ -120,15 +139,17 @@ std::optional<QDBusMessage> Session::wait(QDBusPendingCall& call, QDBusError* er
     if (reply.type() == QDBusMessage::ReplyMessage)
         return reply;
     const QDBusError e = call.error();
-    if (e.type() == QDBusError::NoReply || e.type() == QDBusError::Timeout || e.type() == QDBusError::TimedOut)
+    if (e.type() == QDBusError::NoReply || e.type() == QDBusError::Timeout ||
+        e.type() == QDBusError::TimedOut)
         m_budget.noteTimeout();
     if (error)
         *error = e;
     return std::nullopt;
 }
 
-std::optional<QDBusMessage> Session::call(const Reference& target, const QString& interface, const QString& method,
-                                          const QVariantList& arguments, QDBusError* error)
+std::optional<QDBusMessage> Session::call(const Reference& target, const QString& interface,
+                                          const QString& method, const QVariantList& arguments,
+                                          QDBusError* error)
 {
     QDBusPendingCall pending = send(target, interface, method, arguments);
     return wait(pending, error);
@@ -137,12 +158,13 @@ std::optional<QDBusMessage> Session::call(const Reference& target, const QString
 QList<ApplicationEntry> applications(const std::shared_ptr<Session>& session)
 {
     const Reference registry{registryService, QDBusObjectPath(rootPath)};
-    const auto roots =
-        firstArgument<QList<Reference>>(session->call(registry, accessibleInterface, QStringLiteral("GetChildren")), "a(so)");
+    const auto roots = firstArgument<QList<Reference>>(
+        session->call(registry, accessibleInterface, QStringLiteral("GetChildren")), "a(so)");
     if (!roots)
         return {};
     // Pipelined: each application's process id, name and toolkit.
-    const Reference bus{QStringLiteral("org.freedesktop.DBus"), QDBusObjectPath("/org/freedesktop/DBus")};
+    const Reference bus{QStringLiteral("org.freedesktop.DBus"),
+                        QDBusObjectPath("/org/freedesktop/DBus")};
     struct Pending {
         Reference root;
         QDBusPendingCall pid, name, toolkit;
@@ -154,7 +176,8 @@ QList<ApplicationEntry> applications(const std::shared_ptr<Session>& session)
         pending.append({root,
                         session->send(bus, QStringLiteral("org.freedesktop.DBus"),
                                       QStringLiteral("GetConnectionUnixProcessID"), {root.service}),
-                        session->send(root, propertiesInterface, QStringLiteral("Get"), propertyArguments("Name")),
+                        session->send(root, propertiesInterface, QStringLiteral("Get"),
+                                      propertyArguments("Name")),
                         session->send(root, propertiesInterface, QStringLiteral("Get"),
                                       {applicationInterface, QStringLiteral("ToolkitName")})});
     }
@@ -184,10 +207,12 @@ void Node::loadInfo(const QList<std::shared_ptr<Node>>& nodes)
     pending.reserve(nodes.size());
     for (const auto& node : nodes) {
         const Reference& r = node->m_reference;
-        pending.append({session.send(r, accessibleInterface, QStringLiteral("GetRole")),
-                        session.send(r, propertiesInterface, QStringLiteral("Get"), propertyArguments("Name")),
-                        session.send(r, accessibleInterface, QStringLiteral("GetState")),
-                        session.send(r, propertiesInterface, QStringLiteral("Get"), propertyArguments("ChildCount"))});
+        pending.append(
+            {session.send(r, accessibleInterface, QStringLiteral("GetRole")),
+             session.send(r, propertiesInterface, QStringLiteral("Get"), propertyArguments("Name")),
+             session.send(r, accessibleInterface, QStringLiteral("GetState")),
+             session.send(r, propertiesInterface, QStringLiteral("Get"),
+                          propertyArguments("ChildCount"))});
     }
     for (qsizetype i = 0; i < nodes.size(); ++i) {
         Node& node = *nodes[i];
@@ -195,9 +220,11 @@ void Node::loadInfo(const QList<std::shared_ptr<Node>>& nodes)
         node.m_role = firstArgument<uint>(session.wait(p.role), "u").value_or(0);
         if (const auto name = propertyValue(session.wait(p.name), QMetaType::QString))
             node.m_name = name->toString();
-        if (const auto words = firstArgument<QList<uint>>(session.wait(p.state), "au"); words && words->size() >= 2)
+        if (const auto words = firstArgument<QList<uint>>(session.wait(p.state), "au");
+            words && words->size() >= 2)
             node.m_states = (quint64((*words)[1]) << 32) | (*words)[0];
-        node.m_childCount = propertyValue(session.wait(p.count), QMetaType::Int).value_or(QVariant(-1)).toInt();
+        node.m_childCount =
+            propertyValue(session.wait(p.count), QMetaType::Int).value_or(QVariant(-1)).toInt();
     }
 }
 
@@ -206,7 +233,8 @@ void Node::loadKeyBindings(const QList<std::shared_ptr<Node>>& nodes)
     QList<std::pair<std::shared_ptr<Node>, QDBusPendingCall>> pending;
     for (const auto& node : nodes) {
         const uint r = node->m_role;
-        if (node->m_childCount == 0 && (r == roleMenuItem || r == roleCheckMenuItem || r == roleRadioMenuItem))
+        if (node->m_childCount == 0 &&
+            (r == roleMenuItem || r == roleCheckMenuItem || r == roleRadioMenuItem))
             pending.append({node, node->m_session->send(node->m_reference, actionInterface,
                                                         QStringLiteral("GetKeyBinding"), {0})});
     }
@@ -262,7 +290,10 @@ bool Node::enabled()
     return hasState(*m_states, stateEnabled) || hasState(*m_states, stateSensitive);
 }
 
-bool Node::checked() { return m_states && hasState(*m_states, stateChecked); }
+bool Node::checked()
+{
+    return m_states && hasState(*m_states, stateChecked);
+}
 
 ShortcutKeys Node::parseKeyBinding(const QString& binding) const
 {
@@ -282,7 +313,8 @@ ShortcutKeys Node::shortcut()
 {
     if (!m_shortcut) {
         const auto binding = firstArgument<QString>(
-            m_session->call(m_reference, actionInterface, QStringLiteral("GetKeyBinding"), {0}), "s");
+            m_session->call(m_reference, actionInterface, QStringLiteral("GetKeyBinding"), {0}),
+            "s");
         m_shortcut = binding ? parseKeyBinding(*binding) : ShortcutKeys::none;
     }
     return *m_shortcut;
@@ -293,7 +325,8 @@ MenuNode::PressResult Node::press()
     // The action named "click" (GTK) or "Press" (Qt), else action 0.
     int index = 0;
     if (const auto actions = firstArgument<QList<ActionInfo>>(
-            m_session->call(m_reference, actionInterface, QStringLiteral("GetActions")), "a(sss)")) {
+            m_session->call(m_reference, actionInterface, QStringLiteral("GetActions")),
+            "a(sss)")) {
         for (qsizetype i = 0; i < actions->size(); ++i) {
             if ((*actions)[i].name == u"click" || (*actions)[i].name == u"Press") {
                 index = int(i);
@@ -302,7 +335,8 @@ MenuNode::PressResult Node::press()
         }
     }
     QDBusError error;
-    const auto reply = m_session->call(m_reference, actionInterface, QStringLiteral("DoAction"), {index}, &error);
+    const auto reply =
+        m_session->call(m_reference, actionInterface, QStringLiteral("DoAction"), {index}, &error);
     if (reply) {
         const auto done = firstArgument<bool>(reply, "b");
         if (done && *done)
@@ -320,13 +354,17 @@ MenuSource::MenuBar MenuBarFinder::menuBar(qint64 pid, WalkBudget& budget)
     const auto bus = accessibilityBus();
     if (!bus)
         return {nullptr, busUnavailable};
-    auto session = std::make_shared<Session>(*bus, budget);
+    // The registry listing asks every application; one that is frozen must not end the walk of
+    // another, so the listing has its own budget with the same deadline.
+    WalkBudget listingBudget(budget.deadline() - WalkBudget::Clock::now());
     std::optional<ApplicationEntry> entry;
-    for (const ApplicationEntry& candidate : applications(session))
+    for (const ApplicationEntry& candidate :
+         applications(std::make_shared<Session>(*bus, listingBudget)))
         if (candidate.pid == pid)
             entry = candidate;
     if (!entry)
-        return {nullptr, budget.timedOut() ? requestTimedOut : applicationNotFound};
+        return {nullptr, applicationNotFound};
+    auto session = std::make_shared<Session>(*bus, budget);
     session->isQt = entry->toolkit == u"Qt";
 
     auto root = std::make_shared<Node>(session, entry->root);

@@ -9,7 +9,6 @@
 #include "menus/MenuTree.h"
 
 #include <QDBusConnection>
-
 #include <atomic>
 #include <memory>
 #include <optional>
@@ -60,8 +59,9 @@ public:
                           const QVariantList& arguments = {});
     // Waits for one reply; a time-out is noted in the budget. Absent on any error.
     std::optional<QDBusMessage> wait(QDBusPendingCall& call, QDBusError* error = nullptr);
-    std::optional<QDBusMessage> call(const Reference& target, const QString& interface, const QString& method,
-                                     const QVariantList& arguments = {}, QDBusError* error = nullptr);
+    std::optional<QDBusMessage> call(const Reference& target, const QString& interface,
+                                     const QString& method, const QVariantList& arguments = {},
+                                     QDBusError* error = nullptr);
 
 private:
     QDBusConnection m_bus;
@@ -72,8 +72,7 @@ class Node : public MenuNode, public std::enable_shared_from_this<Node> {
 public:
     Node(std::shared_ptr<Session> session, Reference reference)
         : m_session(std::move(session)), m_reference(std::move(reference))
-    {
-    }
+    {}
 
     const Reference& reference() const { return m_reference; }
     uint role() const { return m_role; }

@@ -15,7 +15,10 @@ struct Reference {
     QString service;
     QDBusObjectPath path;
 
-    bool isNull() const { return service.isEmpty() || path.path().isEmpty() || path.path() == u"/org/a11y/atspi/null"; }
+    bool isNull() const
+    {
+        return service.isEmpty() || path.path().isEmpty() || path.path() == u"/org/a11y/atspi/null";
+    }
 };
 
 QDBusArgument& operator<<(QDBusArgument& argument, const Reference& reference);
@@ -60,7 +63,10 @@ enum State : int {
     stateVisible = 30,
 };
 
-inline bool hasState(quint64 states, State state) { return (states >> int(state)) & 1; }
+inline bool hasState(quint64 states, State state)
+{
+    return (states >> int(state)) & 1;
+}
 
 } // namespace corvane::atspi
 

@@ -10,7 +10,8 @@ namespace corvane {
 
 const DesktopEntries& DesktopEntries::installed()
 {
-    static const DesktopEntries entries(QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation));
+    static const DesktopEntries entries(
+        QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation));
     return entries;
 }
 
@@ -87,7 +88,8 @@ std::optional<DesktopEntry> DesktopEntries::byWindowClass(const QString& wmClass
     if (wmClass.isEmpty())
         return std::nullopt;
     for (const DesktopEntry& entry : m_byId)
-        if (!entry.startupWMClass.isEmpty() && entry.startupWMClass.compare(wmClass, Qt::CaseInsensitive) == 0)
+        if (!entry.startupWMClass.isEmpty() &&
+            entry.startupWMClass.compare(wmClass, Qt::CaseInsensitive) == 0)
             return entry;
     for (const DesktopEntry& entry : m_byId)
         if (entry.id.compare(wmClass, Qt::CaseInsensitive) == 0)
