@@ -10,7 +10,6 @@
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QTest>
-
 #include <csignal>
 
 using namespace corvane;
@@ -18,8 +17,7 @@ using namespace corvane;
 namespace {
 
 // Runs `job` on the crawl thread and waits for it (the main thread never talks to AT-SPI).
-template <typename F>
-auto onCrawlThread(F job) -> decltype(job())
+template <typename F> auto onCrawlThread(F job) -> decltype(job())
 {
     std::optional<decltype(job())> result;
     MenuCrawler::queue().post([&] { result = job(); });
@@ -28,7 +26,8 @@ auto onCrawlThread(F job) -> decltype(job())
     return *result;
 }
 
-std::optional<MenuCommand> find(const MenuCatalog& catalog, const QString& section, const QString& leaf)
+std::optional<MenuCommand> find(const MenuCatalog& catalog, const QString& section,
+                                const QString& leaf)
 {
     for (const MenuSection& s : catalog.sections)
         if (s.title.trimmed() == section)
@@ -47,7 +46,8 @@ int countRole(qint64 pid, uint role)
             if (entry.pid != pid)
                 continue;
             int count = 0;
-            QList<std::shared_ptr<atspi::Node>> level{std::make_shared<atspi::Node>(session, entry.root)};
+            QList<std::shared_ptr<atspi::Node>> level{
+                std::make_shared<atspi::Node>(session, entry.root)};
             for (int depth = 0; depth < 16 && !level.isEmpty(); ++depth) {
                 QList<std::shared_ptr<atspi::Node>> next;
                 for (const auto& node : level)
@@ -66,7 +66,8 @@ int countRole(qint64 pid, uint role)
 QString windowNames(qint64 pid)
 {
     QProcess xdotool;
-    xdotool.start("xdotool", {"search", "--pid", QString::number(pid), "--name", ".", "getwindowname", "%@"});
+    xdotool.start("xdotool",
+                  {"search", "--pid", QString::number(pid), "--name", ".", "getwindowname", "%@"});
     xdotool.waitForFinished(5000);
     return QString::fromUtf8(xdotool.readAllStandardOutput());
 }
@@ -173,7 +174,8 @@ void TestAtspiRealApps::geanyMenus()
     QCOMPARE(catalog.sections[1].title, QStringLiteral("Edit"));
     QCOMPARE(find(catalog, "File", "Open...")->shortcut, (ShortcutKeys{{"Ctrl"}, "O"}));
     QCOMPARE(find(catalog, "File", "New")->shortcut, (ShortcutKeys{{"Ctrl"}, "N"}));
-    QCOMPARE(find(catalog, "File", "Open Selected File")->shortcut, (ShortcutKeys{{"Ctrl", "Shift"}, "O"}));
+    QCOMPARE(find(catalog, "File", "Open Selected File")->shortcut,
+             (ShortcutKeys{{"Ctrl", "Shift"}, "O"}));
     QCOMPARE(find(catalog, "Edit", "Undo")->shortcut, (ShortcutKeys{{"Ctrl"}, "Z"}));
     QCOMPARE(find(catalog, "File", "Save As...")->shortcut, ShortcutKeys::none);
     // A submenu's commands carry the submenu in their path.
@@ -219,7 +221,8 @@ void TestAtspiRealApps::pressMousepadFileNew()
     const MenuCatalog catalog = crawl(m_mousepad);
     const MenuCommand command = *find(catalog, "File", "New");
     const qint64 pid = m_mousepad.pid;
-    QCOMPARE(onCrawlThread([&] { return m_crawler.press(command.path, pid); }), PressOutcome::pressed);
+    QCOMPARE(onCrawlThread([&] { return m_crawler.press(command.path, pid); }),
+             PressOutcome::pressed);
     QTRY_VERIFY_WITH_TIMEOUT(windowNames(pid).contains("Untitled 2"), 10000);
 }
 
@@ -239,7 +242,8 @@ void TestAtspiRealApps::pressGeanyNewFromTemplate()
     // application can tell apart; File ▸ New (with Template) ▸ main.c retitles the window.
     const MenuCommand command = *find(crawl(m_geany), "File", "main.c");
     const qint64 pid = m_geany.pid;
-    QCOMPARE(onCrawlThread([&] { return m_crawler.press(command.path, pid); }), PressOutcome::pressed);
+    QCOMPARE(onCrawlThread([&] { return m_crawler.press(command.path, pid); }),
+             PressOutcome::pressed);
     QTRY_VERIFY_WITH_TIMEOUT(windowNames(pid).contains("untitled.c"), 10000);
 }
 
@@ -247,13 +251,20 @@ void TestAtspiRealApps::pressVanishedAndRenamedPaths()
 {
     const qint64 pid = m_geany.pid;
     QTest::ignoreMessage(QtCriticalMsg, "press: path component not found: Nonexistent");
-    QCOMPARE(onCrawlThread([&] { return m_crawler.press({{"File", 0}, {"Nonexistent", 0}}, pid); }),
+    QCOMPARE(onCrawlThread([&] {
+                 return m_crawler.press({{"File", 0}, {"Nonexistent", 0}}, pid);
+             }),
              PressOutcome::failed);
     QTest::ignoreMessage(QtCriticalMsg, "press: path component not found: Open...");
-    QCOMPARE(onCrawlThread([&] { return m_crawler.press({{"File", 0}, {"Open...", 1}}, pid); }),
+    QCOMPARE(onCrawlThread([&] {
+                 return m_crawler.press({{"File", 0}, {"Open...", 1}}, pid);
+             }),
              PressOutcome::failed);
     QTest::ignoreMessage(QtCriticalMsg, "press: could not resolve top-level menu Nope");
-    QCOMPARE(onCrawlThread([&] { return m_crawler.press({{"Nope", 0}, {"X", 0}}, pid); }), PressOutcome::failed);
+    QCOMPARE(onCrawlThread([&] {
+                 return m_crawler.press({{"Nope", 0}, {"X", 0}}, pid);
+             }),
+             PressOutcome::failed);
 }
 
 void TestAtspiRealApps::stoppedApplication()
@@ -263,7 +274,8 @@ void TestAtspiRealApps::stoppedApplication()
     QVERIFY(::kill(pid_t(pid), SIGSTOP) == 0);
     QElapsedTimer timer;
     timer.start();
-    QTest::ignoreMessage(QtCriticalMsg, "crawl: menu bar read failed for org.xfce.mousepad: AXError 4");
+    QTest::ignoreMessage(QtCriticalMsg,
+                         "crawl: menu bar read failed for org.xfce.mousepad: AXError 4");
     const auto catalog = onCrawlThread([&] { return m_crawler.crawl(app); });
     const qint64 crawlMs = timer.elapsed();
     QVERIFY(!catalog);
@@ -271,7 +283,9 @@ void TestAtspiRealApps::stoppedApplication()
 
     timer.restart();
     QTest::ignoreMessage(QtCriticalMsg, "press: could not read menu bar");
-    const PressOutcome outcome = onCrawlThread([&] { return m_crawler.press({{"File", 0}, {"New      ", 0}}, pid); });
+    const PressOutcome outcome = onCrawlThread([&] {
+        return m_crawler.press({{"File", 0}, {"New      ", 0}}, pid);
+    });
     const qint64 pressMs = timer.elapsed();
     QVERIFY(outcome == PressOutcome::failed || outcome == PressOutcome::assumedFired);
     QVERIFY2(pressMs < 2500, qPrintable(QString::number(pressMs))); // about a second per request
@@ -288,18 +302,23 @@ void TestAtspiRealApps::stoppedApplication()
 void TestAtspiRealApps::commandLineMessages()
 {
     const QString tool = QStringLiteral(CORVANE_MENUS);
-    const auto run = [&](const QStringList& arguments, const QProcessEnvironment& env = QProcessEnvironment::systemEnvironment()) {
+    const auto run = [&](const QStringList& arguments,
+                         const QProcessEnvironment& env =
+                             QProcessEnvironment::systemEnvironment()) {
         QProcess process;
         process.setProcessEnvironment(env);
         process.start(tool, arguments);
         process.waitForFinished(30000);
-        return std::make_tuple(process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+        return std::make_tuple(process.exitCode(),
+                               QString::fromUtf8(process.readAllStandardOutput()),
                                QString::fromUtf8(process.readAllStandardError()));
     };
     {
         const auto [code, out, err] = run({"list"});
         QCOMPARE(code, 0);
-        QVERIFY2(out.contains(QRegularExpression(QStringLiteral("%1\\s+geany\\s+Geany\\s+yes").arg(m_geany.pid))), qPrintable(out));
+        QVERIFY2(out.contains(QRegularExpression(
+                     QStringLiteral("%1\\s+geany\\s+Geany\\s+yes").arg(m_geany.pid))),
+                 qPrintable(out));
         QVERIFY(out.contains("org.xfce.mousepad"));
     }
     {
@@ -310,11 +329,13 @@ void TestAtspiRealApps::commandLineMessages()
     {
         const auto [code, out, err] = run({"dump", "org.example.Missing"});
         QCOMPARE(code, 5);
-        QVERIFY2(err.startsWith("corvane-menus: no application with id org.example.Missing"), qPrintable(err));
+        QVERIFY2(err.startsWith("corvane-menus: no application with id org.example.Missing"),
+                 qPrintable(err));
         QCOMPARE(err.count('\n'), 1);
     }
     {
-        const auto [code, out, err] = run({"press", QString::number(m_geany.pid), "File", "Nonexistent"});
+        const auto [code, out, err] =
+            run({"press", QString::number(m_geany.pid), "File", "Nonexistent"});
         QCOMPARE(code, 1);
         QCOMPARE(out, QStringLiteral("failed\n"));
     }
@@ -338,7 +359,8 @@ void TestAtspiRealApps::commandLineMessages()
         QVERIFY2(err.contains("accessibility is switched off"), qPrintable(err));
     }
     QVERIFY(onCrawlThread([] { return AccessibilitySwitch::setEnabled(true); }));
-    QCOMPARE(onCrawlThread([] { return AccessibilitySwitch::isEnabled(); }), std::optional<bool>(true));
+    QCOMPARE(onCrawlThread([] { return AccessibilitySwitch::isEnabled(); }),
+             std::optional<bool>(true));
 }
 
 void TestAtspiRealApps::noRequestOnTheMainThread()
