@@ -1,12 +1,20 @@
 #!/usr/bin/env bash
 # Runs every benchmark program built under BUILD_DIR/bench. Each prints its figures as
-# `bench <name> <value> <unit>` lines.
+# `bench <name> <value> <unit>` lines. Benchmarks that need a desktop run in their own
+# test session (tools/test-session.sh).
 set -euo pipefail
 build_dir=${1:-build}
+here=$(cd "$(dirname "$0")" && pwd)
+session_benchmarks=" bench_crawl "
 status=0
 for program in "$build_dir"/bench/bench_*; do
     [ -f "$program" ] && [ -x "$program" ] || continue
-    echo "# $(basename "$program")"
-    "$program" || status=1
+    name=$(basename "$program")
+    echo "# $name"
+    if [[ $session_benchmarks == *" $name "* ]]; then
+        "$here/test-session.sh" "$program" 2>/dev/null || status=1
+    else
+        "$program" || status=1
+    fi
 done
 exit $status

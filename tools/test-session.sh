@@ -45,16 +45,15 @@ chmod 700 "$XDG_RUNTIME_DIR"
 export GSETTINGS_BACKEND=memory NO_AT_BRIDGE=0 QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1
 unset WAYLAND_DISPLAY SESSION_MANAGER
 
-# X server on the first free display number.
-display=
-for n in $(seq 90 160); do
-    if [ ! -e "/tmp/.X11-unix/X$n" ] && [ ! -e "/tmp/.X$n-lock" ]; then display=$n; break; fi
-done
-[ -n "$display" ] || fail "no free X display number"
-Xvfb ":$display" -screen 0 "${size}x24" -nolisten tcp -noreset >"$workdir/xvfb.log" 2>&1 &
+# X server; it picks a free display number itself and reports it (no race between sessions).
+exec {displayfd}<> <(:)
+Xvfb -displayfd "$displayfd" -screen 0 "${size}x24" -nolisten tcp -noreset >"$workdir/xvfb.log" 2>&1 &
 pids+=($!)
+display=
+read -r -t 10 -u "$displayfd" display || fail "Xvfb did not start: $(cat "$workdir/xvfb.log")"
+exec {displayfd}<&-
 export DISPLAY=":$display"
-wait_for 10 xdpyinfo || fail "Xvfb did not start: $(cat "$workdir/xvfb.log")"
+wait_for 10 xdpyinfo || fail "Xvfb did not answer on $DISPLAY: $(cat "$workdir/xvfb.log")"
 
 # Session bus.
 dbus-daemon --session --fork --nopidfile --print-address=3 --print-pid=4 \

@@ -19,8 +19,7 @@ using namespace corvane;
 
 namespace {
 
-template <typename F>
-auto onCrawlThread(F job) -> decltype(job())
+template <typename F> auto onCrawlThread(F job) -> decltype(job())
 {
     std::optional<decltype(job())> result;
     MenuCrawler::queue().post([&] { result = job(); });
@@ -34,7 +33,8 @@ struct Expectation {
     int count = 0;
     QList<MenuSection> sections;
 
-    void walk(const QList<fixture::Item>& items, const QList<PathStep>& path, int depth, QList<MenuCommand>& into)
+    void walk(const QList<fixture::Item>& items, const QList<PathStep>& path, int depth,
+              QList<MenuCommand>& into)
     {
         QHash<QString, int> seen;
         for (const fixture::Item& item : items) {
@@ -45,8 +45,8 @@ struct Expectation {
             const QList<PathStep> here = path + QList<PathStep>{{item.title, seen[item.title]++}};
             if (!item.items) {
                 ++count;
-                into.append(MenuCommand{here, ShortcutDisplay::fromAccelerator(item.accel), item.enabled,
-                                        (item.check || item.radio) && item.checked});
+                into.append(MenuCommand{here, ShortcutDisplay::fromAccelerator(item.accel),
+                                        item.enabled, (item.check || item.radio) && item.checked});
             } else if (depth < 5 && !item.items->isEmpty()) {
                 walk(*item.items, here, depth + 1, into);
             }
@@ -58,7 +58,8 @@ struct Expectation {
         QHash<QString, int> seen;
         for (const fixture::Item& top : menus) {
             QList<MenuCommand> commands;
-            walk(top.items.value_or(QList<fixture::Item>{}), {{top.title, seen[top.title]++}}, 1, commands);
+            walk(top.items.value_or(QList<fixture::Item>{}), {{top.title, seen[top.title]++}}, 1,
+                 commands);
             if (!commands.isEmpty())
                 sections.append({top.title, commands});
             if (count >= 2500)
@@ -200,14 +201,16 @@ void TestAtspiFixtures::pressesAreRecorded_data()
     QTest::addColumn<QList<int>>("occurrences");
     QTest::addColumn<QString>("id");
     for (const char* toolkit : {"gtk", "qt"}) {
-        QTest::addRow("%s plain", toolkit) << toolkit << QStringList{"File", "New"} << QList<int>{0, 0} << "File / New";
+        QTest::addRow("%s plain", toolkit)
+            << toolkit << QStringList{"File", "New"} << QList<int>{0, 0} << "File / New";
         QTest::addRow("%s duplicate #1", toolkit)
             << toolkit << QStringList{"File", "Open…"} << QList<int>{0, 1} << "File / Open…#1";
         QTest::addRow("%s five levels down", toolkit)
             << toolkit << QStringList{"Deep", "Level 1", "Level 2", "Level 3", "Level 4", "Leaf 5"}
-            << QList<int>{0, 0, 0, 0, 0, 0} << "Deep / Level 1 / Level 2 / Level 3 / Level 4 / Leaf 5";
-        QTest::addRow("%s non-ascii", toolkit)
-            << toolkit << QStringList{"Édition", "日本語の項目"} << QList<int>{0, 0} << "Édition / 日本語の項目";
+            << QList<int>{0, 0, 0, 0, 0, 0}
+            << "Deep / Level 1 / Level 2 / Level 3 / Level 4 / Leaf 5";
+        QTest::addRow("%s non-ascii", toolkit) << toolkit << QStringList{"Édition", "日本語の項目"}
+                                               << QList<int>{0, 0} << "Édition / 日本語の項目";
     }
 }
 

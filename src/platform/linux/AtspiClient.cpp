@@ -10,6 +10,7 @@
 #include <QDBusVariant>
 #include <QMutex>
 #include <QThread>
+#include <mutex>
 
 namespace corvane::atspi {
 
@@ -228,11 +229,43 @@ void Node::loadInfo(const QList<std::shared_ptr<Node>>& nodes)
     }
 }
 
+void Session::prefetchKeyBindings(const QString& menuBarPath)
+{
+    if (!table)
+        return;
+    // Walk order, bounded like the crawl: depth 6 below the menu bar and a little past the cap.
+    QList<std::pair<QString, QDBusPendingCall>> pending;
+    QList<std::pair<QString, int>> stack{{menuBarPath, 0}};
+    while (!stack.isEmpty() && pending.size() < 3000) {
+        const auto [path, depth] = stack.takeLast();
+        const QList<QString> children = table->childrenOf.value(path);
+        for (auto it = children.crbegin(); it != children.crend(); ++it) {
+            const CacheItem& item = table->byPath[*it];
+            const uint r = item.role;
+            if (item.childCount == 0 &&
+                (r == roleMenuItem || r == roleCheckMenuItem || r == roleRadioMenuItem))
+                pending.append({*it, send(item.object, actionInterface,
+                                          QStringLiteral("GetKeyBinding"), {0})});
+            else if (depth < 6)
+                stack.append({*it, depth + 1});
+        }
+    }
+    for (auto& [path, call] : pending)
+        if (const auto binding = firstArgument<QString>(wait(call), "s"))
+            keyBindings.insert(path, *binding);
+}
+
 void Node::loadKeyBindings(const QList<std::shared_ptr<Node>>& nodes)
 {
     QList<std::pair<std::shared_ptr<Node>, QDBusPendingCall>> pending;
     for (const auto& node : nodes) {
         const uint r = node->m_role;
+        const auto prefetched =
+            node->m_session->keyBindings.constFind(node->m_reference.path.path());
+        if (prefetched != node->m_session->keyBindings.constEnd()) {
+            node->m_shortcut = node->parseKeyBinding(*prefetched);
+            continue;
+        }
         if (node->m_childCount == 0 &&
             (r == roleMenuItem || r == roleCheckMenuItem || r == roleRadioMenuItem))
             pending.append({node, node->m_session->send(node->m_reference, actionInterface,
@@ -244,6 +277,18 @@ void Node::loadKeyBindings(const QList<std::shared_ptr<Node>>& nodes)
     }
 }
 
+std::shared_ptr<Node> Node::fromTable(const std::shared_ptr<Session>& session,
+                                      const CacheItem& item)
+{
+    auto node = std::make_shared<Node>(session, item.object);
+    node->m_name = item.name;
+    node->m_role = item.role;
+    if (item.states.size() >= 2)
+        node->m_states = (quint64(item.states[1]) << 32) | item.states[0];
+    node->m_childCount = item.childCount;
+    return node;
+}
+
 QList<std::shared_ptr<Node>> Node::childNodes()
 {
     if (m_children)
@@ -251,6 +296,12 @@ QList<std::shared_ptr<Node>> Node::childNodes()
     m_children.emplace();
     if (m_childCount == 0)
         return *m_children;
+    if (const auto& table = m_session->table) {
+        for (const QString& path : table->childrenOf.value(m_reference.path.path()))
+            m_children->append(fromTable(m_session, table->byPath.value(path)));
+        loadKeyBindings(*m_children);
+        return *m_children;
+    }
     const auto references = firstArgument<QList<Reference>>(
         m_session->call(m_reference, accessibleInterface, QStringLiteral("GetChildren")), "a(so)");
     if (!references)
@@ -349,6 +400,45 @@ MenuNode::PressResult Node::press()
     return {PressResult::Status::error, int(error.type())};
 }
 
+void ensureEventListener(QDBusConnection& bus)
+{
+    static std::once_flag once;
+    std::call_once(once, [&bus] {
+        QDBusMessage message = QDBusMessage::createMethodCall(
+            registryService, QStringLiteral("/org/a11y/atspi/registry"),
+            QStringLiteral("org.a11y.atspi.Registry"), QStringLiteral("RegisterEvent"));
+        message.setArguments({QStringLiteral("window:activate"), QStringList(), QString()});
+        bus.call(message, QDBus::Block, requestTimeoutMs);
+    });
+}
+
+std::shared_ptr<const ObjectTable> readObjectTable(Session& session, const Reference& root)
+{
+    const auto reply = session.call(Reference{root.service, QDBusObjectPath(cachePath)},
+                                    cacheInterface, QStringLiteral("GetItems"));
+    if (!reply || reply->signature() != QLatin1String("a((so)(so)(so)iiassusau)") ||
+        reply->arguments().isEmpty())
+        return nullptr;
+    const auto items =
+        qdbus_cast<QList<CacheItem>>(reply->arguments().constFirst().value<QDBusArgument>());
+    if (items.isEmpty())
+        return nullptr;
+    auto table = std::make_shared<ObjectTable>();
+    QHash<QString, QList<std::pair<int, QString>>> children;
+    for (const CacheItem& item : items) {
+        const QString path = item.object.path.path();
+        table->byPath.insert(path, item);
+        children[item.parent.path.path()].append({item.indexInParent, path});
+    }
+    for (auto it = children.begin(); it != children.end(); ++it) {
+        std::sort(it->begin(), it->end());
+        QList<QString>& ordered = table->childrenOf[it.key()];
+        for (const auto& [index, path] : *it)
+            ordered.append(path);
+    }
+    return table;
+}
+
 MenuSource::MenuBar MenuBarFinder::menuBar(qint64 pid, WalkBudget& budget)
 {
     const auto bus = accessibilityBus();
@@ -367,8 +457,21 @@ MenuSource::MenuBar MenuBarFinder::menuBar(qint64 pid, WalkBudget& budget)
     auto session = std::make_shared<Session>(*bus, budget);
     session->isQt = entry->toolkit == u"Qt";
 
-    auto root = std::make_shared<Node>(session, entry->root);
-    Node::loadInfo({root});
+    // GTK publishes every object, closed menus included, in one call; Qt's cache is empty, so
+    // Qt applications are read level by level.
+    std::shared_ptr<Node> root;
+    if (!session->isQt) {
+        ensureEventListener(session->bus());
+        session->table = readObjectTable(*session, entry->root);
+        if (session->table && session->table->byPath.contains(rootPath))
+            root = Node::fromTable(session, session->table->byPath.value(rootPath));
+        else
+            session->table = nullptr;
+    }
+    if (!root) {
+        root = std::make_shared<Node>(session, entry->root);
+        Node::loadInfo({root});
+    }
     QList<std::shared_ptr<Node>> frames;
     for (const auto& child : root->childNodes())
         if (child->role() == roleFrame)
@@ -393,8 +496,10 @@ MenuSource::MenuBar MenuBarFinder::menuBar(qint64 pid, WalkBudget& budget)
         QList<std::shared_ptr<Node>> next;
         for (const auto& node : level) {
             for (const auto& child : node->childNodes()) {
-                if (child->role() == roleMenuBar)
+                if (child->role() == roleMenuBar) {
+                    session->prefetchKeyBindings(child->reference().path.path());
                     return {child, menuBarFound};
+                }
                 next.append(child);
             }
         }

@@ -46,6 +46,13 @@ class Session;
 // The registry's applications with their process ids, this process left out.
 QList<ApplicationEntry> applications(const std::shared_ptr<Session>& session);
 
+// A whole application's objects from one Cache.GetItems call (GTK fills it once a client has
+// registered an event listener), indexed by object path.
+struct ObjectTable {
+    QHash<QString, CacheItem> byPath;
+    QHash<QString, QList<QString>> childrenOf; // parent path → child paths, in index order
+};
+
 class Session : public std::enable_shared_from_this<Session> {
 public:
     Session(QDBusConnection bus, WalkBudget& budget) : m_bus(std::move(bus)), m_budget(budget) {}
@@ -53,6 +60,11 @@ public:
     QDBusConnection& bus() { return m_bus; }
     WalkBudget& budget() { return m_budget; }
     bool isQt = false;
+    std::shared_ptr<const ObjectTable> table; // present when the application's cache was read
+    QHash<QString, QString> keyBindings; // object path → key binding, prefetched from the table
+
+    // Requests the key binding of every leaf menu item below `menuBar` in one pipelined wave.
+    void prefetchKeyBindings(const QString& menuBarPath);
 
     // Sends without waiting. An invalid call is returned once the budget is exhausted.
     QDBusPendingCall send(const Reference& target, const QString& interface, const QString& method,
@@ -88,6 +100,9 @@ public:
     PressResult press() override;
 
     QList<std::shared_ptr<Node>> childNodes();
+    // A node whose role, name, state and child count come from the object table.
+    static std::shared_ptr<Node> fromTable(const std::shared_ptr<Session>& session,
+                                           const CacheItem& item);
     // Reads role, name, state and child count of every node in one pipelined round.
     static void loadInfo(const QList<std::shared_ptr<Node>>& nodes);
 
@@ -111,5 +126,11 @@ class MenuBarFinder : public MenuSource {
 public:
     MenuBar menuBar(qint64 pid, WalkBudget& budget) override;
 };
+
+// Registers an event listener with the registry once per process, so that GTK applications
+// publish their object cache.
+void ensureEventListener(QDBusConnection& bus);
+// The application's whole object table, or null when it publishes none (Qt).
+std::shared_ptr<const ObjectTable> readObjectTable(Session& session, const Reference& root);
 
 } // namespace corvane::atspi

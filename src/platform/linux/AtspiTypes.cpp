@@ -36,6 +36,26 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, ActionInfo& actio
     return argument;
 }
 
+QDBusArgument& operator<<(QDBusArgument& argument, const CacheItem& item)
+{
+    argument.beginStructure();
+    argument << item.object << item.application << item.parent << item.indexInParent
+             << item.childCount << item.interfaces << item.name << item.role << item.description
+             << item.states;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, CacheItem& item)
+{
+    argument.beginStructure();
+    argument >> item.object >> item.application >> item.parent >> item.indexInParent >>
+        item.childCount >> item.interfaces >> item.name >> item.role >> item.description >>
+        item.states;
+    argument.endStructure();
+    return argument;
+}
+
 void registerTypes()
 {
     static const bool registered = [] {
@@ -43,6 +63,8 @@ void registerTypes()
         qDBusRegisterMetaType<QList<Reference>>();
         qDBusRegisterMetaType<ActionInfo>();
         qDBusRegisterMetaType<QList<ActionInfo>>();
+        qDBusRegisterMetaType<CacheItem>();
+        qDBusRegisterMetaType<QList<CacheItem>>();
         return true;
     }();
     Q_UNUSED(registered)

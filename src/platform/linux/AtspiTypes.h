@@ -33,6 +33,23 @@ struct ActionInfo {
 QDBusArgument& operator<<(QDBusArgument& argument, const ActionInfo& action);
 const QDBusArgument& operator>>(const QDBusArgument& argument, ActionInfo& action);
 
+// One object of org.a11y.atspi.Cache.GetItems: a((so)(so)(so)iiassusau).
+struct CacheItem {
+    Reference object;
+    Reference application;
+    Reference parent;
+    int indexInParent = 0;
+    int childCount = 0;
+    QStringList interfaces;
+    QString name;
+    uint role = 0;
+    QString description;
+    QList<uint> states;
+};
+
+QDBusArgument& operator<<(QDBusArgument& argument, const CacheItem& item);
+const QDBusArgument& operator>>(const QDBusArgument& argument, CacheItem& item);
+
 void registerTypes();
 
 inline const QString registryService = QStringLiteral("org.a11y.atspi.Registry");
@@ -41,6 +58,8 @@ inline const QString accessibleInterface = QStringLiteral("org.a11y.atspi.Access
 inline const QString actionInterface = QStringLiteral("org.a11y.atspi.Action");
 inline const QString applicationInterface = QStringLiteral("org.a11y.atspi.Application");
 inline const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
+inline const QString cacheInterface = QStringLiteral("org.a11y.atspi.Cache");
+inline const QString cachePath = QStringLiteral("/org/a11y/atspi/cache");
 
 enum Role : uint {
     roleCheckMenuItem = 8,
@@ -72,3 +91,4 @@ inline bool hasState(quint64 states, State state)
 
 Q_DECLARE_METATYPE(corvane::atspi::Reference)
 Q_DECLARE_METATYPE(corvane::atspi::ActionInfo)
+Q_DECLARE_METATYPE(corvane::atspi::CacheItem)

@@ -1,0 +1,119 @@
+// Crawl time of geany, mousepad, featherpad and the 3000-item GTK fixture: median of 10 crawls,
+// beside the pyatspi reference walker (reference_walker.py) reading the same trees in the same
+// run. Runs inside tools/test-session.sh. Prints `bench <name> <value> <unit>` lines.
+
+#include "menus/MenuCrawler.h"
+#include "platform/linux/AppIdentity.h"
+#include "platform/linux/AtspiClient.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QThread>
+
+#include <algorithm>
+#include <cstdio>
+
+using namespace corvane;
+
+namespace {
+
+template <typename F>
+auto onCrawlThread(F job) -> decltype(job())
+{
+    std::optional<decltype(job())> result;
+    MenuCrawler::queue().post([&] { result = job(); });
+    while (!result)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    return *result;
+}
+
+double median(std::vector<double> v)
+{
+    std::sort(v.begin(), v.end());
+    return v.empty() ? 0 : v[v.size() / 2];
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication app(argc, argv);
+    if (!qEnvironmentVariableIsSet("CORVANE_SESSION")) {
+        std::fprintf(stderr, "bench_crawl: run under tools/test-session.sh\n");
+        return 2;
+    }
+    struct Target {
+        const char* name;
+        QString program;
+        QStringList arguments;
+        QProcess* process = nullptr;
+        RunningApp app;
+    };
+    QList<Target> targets{{"geany", "geany", {"--new-instance", "--no-session"}, nullptr, {}},
+                          {"mousepad", "mousepad", {}, nullptr, {}},
+                          {"featherpad", "featherpad", {}, nullptr, {}},
+                          {"fixture3000", QStringLiteral(FIXTURE_GTK), {}, nullptr, {}}};
+    for (Target& t : targets) {
+        t.process = new QProcess(&app);
+        t.process->setStandardOutputFile(QProcess::nullDevice());
+        t.process->setStandardErrorFile(QProcess::nullDevice());
+        t.process->start(t.program, t.arguments);
+        t.process->waitForStarted(10000);
+    }
+    for (Target& t : targets) {
+        const qint64 pid = t.process->processId();
+        QElapsedTimer wait;
+        wait.start();
+        while (wait.elapsed() < 30000 && !onCrawlThread([pid] {
+                   WalkBudget budget(std::chrono::seconds(3));
+                   return atspi::MenuBarFinder().menuBar(pid, budget).node != nullptr;
+               }))
+            QThread::msleep(200);
+        t.app = onCrawlThread([pid] { return AppIdentity::forProcess(pid); });
+    }
+
+    const MenuCrawler crawler(std::make_shared<atspi::MenuBarFinder>());
+    int status = 0;
+    for (Target& t : targets) {
+        std::vector<double> ours, reference;
+        int items = 0;
+        for (int run = 0; run < 10; ++run) {
+            QElapsedTimer timer;
+            timer.start();
+            const auto catalog = onCrawlThread([&] { return crawler.crawl(t.app); });
+            ours.push_back(double(timer.nsecsElapsed()) / 1e6);
+            items = 0;
+            if (catalog)
+                for (const MenuSection& s : catalog->sections)
+                    items += int(s.commands.size());
+        }
+        int referenceItems = -1;
+        for (int run = 0; run < 10; ++run) {
+            QProcess walker;
+            walker.start(QStringLiteral("/usr/bin/python3"),
+                         {QStringLiteral(REFERENCE_WALKER), QString::number(t.app.pid), QStringLiteral("1")});
+            walker.waitForFinished(120000);
+            for (const QByteArray& line : walker.readAllStandardOutput().split('\n')) {
+                if (line.startsWith("items "))
+                    referenceItems = line.mid(6).toInt();
+                else if (line.startsWith("ms "))
+                    reference.push_back(line.mid(3).toDouble());
+            }
+        }
+        const double a = median(ours), b = median(reference);
+        std::printf("bench crawl_%s_ms %.2f ms\n", t.name, a);
+        std::printf("bench crawl_%s_reference_ms %.2f ms\n", t.name, b);
+        std::printf("bench crawl_%s_items %d items\n", t.name, items);
+        std::printf("bench crawl_%s_reference_items %d items\n", t.name, referenceItems);
+        std::printf("bench crawl_%s_speedup %.1f x\n", t.name, a > 0 ? b / a : 0.0);
+        std::fflush(stdout);
+        if (items != referenceItems)
+            status = 1; // the counts must agree
+    }
+    for (Target& t : targets) {
+        t.process->kill();
+        t.process->waitForFinished(5000);
+    }
+    return status;
+}
