@@ -10,7 +10,6 @@
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QThread>
-
 #include <algorithm>
 #include <cstdio>
 
@@ -18,8 +17,7 @@ using namespace corvane;
 
 namespace {
 
-template <typename F>
-auto onCrawlThread(F job) -> decltype(job())
+template <typename F> auto onCrawlThread(F job) -> decltype(job())
 {
     std::optional<decltype(job())> result;
     MenuCrawler::queue().post([&] { result = job(); });
@@ -92,7 +90,8 @@ int main(int argc, char* argv[])
         for (int run = 0; run < 10; ++run) {
             QProcess walker;
             walker.start(QStringLiteral("/usr/bin/python3"),
-                         {QStringLiteral(REFERENCE_WALKER), QString::number(t.app.pid), QStringLiteral("1")});
+                         {QStringLiteral(REFERENCE_WALKER), QString::number(t.app.pid),
+                          QStringLiteral("1")});
             walker.waitForFinished(120000);
             for (const QByteArray& line : walker.readAllStandardOutput().split('\n')) {
                 if (line.startsWith("items "))

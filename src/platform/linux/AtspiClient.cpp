@@ -229,30 +229,37 @@ void Node::loadInfo(const QList<std::shared_ptr<Node>>& nodes)
     }
 }
 
-void Session::prefetchKeyBindings(const QString& menuBarPath)
+void Session::prefetch(const QString& menuBarPath)
 {
     if (!table)
         return;
-    // Walk order, bounded like the crawl: depth 6 below the menu bar and a little past the cap.
-    QList<std::pair<QString, QDBusPendingCall>> pending;
+    // Bounded like the crawl: depth 6 below the menu bar and a little past the item cap.
+    QList<std::pair<QString, QDBusPendingCall>> bindings, lists;
     QList<std::pair<QString, int>> stack{{menuBarPath, 0}};
-    while (!stack.isEmpty() && pending.size() < 3000) {
+    lists.append({menuBarPath, send(table->byPath.value(menuBarPath).object, accessibleInterface,
+                                    QStringLiteral("GetChildren"))});
+    while (!stack.isEmpty() && bindings.size() < 3000) {
         const auto [path, depth] = stack.takeLast();
-        const QList<QString> children = table->childrenOf.value(path);
-        for (auto it = children.crbegin(); it != children.crend(); ++it) {
-            const CacheItem& item = table->byPath[*it];
+        for (const QString& child : table->childrenOf.value(path)) {
+            const CacheItem& item = table->byPath[child];
             const uint r = item.role;
             if (item.childCount == 0 &&
-                (r == roleMenuItem || r == roleCheckMenuItem || r == roleRadioMenuItem))
-                pending.append({*it, send(item.object, actionInterface,
-                                          QStringLiteral("GetKeyBinding"), {0})});
-            else if (depth < 6)
-                stack.append({*it, depth + 1});
+                (r == roleMenuItem || r == roleCheckMenuItem || r == roleRadioMenuItem)) {
+                bindings.append({child, send(item.object, actionInterface,
+                                             QStringLiteral("GetKeyBinding"), {0})});
+            } else if (depth < 6 && item.childCount != 0) {
+                lists.append(
+                    {child, send(item.object, accessibleInterface, QStringLiteral("GetChildren"))});
+                stack.append({child, depth + 1});
+            }
         }
     }
-    for (auto& [path, call] : pending)
+    for (auto& [path, call] : bindings)
         if (const auto binding = firstArgument<QString>(wait(call), "s"))
             keyBindings.insert(path, *binding);
+    for (auto& [path, call] : lists)
+        if (const auto references = firstArgument<QList<Reference>>(wait(call), "a(so)"))
+            childLists.insert(path, *references);
 }
 
 void Node::loadKeyBindings(const QList<std::shared_ptr<Node>>& nodes)
@@ -296,20 +303,32 @@ QList<std::shared_ptr<Node>> Node::childNodes()
     m_children.emplace();
     if (m_childCount == 0)
         return *m_children;
-    if (const auto& table = m_session->table) {
-        for (const QString& path : table->childrenOf.value(m_reference.path.path()))
-            m_children->append(fromTable(m_session, table->byPath.value(path)));
-        loadKeyBindings(*m_children);
-        return *m_children;
-    }
-    const auto references = firstArgument<QList<Reference>>(
-        m_session->call(m_reference, accessibleInterface, QStringLiteral("GetChildren")), "a(so)");
+    const auto prefetched = m_session->childLists.constFind(m_reference.path.path());
+    const auto references =
+        prefetched != m_session->childLists.constEnd()
+            ? std::optional<QList<Reference>>(*prefetched)
+            : firstArgument<QList<Reference>>(
+                  m_session->call(m_reference, accessibleInterface, QStringLiteral("GetChildren")),
+                  "a(so)");
     if (!references)
         return *m_children;
-    for (const Reference& r : *references)
-        if (!r.isNull())
+    // The order comes from GetChildren: GTK's object cache gives menu items no index in their
+    // parent (-1). What the cache does know (role, name, state, child count) is not asked again.
+    const auto& table = m_session->table;
+    QList<std::shared_ptr<Node>> unknown;
+    for (const Reference& r : *references) {
+        if (r.isNull())
+            continue;
+        const auto cached = table ? table->byPath.constFind(r.path.path())
+                                  : QHash<QString, CacheItem>::const_iterator();
+        if (table && cached != table->byPath.constEnd()) {
+            m_children->append(fromTable(m_session, *cached));
+        } else {
             m_children->append(std::make_shared<Node>(m_session, r));
-    loadInfo(*m_children);
+            unknown.append(m_children->constLast());
+        }
+    }
+    loadInfo(unknown);
     loadKeyBindings(*m_children);
     return *m_children;
 }
@@ -424,17 +443,10 @@ std::shared_ptr<const ObjectTable> readObjectTable(Session& session, const Refer
     if (items.isEmpty())
         return nullptr;
     auto table = std::make_shared<ObjectTable>();
-    QHash<QString, QList<std::pair<int, QString>>> children;
     for (const CacheItem& item : items) {
         const QString path = item.object.path.path();
         table->byPath.insert(path, item);
-        children[item.parent.path.path()].append({item.indexInParent, path});
-    }
-    for (auto it = children.begin(); it != children.end(); ++it) {
-        std::sort(it->begin(), it->end());
-        QList<QString>& ordered = table->childrenOf[it.key()];
-        for (const auto& [index, path] : *it)
-            ordered.append(path);
+        table->childrenOf[item.parent.path.path()].append(path);
     }
     return table;
 }
@@ -497,7 +509,7 @@ MenuSource::MenuBar MenuBarFinder::menuBar(qint64 pid, WalkBudget& budget)
         for (const auto& node : level) {
             for (const auto& child : node->childNodes()) {
                 if (child->role() == roleMenuBar) {
-                    session->prefetchKeyBindings(child->reference().path.path());
+                    session->prefetch(child->reference().path.path());
                     return {child, menuBarFound};
                 }
                 next.append(child);

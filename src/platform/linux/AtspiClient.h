@@ -47,10 +47,11 @@ class Session;
 QList<ApplicationEntry> applications(const std::shared_ptr<Session>& session);
 
 // A whole application's objects from one Cache.GetItems call (GTK fills it once a client has
-// registered an event listener), indexed by object path.
+// registered an event listener), indexed by object path. Menu items carry no index in their
+// parent there, so the table answers what an object is, never in which order children come.
 struct ObjectTable {
     QHash<QString, CacheItem> byPath;
-    QHash<QString, QList<QString>> childrenOf; // parent path → child paths, in index order
+    QHash<QString, QList<QString>> childrenOf; // parent path → child paths, in no particular order
 };
 
 class Session : public std::enable_shared_from_this<Session> {
@@ -60,11 +61,13 @@ public:
     QDBusConnection& bus() { return m_bus; }
     WalkBudget& budget() { return m_budget; }
     bool isQt = false;
-    std::shared_ptr<const ObjectTable> table; // present when the application's cache was read
-    QHash<QString, QString> keyBindings; // object path → key binding, prefetched from the table
+    std::shared_ptr<const ObjectTable> table;    // present when the application's cache was read
+    QHash<QString, QString> keyBindings;         // object path → key binding, prefetched
+    QHash<QString, QList<Reference>> childLists; // object path → GetChildren, prefetched
 
-    // Requests the key binding of every leaf menu item below `menuBar` in one pipelined wave.
-    void prefetchKeyBindings(const QString& menuBarPath);
+    // Using the table, requests in one pipelined wave the children of every menu and the key
+    // binding of every leaf item below `menuBar`.
+    void prefetch(const QString& menuBarPath);
 
     // Sends without waiting. An invalid call is returned once the budget is exhausted.
     QDBusPendingCall send(const Reference& target, const QString& interface, const QString& method,
