@@ -1,0 +1,37 @@
+#pragma once
+
+// Global input monitors (the spec's NSEvent global monitors; XInput 2 raw events on Linux):
+// modifier changes, key presses, mouse-button presses and scrolling delivered to other
+// applications, and the pointer position. Input meant for Corvane's own windows never reaches
+// the handlers.
+
+#include <QPointF>
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+namespace corvane {
+
+class InputMonitors {
+public:
+    enum class Kind { modifierChange, keyPress, mousePress, scroll };
+
+    struct Event {
+        Kind kind;
+        std::uint64_t modifierFlags = 0; // the device-independent modifier bits after the event
+    };
+
+    using Token = std::uint64_t;
+    using Handler = std::function<void(const Event&)>;
+
+    virtual ~InputMonitors() = default;
+
+    // Absent when the platform refuses the monitor (for example without XInput 2).
+    virtual std::optional<Token> add(Kind kind, Handler handler) = 0;
+    virtual void remove(Token token) = 0;
+    // Global logical coordinates, origin top left.
+    virtual QPointF pointerPosition() const = 0;
+};
+
+} // namespace corvane

@@ -1,0 +1,160 @@
+#include "HoldDetector.h"
+
+#include <QPointer>
+
+namespace corvane {
+
+using Event = HoldStateMachine::Event;
+using Effect = HoldStateMachine::Effect;
+using State = HoldStateMachine::State;
+using Kind = InputMonitors::Kind;
+
+HoldDetector::HoldDetector(InputMonitors& monitors, QObject* parent) : QObject(parent), m_platform(monitors) {}
+
+bool HoldDetector::frameContains(const QRectF& frame, const QPointF& point)
+{
+    return point.x() >= frame.left() && point.x() < frame.left() + frame.width() && point.y() >= frame.top() &&
+           point.y() < frame.top() + frame.height();
+}
+
+void HoldDetector::add(Kind kind, InputMonitors::Handler handler)
+{
+    // A refused monitor is simply not recorded.
+    if (const auto token = m_platform.add(kind, std::move(handler)))
+        m_monitors.append(*token);
+}
+
+void HoldDetector::start()
+{
+    if (!m_monitors.isEmpty())
+        return;
+    // Every handler holds the detector weakly and does nothing once it is gone.
+    const QPointer<HoldDetector> self(this);
+    add(Kind::modifierChange, [self](const InputMonitors::Event& e) {
+        if (self)
+            self->handleModifierChange(e);
+    });
+    add(Kind::keyPress, [self](const InputMonitors::Event&) {
+        if (self)
+            self->handleKeyPress();
+    });
+    add(Kind::mousePress, [self](const InputMonitors::Event&) {
+        if (self)
+            self->handleClick();
+    });
+    add(Kind::scroll, [self](const InputMonitors::Event&) {
+        if (self)
+            self->handleScroll();
+    });
+}
+
+void HoldDetector::stop()
+{
+    for (InputMonitors::Token token : std::as_const(m_monitors))
+        m_platform.remove(token);
+    m_monitors.clear();
+    delete m_timer;
+    m_timer = nullptr;
+}
+
+void HoldDetector::send(const Event& event)
+{
+    const HoldStateMachine::Effects effects = machine.handle(event);
+    if (effects.isEmpty())
+        return;
+    for (Effect effect : effects) {
+        switch (effect) {
+        case Effect::startTimer: {
+            delete m_timer; // a pending timer is replaced: only one timerFired arrives
+            m_timer = new QTimer(this);
+            m_timer->setSingleShot(true);
+            m_timer->setTimerType(Qt::PreciseTimer);
+            QTimer* timer = m_timer;
+            connect(timer, &QTimer::timeout, this, [this, timer] {
+                if (m_timer == timer) {
+                    m_timer->deleteLater();
+                    m_timer = nullptr;
+                }
+                send(Event::timerFired());
+            });
+            m_timer->start(int(holdDelay * 1000.0 + 0.5));
+            break;
+        }
+        case Effect::cancelTimer:
+            delete m_timer;
+            m_timer = nullptr;
+            break;
+        case Effect::pin:
+            m_triggerIsAloneDown = false; // the next time the trigger is alone it is a fresh press
+            break;
+        case Effect::show:
+        case Effect::hide:
+            break;
+        }
+    }
+    if (onEffect)
+        onEffect(effects);
+}
+
+bool HoldDetector::pointerOverPanel() const
+{
+    const std::optional<QRectF> frame = panelFrameProvider ? panelFrameProvider() : std::nullopt;
+    return frame && frameContains(*frame, m_platform.pointerPosition());
+}
+
+void HoldDetector::handleModifierChange(const InputMonitors::Event& event)
+{
+    if (!triggerModifier)
+        return;
+    const ModifierFlags::Flags held = event.modifierFlags & ModifierFlags::watchedMask;
+    const bool wasAlone = m_triggerIsAloneDown;
+    if (held == *triggerModifier) {
+        if (wasAlone)
+            return; // a repeat, or a change of an unwatched flag such as Caps Lock
+        m_triggerIsAloneDown = true;
+        // Refused: the flag stays set, so holding on does not ask again.
+        if (canArmProvider && canArmProvider())
+            send(Event::triggerDown());
+        return;
+    }
+    m_triggerIsAloneDown = false;
+    if ((held & *triggerModifier) != *triggerModifier)
+        send(Event::triggerUp(pointerOverPanel()));
+    else if (wasAlone)
+        send(Event::interrupted());
+}
+
+void HoldDetector::handleKeyPress() { send(Event::interrupted()); }
+
+void HoldDetector::handleClick()
+{
+    switch (machine.state) {
+    case State::arming:
+    case State::peeking:
+        send(Event::interrupted());
+        break;
+    case State::pinned:
+        send(Event::closeRequest()); // a click outside the pinned overlay closes it
+        break;
+    case State::idle:
+        break;
+    }
+}
+
+void HoldDetector::handleScroll()
+{
+    switch (machine.state) {
+    case State::arming:
+        send(Event::interrupted());
+        break;
+    case State::peeking:
+        if (!pointerOverPanel())
+            send(Event::interrupted());
+        break;
+    case State::idle:
+    case State::pinned:
+        break;
+    }
+}
+
+} // namespace corvane
