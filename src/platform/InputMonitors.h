@@ -6,7 +6,6 @@
 // the handlers.
 
 #include <QPointF>
-
 #include <cstdint>
 #include <functional>
 #include <optional>

@@ -9,12 +9,14 @@ using Effect = HoldStateMachine::Effect;
 using State = HoldStateMachine::State;
 using Kind = InputMonitors::Kind;
 
-HoldDetector::HoldDetector(InputMonitors& monitors, QObject* parent) : QObject(parent), m_platform(monitors) {}
+HoldDetector::HoldDetector(InputMonitors& monitors, QObject* parent)
+    : QObject(parent), m_platform(monitors)
+{}
 
 bool HoldDetector::frameContains(const QRectF& frame, const QPointF& point)
 {
-    return point.x() >= frame.left() && point.x() < frame.left() + frame.width() && point.y() >= frame.top() &&
-           point.y() < frame.top() + frame.height();
+    return point.x() >= frame.left() && point.x() < frame.left() + frame.width() &&
+           point.y() >= frame.top() && point.y() < frame.top() + frame.height();
 }
 
 void HoldDetector::add(Kind kind, InputMonitors::Handler handler)
@@ -124,7 +126,10 @@ void HoldDetector::handleModifierChange(const InputMonitors::Event& event)
         send(Event::interrupted());
 }
 
-void HoldDetector::handleKeyPress() { send(Event::interrupted()); }
+void HoldDetector::handleKeyPress()
+{
+    send(Event::interrupted());
+}
 
 void HoldDetector::handleClick()
 {

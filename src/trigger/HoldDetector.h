@@ -11,7 +11,6 @@
 #include <QObject>
 #include <QRectF>
 #include <QTimer>
-
 #include <functional>
 #include <optional>
 
@@ -24,7 +23,9 @@ public:
     explicit HoldDetector(InputMonitors& monitors, QObject* parent = nullptr);
 
     std::function<void(const HoldStateMachine::Effects&)> onEffect;
-    std::function<std::optional<QRectF>()> panelFrameProvider = [] { return std::optional<QRectF>(); };
+    std::function<std::optional<QRectF>()> panelFrameProvider = [] {
+        return std::optional<QRectF>();
+    };
     std::function<bool()> canArmProvider = [] { return true; };
     std::optional<ModifierFlags::Flags> triggerModifier;
     double holdDelay = 0.85;

@@ -1,0 +1,186 @@
+#include "XInputMonitors.h"
+
+#include "trigger/ModifierFlags.h"
+
+#include <QCursor>
+#include <QRectF>
+#include <QSocketNotifier>
+
+#include <X11/XKBlib.h>
+#include <X11/Xlib.h>
+#include <X11/extensions/XInput2.h>
+#include <X11/keysym.h>
+
+namespace corvane {
+
+XInputMonitors::XInputMonitors(QObject* parent) : QObject(parent) { open(); }
+
+XInputMonitors::~XInputMonitors()
+{
+    delete m_notifier;
+    if (m_display)
+        XCloseDisplay(m_display);
+}
+
+void XInputMonitors::open()
+{
+    m_display = XOpenDisplay(nullptr);
+    if (!m_display) {
+        m_whyNot = QStringLiteral("no X server (DISPLAY is not set or not reachable)");
+        return;
+    }
+    int event = 0, error = 0;
+    if (!XQueryExtension(m_display, "XInputExtension", &m_opcode, &event, &error)) {
+        m_whyNot = QStringLiteral("the X server has no XInput extension");
+        XCloseDisplay(m_display);
+        m_display = nullptr;
+        return;
+    }
+    // 2.2, so that raw events keep arriving while Corvane itself holds the keyboard.
+    int major = 2, minor = 2;
+    if (XIQueryVersion(m_display, &major, &minor) != Success || major < 2 || (major == 2 && minor < 2)) {
+        m_whyNot = QStringLiteral("the X server does not offer XInput 2.2");
+        XCloseDisplay(m_display);
+        m_display = nullptr;
+        return;
+    }
+    m_notifier = new QSocketNotifier(ConnectionNumber(m_display), QSocketNotifier::Read, this);
+    connect(m_notifier, &QSocketNotifier::activated, this, &XInputMonitors::readEvents);
+    seedModifiers();
+    select();
+}
+
+bool XInputMonitors::isAvailable(QString* whyNot) const
+{
+    if (whyNot)
+        *whyNot = m_whyNot;
+    return m_display != nullptr;
+}
+
+void XInputMonitors::select()
+{
+    unsigned char bits[XIMaskLen(XI_LASTEVENT)] = {};
+    XIEventMask mask{XIAllMasterDevices, sizeof bits, bits};
+    XISetMask(bits, XI_RawKeyPress);
+    XISetMask(bits, XI_RawKeyRelease);
+    XISetMask(bits, XI_RawButtonPress);
+    XISelectEvents(m_display, DefaultRootWindow(m_display), &mask, 1);
+    XFlush(m_display);
+}
+
+std::uint64_t XInputMonitors::flagForKeysym(unsigned long keysym)
+{
+    // PLATFORM.md, Keys: Ctrl sets command, Alt (and Meta) option, Super (and Hyper) control.
+    switch (keysym) {
+    case XK_Control_L:
+    case XK_Control_R:
+        return ModifierFlags::command;
+    case XK_Alt_L:
+    case XK_Alt_R:
+    case XK_Meta_L:
+    case XK_Meta_R:
+        return ModifierFlags::option;
+    case XK_Super_L:
+    case XK_Super_R:
+    case XK_Hyper_L:
+    case XK_Hyper_R:
+        return ModifierFlags::control;
+    case XK_Shift_L:
+    case XK_Shift_R:
+        return ModifierFlags::shift;
+    default:
+        return 0; // Caps Lock, Num Lock and AltGr are not watched
+    }
+}
+
+void XInputMonitors::seedModifiers()
+{
+    char keys[32] = {};
+    XQueryKeymap(m_display, keys);
+    for (int code = 8; code < 256; ++code)
+        if (keys[code / 8] & (1 << (code % 8)))
+            if (const auto flag = flagForKeysym(XkbKeycodeToKeysym(m_display, KeyCode(code), 0, 0)))
+                m_modifierKeysDown.insert(code, flag);
+}
+
+std::uint64_t XInputMonitors::currentModifierFlags() const
+{
+    std::uint64_t flags = 0;
+    for (std::uint64_t flag : m_modifierKeysDown)
+        flags |= flag;
+    return flags;
+}
+
+std::optional<InputMonitors::Token> XInputMonitors::add(Kind kind, Handler handler)
+{
+    if (!m_display)
+        return std::nullopt;
+    m_handlers.insert(++m_next, {kind, std::move(handler)});
+    return m_next;
+}
+
+void XInputMonitors::remove(Token token) { m_handlers.remove(token); }
+
+QPointF XInputMonitors::pointerPosition() const { return QCursor::pos(); }
+
+void XInputMonitors::deliver(Kind kind)
+{
+    const Event event{kind, currentModifierFlags()};
+    const auto handlers = m_handlers; // a handler may remove or add monitors
+    for (const auto& [k, handler] : handlers)
+        if (k == kind)
+            handler(event);
+}
+
+void XInputMonitors::readEvents()
+{
+    while (m_display && XPending(m_display)) {
+        XEvent event;
+        XNextEvent(m_display, &event);
+        XGenericEventCookie* cookie = &event.xcookie;
+        if (cookie->type != GenericEvent || cookie->extension != m_opcode || !XGetEventData(m_display, cookie))
+            continue;
+        const auto* raw = static_cast<const XIRawEvent*>(cookie->data);
+        switch (cookie->evtype) {
+        case XI_RawKeyPress:
+        case XI_RawKeyRelease: {
+            const bool press = cookie->evtype == XI_RawKeyPress;
+            const KeySym keysym = XkbKeycodeToKeysym(m_display, KeyCode(raw->detail), 0, 0);
+            // Caps Lock, Num Lock and AltGr are not watched: they neither count as a modifier
+            // nor break a hold (PLATFORM.md, Keys).
+            if (keysym == XK_Caps_Lock || keysym == XK_Shift_Lock || keysym == XK_Num_Lock ||
+                keysym == XK_ISO_Level3_Shift || keysym == XK_ISO_Level5_Shift || keysym == XK_Mode_switch)
+                break;
+            const std::uint64_t flag = flagForKeysym(keysym);
+            if (flag) {
+                // Keep the set of keys down: one physical release can arrive twice.
+                const std::uint64_t before = currentModifierFlags();
+                if (press)
+                    m_modifierKeysDown.insert(raw->detail, flag);
+                else
+                    m_modifierKeysDown.remove(raw->detail);
+                if (currentModifierFlags() != before && !keyboardHeldByUs())
+                    deliver(Kind::modifierChange);
+            } else if (press && !keyboardHeldByUs()) {
+                deliver(Kind::keyPress);
+            }
+            break;
+        }
+        case XI_RawButtonPress: {
+            const auto frame = ownPanelFrame();
+            if (frame) {
+                const QPointF p = pointerPosition();
+                if (p.x() >= frame->left() && p.x() < frame->right() && p.y() >= frame->top() && p.y() < frame->bottom())
+                    break; // a click or scroll inside Corvane's own visible panel
+            }
+            deliver(raw->detail >= 4 && raw->detail <= 7 ? Kind::scroll : Kind::mousePress);
+            break;
+        }
+        default:
+            break;
+        }
+        XFreeEventData(m_display, cookie);
+    }
+}
+
+} // namespace corvane
