@@ -66,8 +66,8 @@ int countRole(qint64 pid, uint role)
 QString windowNames(qint64 pid)
 {
     QProcess xdotool;
-    xdotool.start("xdotool",
-                  {"search", "--pid", QString::number(pid), "--name", ".", "getwindowname", "%@"});
+    xdotool.start("xdotool", {"search", "--all", "--pid", QString::number(pid), "--name", ".",
+                              "getwindowname", "%@"});
     xdotool.waitForFinished(5000);
     return QString::fromUtf8(xdotool.readAllStandardOutput());
 }

@@ -196,7 +196,9 @@ void TestXInputTrigger::clicksInsideOwnPanelAreIgnored()
     panel.setGeometry(100, 100, 300, 200);
     panel.show();
     QVERIFY(QTest::qWaitForWindowExposed(&panel));
-    m_monitors->ownPanelFrame = [&panel] { return std::optional<QRectF>(QRectF(panel.geometry())); };
+    m_monitors->ownPanelFrame = [&panel] {
+        return std::optional<QRectF>(QRectF(panel.geometry()));
+    };
     m_detector->send(HoldStateMachine::Event::pinRequest());
     m_effects.clear();
     xdotool({"mousemove", "200", "200"});

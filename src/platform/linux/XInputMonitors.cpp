@@ -5,7 +5,6 @@
 #include <QCursor>
 #include <QRectF>
 #include <QSocketNotifier>
-
 #include <X11/XKBlib.h>
 #include <X11/Xlib.h>
 #include <X11/extensions/XInput2.h>
@@ -13,7 +12,10 @@
 
 namespace corvane {
 
-XInputMonitors::XInputMonitors(QObject* parent) : QObject(parent) { open(); }
+XInputMonitors::XInputMonitors(QObject* parent) : QObject(parent)
+{
+    open();
+}
 
 XInputMonitors::~XInputMonitors()
 {
@@ -38,7 +40,8 @@ void XInputMonitors::open()
     }
     // 2.2, so that raw events keep arriving while Corvane itself holds the keyboard.
     int major = 2, minor = 2;
-    if (XIQueryVersion(m_display, &major, &minor) != Success || major < 2 || (major == 2 && minor < 2)) {
+    if (XIQueryVersion(m_display, &major, &minor) != Success || major < 2 ||
+        (major == 2 && minor < 2)) {
         m_whyNot = QStringLiteral("the X server does not offer XInput 2.2");
         XCloseDisplay(m_display);
         m_display = nullptr;
@@ -48,6 +51,8 @@ void XInputMonitors::open()
     connect(m_notifier, &QSocketNotifier::activated, this, &XInputMonitors::readEvents);
     seedModifiers();
     select();
+    // Replies read so far may have queued events inside Xlib, unseen by the socket notifier.
+    QMetaObject::invokeMethod(this, &XInputMonitors::readEvents, Qt::QueuedConnection);
 }
 
 bool XInputMonitors::isAvailable(QString* whyNot) const
@@ -119,9 +124,15 @@ std::optional<InputMonitors::Token> XInputMonitors::add(Kind kind, Handler handl
     return m_next;
 }
 
-void XInputMonitors::remove(Token token) { m_handlers.remove(token); }
+void XInputMonitors::remove(Token token)
+{
+    m_handlers.remove(token);
+}
 
-QPointF XInputMonitors::pointerPosition() const { return QCursor::pos(); }
+QPointF XInputMonitors::pointerPosition() const
+{
+    return QCursor::pos();
+}
 
 void XInputMonitors::deliver(Kind kind)
 {
@@ -138,7 +149,8 @@ void XInputMonitors::readEvents()
         XEvent event;
         XNextEvent(m_display, &event);
         XGenericEventCookie* cookie = &event.xcookie;
-        if (cookie->type != GenericEvent || cookie->extension != m_opcode || !XGetEventData(m_display, cookie))
+        if (cookie->type != GenericEvent || cookie->extension != m_opcode ||
+            !XGetEventData(m_display, cookie))
             continue;
         const auto* raw = static_cast<const XIRawEvent*>(cookie->data);
         switch (cookie->evtype) {
@@ -149,7 +161,8 @@ void XInputMonitors::readEvents()
             // Caps Lock, Num Lock and AltGr are not watched: they neither count as a modifier
             // nor break a hold (PLATFORM.md, Keys).
             if (keysym == XK_Caps_Lock || keysym == XK_Shift_Lock || keysym == XK_Num_Lock ||
-                keysym == XK_ISO_Level3_Shift || keysym == XK_ISO_Level5_Shift || keysym == XK_Mode_switch)
+                keysym == XK_ISO_Level3_Shift || keysym == XK_ISO_Level5_Shift ||
+                keysym == XK_Mode_switch)
                 break;
             const std::uint64_t flag = flagForKeysym(keysym);
             if (flag) {
@@ -170,7 +183,8 @@ void XInputMonitors::readEvents()
             const auto frame = ownPanelFrame();
             if (frame) {
                 const QPointF p = pointerPosition();
-                if (p.x() >= frame->left() && p.x() < frame->right() && p.y() >= frame->top() && p.y() < frame->bottom())
+                if (p.x() >= frame->left() && p.x() < frame->right() && p.y() >= frame->top() &&
+                    p.y() < frame->bottom())
                     break; // a click or scroll inside Corvane's own visible panel
             }
             deliver(raw->detail >= 4 && raw->detail <= 7 ? Kind::scroll : Kind::mousePress);

@@ -10,7 +10,6 @@
 #include <QObject>
 #include <QRectF>
 #include <QSet>
-
 #include <functional>
 
 class QSocketNotifier;

@@ -1,0 +1,47 @@
+#pragma once
+
+// The workspace service of PLATFORM.md on X11: the frontmost application is the owner
+// (_NET_WM_PID) of _NET_ACTIVE_WINDOW; an activation is a PropertyNotify of _NET_ACTIVE_WINDOW
+// whose new owner is another process than the last one.
+
+#include "platform/RunningApp.h"
+
+#include <QObject>
+
+#include <optional>
+
+class QSocketNotifier;
+typedef struct _XDisplay Display;
+
+namespace corvane {
+
+class X11Workspace : public QObject {
+    Q_OBJECT
+
+public:
+    explicit X11Workspace(QObject* parent = nullptr);
+    ~X11Workspace() override;
+
+    bool isAvailable() const { return m_display != nullptr; }
+    std::optional<RunningApp> frontmostApplication() const;
+    static qint64 thisProcessId();
+
+Q_SIGNALS:
+    // Every change of the active window's owner, this process included (the shell decides).
+    void applicationActivated(const corvane::RunningApp& app);
+    // The same, for processes other than this one.
+    void otherApplicationActivated(const corvane::RunningApp& app);
+
+private:
+    void readEvents();
+    std::optional<qint64> activeWindowOwner() const;
+
+    Display* m_display = nullptr;
+    QSocketNotifier* m_notifier = nullptr;
+    unsigned long m_activeAtom = 0;
+    qint64 m_lastOwner = 0;
+};
+
+} // namespace corvane
+
+Q_DECLARE_METATYPE(corvane::RunningApp)
