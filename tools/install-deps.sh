@@ -8,7 +8,7 @@ packages=(
   cmake g++ make pkg-config ninja-build
   qt6-base-dev qt6-base-dev-tools qt6-declarative-dev qt6-declarative-dev-tools
   qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools qt6-svg-dev qt6-multimedia-dev
-  libx11-dev libxi-dev libgl-dev
+  libx11-dev libxi-dev libxtst-dev libgl-dev
   # QML modules loaded at run time
   qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-layouts
   qml6-module-qtquick-window qml6-module-qtquick-templates qml6-module-qtqml-workerscript

@@ -48,8 +48,13 @@ qint64 TestX11Workspace::startFixture(const QString& program)
         qFatal("%s did not start", qPrintable(program));
     m_processes.append(process);
     const qint64 pid = process->processId();
-    if (!QTest::qWaitFor([pid] { return !xdotool({"search", "--all", "--onlyvisible", "--pid", QString::number(pid), "--name", "fixture"}).isEmpty(); },
-                         20000))
+    if (!QTest::qWaitFor(
+            [pid] {
+                return !xdotool({"search", "--all", "--onlyvisible", "--pid", QString::number(pid),
+                                 "--name", "fixture"})
+                            .isEmpty();
+            },
+            20000))
         qFatal("%s showed no window", qPrintable(program));
     return pid;
 }
@@ -75,7 +80,10 @@ void TestX11Workspace::activationsInOrder()
     QVERIFY(workspace.isAvailable());
     QSignalSpy spy(&workspace, &X11Workspace::otherApplicationActivated);
     const auto activate = [](qint64 pid) {
-        const QString window = xdotool({"search", "--all", "--onlyvisible", "--pid", QString::number(pid), "--name", "fixture"}).split('\n').last();
+        const QString window = xdotool({"search", "--all", "--onlyvisible", "--pid",
+                                        QString::number(pid), "--name", "fixture"})
+                                   .split('\n')
+                                   .last();
         xdotool({"windowactivate", "--sync", window});
     };
     // Let the fixtures' own start-up activations settle first: a window that maps late takes

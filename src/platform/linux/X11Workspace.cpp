@@ -4,7 +4,6 @@
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
-
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 
@@ -32,20 +31,24 @@ X11Workspace::~X11Workspace()
         XCloseDisplay(m_display);
 }
 
-qint64 X11Workspace::thisProcessId() { return QCoreApplication::applicationPid(); }
+qint64 X11Workspace::thisProcessId()
+{
+    return QCoreApplication::applicationPid();
+}
 
 std::optional<qint64> X11Workspace::activeWindowOwner() const
 {
     if (!m_display)
         return std::nullopt;
-    const auto windowProperty = [this](Window window, Atom name, Atom type) -> std::optional<unsigned long> {
+    const auto windowProperty = [this](Window window, Atom name,
+                                       Atom type) -> std::optional<unsigned long> {
         Atom actualType = None;
         int format = 0;
         unsigned long count = 0, after = 0;
         unsigned char* data = nullptr;
         std::optional<unsigned long> value;
-        if (XGetWindowProperty(m_display, window, name, 0, 1, False, type, &actualType, &format, &count, &after,
-                               &data) == Success &&
+        if (XGetWindowProperty(m_display, window, name, 0, 1, False, type, &actualType, &format,
+                               &count, &after, &data) == Success &&
             data) {
             if (count == 1 && format == 32)
                 value = *reinterpret_cast<unsigned long*>(data);
@@ -56,7 +59,8 @@ std::optional<qint64> X11Workspace::activeWindowOwner() const
     const auto active = windowProperty(DefaultRootWindow(m_display), Atom(m_activeAtom), XA_WINDOW);
     if (!active || *active == 0)
         return std::nullopt;
-    const auto pid = windowProperty(Window(*active), XInternAtom(m_display, "_NET_WM_PID", False), XA_CARDINAL);
+    const auto pid =
+        windowProperty(Window(*active), XInternAtom(m_display, "_NET_WM_PID", False), XA_CARDINAL);
     if (!pid)
         return std::nullopt;
     return qint64(*pid);
@@ -66,7 +70,8 @@ std::optional<RunningApp> X11Workspace::frontmostApplication() const
 {
     const auto owner = activeWindowOwner();
     // Events the read queued in Xlib are handled on the next turn of the loop.
-    QMetaObject::invokeMethod(const_cast<X11Workspace*>(this), &X11Workspace::readEvents, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(const_cast<X11Workspace*>(this), &X11Workspace::readEvents,
+                              Qt::QueuedConnection);
     if (!owner)
         return std::nullopt;
     return AppIdentity::forProcess(*owner);

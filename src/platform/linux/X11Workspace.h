@@ -7,7 +7,6 @@
 #include "platform/RunningApp.h"
 
 #include <QObject>
-
 #include <optional>
 
 class QSocketNotifier;
