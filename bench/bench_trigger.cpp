@@ -8,15 +8,13 @@
 
 #include <QDir>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QFile>
 #include <QGuiApplication>
-#include <QEventLoop>
 #include <QTimer>
-
 #include <X11/Xlib.h>
 #include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
-
 #include <algorithm>
 #include <cstdio>
 
@@ -35,12 +33,14 @@ std::pair<double, double> p50p99(std::vector<double> v)
 long long contextSwitches()
 {
     long long total = 0;
-    for (const QString& task : QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+    for (const QString& task :
+         QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
         QFile status(QStringLiteral("/proc/self/task/%1/status").arg(task));
         if (!status.open(QIODevice::ReadOnly))
             continue;
         for (const QByteArray& line : status.readAll().split('\n'))
-            if (line.startsWith("voluntary_ctxt_switches:") || line.startsWith("nonvoluntary_ctxt_switches:"))
+            if (line.startsWith("voluntary_ctxt_switches:") ||
+                line.startsWith("nonvoluntary_ctxt_switches:"))
                 total += line.mid(line.indexOf(':') + 1).trimmed().toLongLong();
     }
     return total;
@@ -140,7 +140,8 @@ int main(int argc, char* argv[])
     idle.start();
     idleFor(10000); // the quit timer itself costs one wake-up
     const long long after = contextSwitches();
-    std::printf("bench idle_wakeups_per_second %.2f 1/s\n", double(after - before) / (double(idle.elapsed()) / 1000.0));
+    std::printf("bench idle_wakeups_per_second %.2f 1/s\n",
+                double(after - before) / (double(idle.elapsed()) / 1000.0));
     XCloseDisplay(xtest);
     return 0;
 }

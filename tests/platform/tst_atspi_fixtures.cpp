@@ -2,6 +2,7 @@
 // tier): the crawl gives exactly the catalog the declared menus imply under Part 3.2's rules,
 // and presses land in the fixture's record.
 
+#include "CrawlThread.h"
 #include "FixtureModel.h"
 #include "menus/MenuCatalogJson.h"
 #include "menus/MenuCrawler.h"
@@ -16,17 +17,9 @@
 #include <QTest>
 
 using namespace corvane;
+using test::onCrawlThread;
 
 namespace {
-
-template <typename F> auto onCrawlThread(F job) -> decltype(job())
-{
-    std::optional<decltype(job())> result;
-    MenuCrawler::queue().post([&] { result = job(); });
-    if (!QTest::qWaitFor([&] { return result.has_value(); }, 30000))
-        qFatal("a crawl-thread job did not finish in 30 s");
-    return *result;
-}
 
 // Part 3.2's rules read once more, independently of MenuWalk, over the declared model.
 struct Expectation {
@@ -108,17 +101,9 @@ TestAtspiFixtures::Fixture TestAtspiFixtures::start(const QString& program, cons
     if (!f.process->waitForStarted(10000))
         qFatal("%s did not start", qPrintable(program));
     const qint64 pid = f.process->processId();
-    QElapsedTimer timer;
-    timer.start();
-    while (timer.elapsed() < 30000) {
-        if (onCrawlThread([pid] {
-                WalkBudget budget(std::chrono::seconds(3));
-                return atspi::MenuBarFinder().menuBar(pid, budget).node != nullptr;
-            })) {
-            f.app = onCrawlThread([pid] { return AppIdentity::forProcess(pid); });
-            return f;
-        }
-        QTest::qWait(200);
+    if (test::waitForMenuBar(pid)) {
+        f.app = onCrawlThread([pid] { return AppIdentity::forProcess(pid); });
+        return f;
     }
     qFatal("%s never showed a menu bar", qPrintable(program));
 }

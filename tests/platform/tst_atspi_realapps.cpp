@@ -2,6 +2,7 @@
 // (GTK 3) and featherpad (Qt). Also: a stopped application, the corvane-menus messages, and no
 // accessibility request on the main thread.
 
+#include "CrawlThread.h"
 #include "menus/MenuCrawler.h"
 #include "platform/linux/AccessibilitySwitch.h"
 #include "platform/linux/AppIdentity.h"
@@ -13,18 +14,9 @@
 #include <csignal>
 
 using namespace corvane;
+using test::onCrawlThread;
 
 namespace {
-
-// Runs `job` on the crawl thread and waits for it (the main thread never talks to AT-SPI).
-template <typename F> auto onCrawlThread(F job) -> decltype(job())
-{
-    std::optional<decltype(job())> result;
-    MenuCrawler::queue().post([&] { result = job(); });
-    if (!QTest::qWaitFor([&] { return result.has_value(); }, 30000))
-        qFatal("a crawl-thread job did not finish in 30 s");
-    return *result;
-}
 
 std::optional<MenuCommand> find(const MenuCatalog& catalog, const QString& section,
                                 const QString& leaf)
@@ -117,17 +109,8 @@ RunningApp TestAtspiRealApps::startApp(const QString& program, const QStringList
     const qint64 pid = process->processId();
     // An application can be missing from the registry for a moment after its window shows:
     // wait for its menu bar, with a bound.
-    QElapsedTimer timer;
-    timer.start();
-    while (timer.elapsed() < 30000) {
-        const bool ready = onCrawlThread([pid] {
-            WalkBudget budget(std::chrono::seconds(3));
-            return atspi::MenuBarFinder().menuBar(pid, budget).node != nullptr;
-        });
-        if (ready)
-            return onCrawlThread([pid] { return AppIdentity::forProcess(pid); });
-        QTest::qWait(200);
-    }
+    if (test::waitForMenuBar(pid))
+        return onCrawlThread([pid] { return AppIdentity::forProcess(pid); });
     qFatal("%s never showed a menu bar on the accessibility bus", qPrintable(program));
 }
 
