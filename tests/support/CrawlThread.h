@@ -12,8 +12,7 @@
 namespace corvane::test {
 
 // Runs `job` on the crawl thread and waits for its result (fatal after 30 s).
-template <typename F>
-auto onCrawlThread(F job) -> decltype(job())
+template <typename F> auto onCrawlThread(F job) -> decltype(job())
 {
     std::optional<decltype(job())> result;
     MenuCrawler::queue().post([&] { result = job(); });
