@@ -6,11 +6,20 @@
 // the handlers.
 
 #include <QPointF>
+#include <QRectF>
 #include <cstdint>
 #include <functional>
 #include <optional>
 
 namespace corvane {
+
+// The platform's CGRectContainsPoint on Linux (PLATFORM.md): a rectangle contains a point on its
+// left and top edges, not on its right and bottom edges.
+inline bool containsPoint(const QRectF& frame, const QPointF& point)
+{
+    return point.x() >= frame.left() && point.x() < frame.left() + frame.width() &&
+           point.y() >= frame.top() && point.y() < frame.top() + frame.height();
+}
 
 class InputMonitors {
 public:

@@ -15,8 +15,7 @@ HoldDetector::HoldDetector(InputMonitors& monitors, QObject* parent)
 
 bool HoldDetector::frameContains(const QRectF& frame, const QPointF& point)
 {
-    return point.x() >= frame.left() && point.x() < frame.left() + frame.width() &&
-           point.y() >= frame.top() && point.y() < frame.top() + frame.height();
+    return containsPoint(frame, point);
 }
 
 void HoldDetector::add(Kind kind, InputMonitors::Handler handler)

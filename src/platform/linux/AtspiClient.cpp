@@ -54,6 +54,13 @@ QVariantList propertyArguments(const QString& name)
     return {accessibleInterface, name};
 }
 
+// A menu item without children: a command, whose key binding is read.
+bool isLeafMenuItem(uint role, int childCount)
+{
+    return childCount == 0 &&
+           (role == roleMenuItem || role == roleCheckMenuItem || role == roleRadioMenuItem);
+}
+
 } // namespace
 
 QString describe(MenuBarError error)
@@ -243,8 +250,7 @@ void Session::prefetch(const QString& menuBarPath)
         for (const QString& child : table->childrenOf.value(path)) {
             const CacheItem& item = table->byPath[child];
             const uint r = item.role;
-            if (item.childCount == 0 &&
-                (r == roleMenuItem || r == roleCheckMenuItem || r == roleRadioMenuItem)) {
+            if (isLeafMenuItem(r, item.childCount)) {
                 bindings.append({child, send(item.object, actionInterface,
                                              QStringLiteral("GetKeyBinding"), {0})});
             } else if (depth < 6 && item.childCount != 0) {
@@ -273,8 +279,7 @@ void Node::loadKeyBindings(const QList<std::shared_ptr<Node>>& nodes)
             node->m_shortcut = node->parseKeyBinding(*prefetched);
             continue;
         }
-        if (node->m_childCount == 0 &&
-            (r == roleMenuItem || r == roleCheckMenuItem || r == roleRadioMenuItem))
+        if (isLeafMenuItem(r, node->m_childCount))
             pending.append({node, node->m_session->send(node->m_reference, actionInterface,
                                                         QStringLiteral("GetKeyBinding"), {0})});
     }

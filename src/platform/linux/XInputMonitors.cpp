@@ -181,12 +181,8 @@ void XInputMonitors::readEvents()
         }
         case XI_RawButtonPress: {
             const auto frame = ownPanelFrame();
-            if (frame) {
-                const QPointF p = pointerPosition();
-                if (p.x() >= frame->left() && p.x() < frame->right() && p.y() >= frame->top() &&
-                    p.y() < frame->bottom())
-                    break; // a click or scroll inside Corvane's own visible panel
-            }
+            if (frame && containsPoint(*frame, pointerPosition()))
+                break; // a click or scroll inside Corvane's own visible panel
             deliver(raw->detail >= 4 && raw->detail <= 7 ? Kind::scroll : Kind::mousePress);
             break;
         }
