@@ -1,0 +1,156 @@
+#include "OverlayViewModel.h"
+
+#include "shortcuts/TextFolding.h"
+
+namespace corvane {
+
+OverlayViewModel::OverlayViewModel(QObject* parent) : QObject(parent) {}
+OverlayViewModel::~OverlayViewModel() = default;
+
+// Every assignment notifies, also when the value is unchanged (Part 5.1).
+void OverlayViewModel::setAppName(const QString& value)
+{
+    m_appName = value;
+    Q_EMIT appNameChanged();
+}
+void OverlayViewModel::setAppIcon(const QString& value)
+{
+    m_appIcon = value;
+    Q_EMIT appIconChanged();
+}
+void OverlayViewModel::setSections(const QList<MenuSection>& value)
+{
+    m_sections = value;
+    invalidate();
+    Q_EMIT sectionsChanged();
+}
+void OverlayViewModel::setQuery(const QString& value)
+{
+    m_query = value;
+    Q_EMIT queryChanged();
+}
+void OverlayViewModel::setPinned(bool value)
+{
+    m_pinned = value;
+    Q_EMIT pinnedChanged();
+}
+void OverlayViewModel::setSelection(qint64 value)
+{
+    m_selection = value;
+    Q_EMIT selectionChanged();
+}
+void OverlayViewModel::setFavoriteIDs(const QSet<QString>& value)
+{
+    m_favoriteIDs = value;
+    Q_EMIT favoriteIDsChanged();
+}
+void OverlayViewModel::setShowDisabled(bool value)
+{
+    m_showDisabled = value;
+    invalidate();
+    Q_EMIT showDisabledChanged();
+}
+void OverlayViewModel::setShowNoShortcut(bool value)
+{
+    m_showNoShortcut = value;
+    invalidate();
+    Q_EMIT showNoShortcutChanged();
+}
+void OverlayViewModel::setGlassy(bool value)
+{
+    m_glassy = value;
+    Q_EMIT glassyChanged();
+}
+void OverlayViewModel::setTriggerSymbol(const QString& value)
+{
+    m_triggerSymbol = value;
+    Q_EMIT triggerSymbolChanged();
+}
+void OverlayViewModel::setFavoriteOrder(const QStringList& value)
+{
+    m_favoriteOrder = value;
+    Q_EMIT favoriteOrderChanged();
+}
+
+QList<MenuSection> OverlayViewModel::visibleSections() const
+{
+    QList<MenuSection> result;
+    for (const MenuSection& section : m_sections) {
+        MenuSection kept{section.title, {}};
+        for (const MenuCommand& command : section.commands) {
+            // Only the key decides: modifiers with an empty key count as no shortcut.
+            if ((m_showDisabled || command.enabled) &&
+                (m_showNoShortcut || !command.shortcut.key.isEmpty()))
+                kept.commands.append(command);
+        }
+        if (!kept.commands.isEmpty())
+            result.append(kept);
+    }
+    return result;
+}
+
+QList<MenuCommand> OverlayViewModel::allCommands() const
+{
+    return index().commands();
+}
+
+QList<MenuCommand> OverlayViewModel::favoriteCommands() const
+{
+    QHash<QString, MenuCommand> byId;
+    for (const MenuCommand& command : allCommands()) {
+        const QString id = command.id();
+        if (!byId.contains(id)) // the first of equal ids keeps the entry
+            byId.insert(id, command);
+    }
+    QList<MenuCommand> result;
+    for (const QString& id : m_favoriteOrder) // stored order; an id listed twice yields it twice
+        if (const auto it = byId.constFind(id); it != byId.constEnd())
+            result.append(*it);
+    return result;
+}
+
+QList<MenuCommand> OverlayViewModel::searchResults() const
+{
+    return index().rank(m_query, m_favoriteIDs);
+}
+
+bool OverlayViewModel::isSearchActive() const
+{
+    return TextFolding::isSearchActive(m_query);
+}
+
+const CommandFilter::Index& OverlayViewModel::index() const
+{
+    if (!m_index) {
+        QList<MenuCommand> commands;
+        for (const MenuSection& section : visibleSections())
+            commands.append(section.commands);
+        m_index = std::make_unique<CommandFilter::Index>(commands);
+    }
+    return *m_index;
+}
+
+void OverlayViewModel::moveSelection(qint64 delta)
+{
+    const qint64 n = searchResults().size();
+    if (n == 0) {
+        setSelection(0);
+        return;
+    }
+    qint64 s = 0;
+    if (qAddOverflow(m_selection, delta, &s))
+        qFatal("overlay selection overflowed"); // a fatal error, as the spec's Conventions say
+    setSelection(s > 0 ? std::min(s, n - 1) : 0);
+}
+
+void OverlayViewModel::executeSelection()
+{
+    if (!isSearchActive())
+        return;
+    const QList<MenuCommand> results = searchResults();
+    // Deliberately not checking `enabled`: the keyboard path hands a disabled command on too.
+    if (m_selection >= 0 && m_selection < results.size() && onExecute)
+        onExecute(results[m_selection]);
+}
+
+} // namespace corvane
