@@ -203,6 +203,8 @@ QList<ApplicationEntry> applications(const std::shared_ptr<Session>& session)
     return result;
 }
 
+// Four requests per node. Properties.GetAll would fold Name and ChildCount into one, but Qt 6.4's
+// bridge crashes the application on it (measured here: featherpad segfaults): never send it.
 void Node::loadInfo(const QList<std::shared_ptr<Node>>& nodes)
 {
     if (nodes.isEmpty())
