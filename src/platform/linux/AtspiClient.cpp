@@ -54,6 +54,21 @@ QVariantList propertyArguments(const QString& name)
     return {accessibleInterface, name};
 }
 
+// AT-SPI sends a state set as two 32-bit words; bit n of (w1 << 32) | w0 is state n.
+std::optional<quint64> stateSet(const QList<uint>& words)
+{
+    if (words.size() < 2)
+        return std::nullopt;
+    return (quint64(words[1]) << 32) | words[0];
+}
+
+// The errors that mean the application did not answer in time.
+bool isTimeout(const QDBusError& error)
+{
+    return error.type() == QDBusError::NoReply || error.type() == QDBusError::Timeout ||
+           error.type() == QDBusError::TimedOut;
+}
+
 // A menu item without children: a command, whose key binding is read.
 bool isLeafMenuItem(uint role, int childCount)
 {
@@ -147,8 +162,7 @@ std::optional<QDBusMessage> Session::wait(QDBusPendingCall& call, QDBusError* er
     if (reply.type() == QDBusMessage::ReplyMessage)
         return reply;
     const QDBusError e = call.error();
-    if (e.type() == QDBusError::NoReply || e.type() == QDBusError::Timeout ||
-        e.type() == QDBusError::TimedOut)
+    if (isTimeout(e))
         m_budget.noteTimeout();
     if (error)
         *error = e;
@@ -230,9 +244,8 @@ void Node::loadInfo(const QList<std::shared_ptr<Node>>& nodes)
         node.m_role = firstArgument<uint>(session.wait(p.role), "u").value_or(0);
         if (const auto name = propertyValue(session.wait(p.name), QMetaType::QString))
             node.m_name = name->toString();
-        if (const auto words = firstArgument<QList<uint>>(session.wait(p.state), "au");
-            words && words->size() >= 2)
-            node.m_states = (quint64((*words)[1]) << 32) | (*words)[0];
+        if (const auto words = firstArgument<QList<uint>>(session.wait(p.state), "au"))
+            node.m_states = stateSet(*words);
         node.m_childCount =
             propertyValue(session.wait(p.count), QMetaType::Int).value_or(QVariant(-1)).toInt();
     }
@@ -297,8 +310,7 @@ std::shared_ptr<Node> Node::fromTable(const std::shared_ptr<Session>& session,
     auto node = std::make_shared<Node>(session, item.object);
     node->m_name = item.name;
     node->m_role = item.role;
-    if (item.states.size() >= 2)
-        node->m_states = (quint64(item.states[1]) << 32) | item.states[0];
+    node->m_states = stateSet(item.states);
     node->m_childCount = item.childCount;
     return node;
 }
@@ -420,8 +432,7 @@ MenuNode::PressResult Node::press()
             return {PressResult::Status::pressed, 0};
         return {PressResult::Status::error, -1}; // the application answered that it did not act
     }
-    if (error.type() == QDBusError::NoReply || error.type() == QDBusError::Timeout ||
-        error.type() == QDBusError::TimedOut)
+    if (isTimeout(error))
         return {PressResult::Status::timedOut, 0};
     return {PressResult::Status::error, int(error.type())};
 }
