@@ -1,5 +1,7 @@
 #include "MenuCatalog.h"
 
+#include <QRegularExpression>
+
 namespace corvane {
 
 bool canonicallyEqual(const QString& a, const QString& b)
@@ -51,6 +53,18 @@ QString MenuCommand::breadcrumb() const
     for (qsizetype i = 1; i + 1 < path.size(); ++i)
         middle.append(path[i].title);
     return middle.join(QStringView(breadcrumbSeparator));
+}
+
+QList<PathStep> pathFromTitles(const QStringList& titles)
+{
+    static const QRegularExpression occurrence(QStringLiteral("^(.*)#(\\d+)$"));
+    QList<PathStep> path;
+    for (const QString& title : titles) {
+        const auto match = occurrence.match(title);
+        path.append(match.hasMatch() ? PathStep{match.captured(1), match.captured(2).toInt()}
+                                     : PathStep{title, 0});
+    }
+    return path;
 }
 
 } // namespace corvane

@@ -68,6 +68,9 @@ struct MenuCatalog {
     }
 };
 
+// A path written by a user: each title as it stands, or "TITLE#N" for occurrence N.
+QList<PathStep> pathFromTitles(const QStringList& titles);
+
 inline constexpr QChar idSeparator = QChar(0x1F);
 inline constexpr auto breadcrumbSeparator = u" \u25B8 ";
 

@@ -153,4 +153,10 @@ void OverlayViewModel::executeSelection()
         onExecute(results[m_selection]);
 }
 
+void OverlayViewModel::requestPin()
+{
+    if (onPinRequest)
+        onPinRequest();
+}
+
 } // namespace corvane

@@ -74,6 +74,8 @@ public:
     bool isSearchActive() const;
 
     Q_INVOKABLE void moveSelection(qint64 delta);
+    // A click on the search field of an unpinned overlay (Part 5.3): calls onPinRequest if set.
+    Q_INVOKABLE void requestPin();
     Q_INVOKABLE void executeSelection();
 
 Q_SIGNALS:

@@ -139,15 +139,8 @@ int press(QTextStream& out, QTextStream& err, const QString& which, const QStrin
         err << "corvane-menus: " << target.error << "\n";
         return noSuchApp;
     }
-    static const QRegularExpression occurrence(QStringLiteral("^(.*)#(\\d+)$"));
-    QList<PathStep> path;
-    for (const QString& title : titles) {
-        const auto match = occurrence.match(title);
-        path.append(match.hasMatch() ? PathStep{match.captured(1), match.captured(2).toInt()}
-                                     : PathStep{title, 0});
-    }
-    const PressOutcome outcome =
-        MenuCrawler(std::make_shared<atspi::MenuBarFinder>()).press(path, target.app.pid);
+    const PressOutcome outcome = MenuCrawler(std::make_shared<atspi::MenuBarFinder>())
+                                     .press(pathFromTitles(titles), target.app.pid);
     switch (outcome) {
     case PressOutcome::pressed:
         out << "pressed\n";

@@ -1,0 +1,101 @@
+#include "CommandListModel.h"
+
+#include "OverlayViewModel.h"
+
+namespace corvane {
+
+CommandListModel::CommandListModel(OverlayViewModel* model, const QString& title, QObject* parent)
+    : QAbstractListModel(parent), m_model(model), m_title(title)
+{}
+
+void CommandListModel::setCommands(const QList<MenuCommand>& commands)
+{
+    const bool countChanges = commands.size() != m_commands.size();
+    beginResetModel();
+    m_commands = commands;
+    endResetModel();
+    if (countChanges)
+        Q_EMIT countChanged();
+}
+
+void CommandListModel::refreshFavorites()
+{
+    if (!m_commands.isEmpty())
+        Q_EMIT dataChanged(index(0), index(count() - 1), {IsFavoriteRole});
+}
+
+int CommandListModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : count();
+}
+
+QVariant CommandListModel::data(const QModelIndex& index, int role) const
+{
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
+        return {};
+    const MenuCommand& command = m_commands.at(index.row());
+    switch (role) {
+    case TitleRole:
+        return command.path.isEmpty() ? QString() : command.path.last().title;
+    case BreadcrumbRole:
+        return command.breadcrumb();
+    case LocationRole: {
+        // "File ▸ Open Recent" for File ▸ Open Recent ▸ notes.txt, "File" for File ▸ Save.
+        QStringList parts;
+        if (!command.path.isEmpty())
+            parts << command.path.first().title;
+        if (const QString breadcrumb = command.breadcrumb(); !breadcrumb.isEmpty())
+            parts << breadcrumb;
+        return parts.join(breadcrumbSeparator);
+    }
+    case IsCheckedRole:
+        return command.isChecked;
+    case EnabledRole:
+        return command.enabled;
+    case ModifiersRole:
+        return command.shortcut.modifiers;
+    case KeyRole:
+        return command.shortcut.key;
+    case CommandIdRole:
+        return command.id();
+    case IsFavoriteRole:
+        return m_model->favoriteIDs().contains(command.id());
+    default:
+        return {};
+    }
+}
+
+QHash<int, QByteArray> CommandListModel::roleNames() const
+{
+    return {
+        {TitleRole, "title"},
+        {BreadcrumbRole, "breadcrumb"},
+        {LocationRole, "location"},
+        {IsCheckedRole, "isChecked"},
+        {EnabledRole, "isEnabled"},
+        {ModifiersRole, "modifiers"},
+        {KeyRole, "key"},
+        {CommandIdRole, "commandId"},
+        {IsFavoriteRole, "isFavorite"},
+    };
+}
+
+void CommandListModel::click(int row)
+{
+    if (row < 0 || row >= count())
+        return;
+    const MenuCommand command = m_commands.at(row); // the callback may replace the list
+    if (command.enabled && m_model->onExecute)
+        m_model->onExecute(command);
+}
+
+void CommandListModel::toggleFavorite(int row)
+{
+    if (row < 0 || row >= count())
+        return;
+    const MenuCommand command = m_commands.at(row);
+    if (m_model->onToggleFavorite)
+        m_model->onToggleFavorite(command);
+}
+
+} // namespace corvane

@@ -1,0 +1,59 @@
+#pragma once
+
+// One list of commands as the QML views show it (Part 5.4): a section card's rows, the
+// favourites or the search results. Rows carry the derived texts of Part 5.4 as roles; a click
+// and a star click go back to the view model's callbacks.
+
+#include "menus/MenuCatalog.h"
+
+#include <QAbstractListModel>
+
+namespace corvane {
+
+class OverlayViewModel;
+
+class CommandListModel : public QAbstractListModel {
+    Q_OBJECT
+    Q_PROPERTY(QString title READ title CONSTANT)
+    Q_PROPERTY(int count READ count NOTIFY countChanged)
+
+public:
+    enum Role {
+        TitleRole = Qt::UserRole + 1, // the last step's title, "" for an empty path
+        BreadcrumbRole,               // Part 3.1's breadcrumb
+        LocationRole,                 // first title and breadcrumb, for search rows
+        IsCheckedRole,
+        EnabledRole,
+        ModifiersRole, // QStringList
+        KeyRole,       // "" when the command has no shortcut
+        CommandIdRole,
+        IsFavoriteRole,
+    };
+
+    CommandListModel(OverlayViewModel* model, const QString& title, QObject* parent = nullptr);
+
+    QString title() const { return m_title; }
+    int count() const { return int(m_commands.size()); }
+    const QList<MenuCommand>& commands() const { return m_commands; }
+    void setCommands(const QList<MenuCommand>& commands);
+    void refreshFavorites(); // after the view model's favourite ids changed
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    // A click on a row: runs an enabled command, ignores a disabled one (Part 5.4).
+    Q_INVOKABLE void click(int row);
+    // A click on the row's star: toggles the favourite, enabled or not.
+    Q_INVOKABLE void toggleFavorite(int row);
+
+Q_SIGNALS:
+    void countChanged();
+
+private:
+    OverlayViewModel* m_model;
+    QString m_title;
+    QList<MenuCommand> m_commands;
+};
+
+} // namespace corvane

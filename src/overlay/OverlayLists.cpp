@@ -1,0 +1,116 @@
+#include "OverlayLists.h"
+
+#include "OverlayViewModel.h"
+
+namespace corvane {
+
+OverlayLists::OverlayLists(OverlayViewModel* model, QObject* parent)
+    : QObject(parent), m_model(model), m_favorites(model, tr("Favorites")), m_results(model, {})
+{
+    for (auto signal : {&OverlayViewModel::sectionsChanged, &OverlayViewModel::showDisabledChanged,
+                        &OverlayViewModel::showNoShortcutChanged})
+        connect(model, signal, this, &OverlayLists::sectionsAssigned);
+    connect(model, &OverlayViewModel::favoriteOrderChanged, this, &OverlayLists::favoritesAssigned);
+    connect(model, &OverlayViewModel::favoriteIDsChanged, this, &OverlayLists::favoritesAssigned);
+    connect(model, &OverlayViewModel::queryChanged, this, &OverlayLists::queryAssigned);
+    m_searchActive = model->isSearchActive();
+}
+
+void OverlayLists::sectionsAssigned()
+{
+    m_sectionsStale = m_favoritesStale = m_resultsStale = true;
+    Q_EMIT sectionsChanged();
+    // The favourites and the results keep their identity, so they are reset at once; the
+    // section list is rebuilt when a view reads it again.
+    refreshFavorites();
+    refreshResults();
+}
+
+void OverlayLists::favoritesAssigned()
+{
+    m_favoritesStale = true;
+    refreshFavorites();
+    for (QObject* section : std::as_const(m_sections))
+        static_cast<CommandListModel*>(section)->refreshFavorites();
+    m_results.refreshFavorites();
+}
+
+void OverlayLists::queryAssigned()
+{
+    m_resultsStale = true;
+    refreshResults();
+    const bool active = m_model->isSearchActive();
+    if (active != m_searchActive) {
+        m_searchActive = active;
+        Q_EMIT searchActiveChanged();
+    }
+}
+
+QList<QObject*> OverlayLists::sections()
+{
+    refreshSections();
+    return m_sections;
+}
+
+CommandListModel* OverlayLists::favorites()
+{
+    refreshFavorites();
+    return &m_favorites;
+}
+
+CommandListModel* OverlayLists::results()
+{
+    refreshResults();
+    return &m_results;
+}
+
+int OverlayLists::commandCount()
+{
+    refreshSections();
+    return m_commandCount;
+}
+
+bool OverlayLists::searchActive() const
+{
+    return m_searchActive;
+}
+
+bool OverlayLists::hasSections() const
+{
+    return !m_model->sections().isEmpty();
+}
+
+void OverlayLists::refreshSections()
+{
+    if (!m_sectionsStale)
+        return;
+    m_sectionsStale = false;
+    for (QObject* old : std::as_const(m_sections))
+        old->deleteLater(); // a view may still hold it until its bindings have been updated
+    m_sections.clear();
+    m_commandCount = 0;
+    for (const MenuSection& section : m_model->visibleSections()) {
+        auto* list = new CommandListModel(m_model, section.title, this);
+        list->setCommands(section.commands);
+        m_commandCount += list->count();
+        m_sections.append(list);
+    }
+}
+
+void OverlayLists::refreshFavorites()
+{
+    if (!m_favoritesStale)
+        return;
+    m_favoritesStale = false;
+    m_favorites.setCommands(m_model->favoriteCommands());
+}
+
+void OverlayLists::refreshResults()
+{
+    if (!m_resultsStale)
+        return;
+    m_resultsStale = false;
+    m_results.setCommands(m_model->searchResults());
+}
+
+} // namespace corvane

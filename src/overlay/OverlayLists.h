@@ -1,0 +1,59 @@
+#pragma once
+
+// The view model's derived lists (Part 5.1) as list models for the QML views (Parts 5.3, 5.4):
+// one per visible section, the favourites and the search results. Each is rebuilt only when
+// something it is derived from was assigned, and only when a view asks for it again.
+
+#include "CommandListModel.h"
+
+#include <QObject>
+#include <QPointer>
+
+namespace corvane {
+
+class OverlayViewModel;
+
+class OverlayLists : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QList<QObject*> sections READ sections NOTIFY sectionsChanged)
+    Q_PROPERTY(CommandListModel* favorites READ favorites CONSTANT)
+    Q_PROPERTY(CommandListModel* results READ results CONSTANT)
+    Q_PROPERTY(int commandCount READ commandCount NOTIFY sectionsChanged)
+    // The raw sections, before filtering: none means no catalog yet (the loading state).
+    Q_PROPERTY(bool hasSections READ hasSections NOTIFY sectionsChanged)
+    Q_PROPERTY(bool searchActive READ searchActive NOTIFY searchActiveChanged)
+
+public:
+    explicit OverlayLists(OverlayViewModel* model, QObject* parent = nullptr);
+
+    QList<QObject*> sections();
+    CommandListModel* favorites();
+    CommandListModel* results();
+    int commandCount();
+    bool searchActive() const;
+    bool hasSections() const;
+
+Q_SIGNALS:
+    void sectionsChanged();
+    void searchActiveChanged();
+
+private:
+    void sectionsAssigned();
+    void favoritesAssigned();
+    void queryAssigned();
+    void refreshSections();
+    void refreshFavorites();
+    void refreshResults();
+
+    OverlayViewModel* m_model;
+    QList<QObject*> m_sections; // CommandListModel, one per visible section
+    CommandListModel m_favorites;
+    CommandListModel m_results;
+    int m_commandCount = 0;
+    bool m_searchActive = false;
+    bool m_sectionsStale = true;
+    bool m_favoritesStale = true;
+    bool m_resultsStale = true;
+};
+
+} // namespace corvane

@@ -1,0 +1,247 @@
+#include "OverlayPanelController.h"
+
+#include "PanelPlacement.h"
+#include "SymbolImageProvider.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQmlProperty>
+#include <QQuickItem>
+#include <QScreen>
+#include <QTimer>
+#include <QVariantAnimation>
+
+namespace corvane {
+
+namespace {
+const QUrl rootViewUrl(QStringLiteral("qrc:/qt/qml/Corvane/Overlay/OverlayRoot.qml"));
+constexpr int fadeInMs = 130;
+constexpr int fadeOutMs = 120;
+// The window manager maps the panel a moment after `show()`; the grab needs it mapped.
+constexpr int grabAttempts = 25;
+constexpr int grabRetryMs = 20;
+} // namespace
+
+OverlayPanelController::OverlayPanelController(QObject* parent) : QObject(parent)
+{
+    // PLATFORM.md: the software scene graph, chosen before the first window.
+    if (QQuickWindow::graphicsApi() != QSGRendererInterface::Software)
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+}
+
+OverlayPanelController::~OverlayPanelController()
+{
+    delete m_root; // before the engine that made it
+}
+
+void OverlayPanelController::createPanel()
+{
+    m_panel = std::make_unique<PeekPanel>();
+    m_engine = std::make_unique<QQmlEngine>();
+    m_engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
+    m_engine->addImageProvider(QStringLiteral("symbol"), new SymbolImageProvider);
+    m_engine->addImageProvider(QStringLiteral("appicon"), new AppIconImageProvider);
+    m_rootComponent = std::make_unique<QQmlComponent>(m_engine.get(), rootViewUrl,
+                                                      QQmlComponent::PreferSynchronous);
+    if (m_rootComponent->isError())
+        qFatal("overlay: the root view does not load: %s",
+               qPrintable(m_rootComponent->errorString()));
+}
+
+qint64 OverlayPanelController::nextGeneration()
+{
+    if (m_fadeGeneration == std::numeric_limits<qint64>::max())
+        qFatal("overlay: fade generation overflow");
+    return ++m_fadeGeneration;
+}
+
+void OverlayPanelController::present(const RunningApp& app,
+                                     const std::optional<MenuCatalog>& catalog,
+                                     const QStringList& favorites, bool showDisabled,
+                                     bool showNoShortcut, bool glassy, const QString& triggerSymbol)
+{
+    if (!m_panel)
+        createPanel();
+
+    // The old root view goes first, so that it does not redraw for every assignment below.
+    if (m_root) {
+        m_root->setParentItem(nullptr);
+        m_root->deleteLater();
+    }
+
+    m_viewModel.setAppName(!app.name.isEmpty() ? app.name : app.appId.value_or(QString()));
+    m_viewModel.setAppIcon(app.iconName);
+    m_viewModel.setSections(catalog ? catalog->sections : QList<MenuSection>{});
+    m_viewModel.setQuery({});
+    m_viewModel.setSelection(0);
+    m_viewModel.setPinned(false);
+    m_viewModel.setFavoriteOrder(favorites);
+    m_viewModel.setFavoriteIDs(QSet<QString>(favorites.begin(), favorites.end()));
+    m_viewModel.setShowDisabled(showDisabled);
+    m_viewModel.setShowNoShortcut(showNoShortcut);
+    m_viewModel.setGlassy(glassy);
+    m_viewModel.setTriggerSymbol(triggerSymbol);
+
+    // A fade-out still running can no longer hide the panel.
+    nextGeneration();
+
+    // A fresh root view: every presentation starts with fresh view state (focus, hover).
+    QObject* created = m_rootComponent->createWithInitialProperties(
+        {{QStringLiteral("model"), QVariant::fromValue(&m_viewModel)},
+         {QStringLiteral("lists"), QVariant::fromValue(&m_lists)},
+         {QStringLiteral("translucent"), m_translucent}},
+        m_engine->rootContext());
+    m_root = qobject_cast<QQuickItem*>(created);
+    if (!m_root)
+        qFatal("overlay: the root view could not be made: %s",
+               qPrintable(m_rootComponent->errorString()));
+    QQmlEngine::setObjectOwnership(m_root, QQmlEngine::CppOwnership);
+    m_root->setParentItem(m_panel->contentItem());
+    QQmlProperty(m_root, QStringLiteral("anchors.fill"))
+        .write(QVariant::fromValue(m_panel->contentItem()));
+
+    place();
+    m_root->setOpacity(0);
+    m_panel->show(); // does not take activation (PeekPanel)
+    m_panel->raise();
+    fade(1.0, fadeInMs, {});
+    Q_EMIT presented();
+}
+
+void OverlayPanelController::place()
+{
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    QList<ScreenFrames> frames;
+    int mainScreen = -1;
+    for (QScreen* screen : screens) {
+        if (screen == QGuiApplication::primaryScreen())
+            mainScreen = int(frames.size());
+        frames.append({QRectF(screen->geometry()), QRectF(screen->availableGeometry())});
+    }
+    const std::optional<QRectF> frame = panelFrame(frames, mainScreen, QCursor::pos());
+    if (!frame)
+        return; // no screens: the panel keeps its frame
+    m_panel->setGeometry(frame->toRect());
+}
+
+void OverlayPanelController::fade(qreal to, int milliseconds, std::function<void()> completion)
+{
+    if (m_fade)
+        m_fade->stop(); // a stopped fade runs no completion
+    auto* animation = new QVariantAnimation(this);
+    animation->setStartValue(m_root ? m_root->opacity() : 0.0);
+    animation->setEndValue(to);
+    animation->setDuration(milliseconds);
+    QPointer<QQuickItem> root = m_root;
+    connect(animation, &QVariantAnimation::valueChanged, this, [root](const QVariant& value) {
+        if (root)
+            root->setOpacity(value.toReal());
+    });
+    if (completion)
+        connect(animation, &QVariantAnimation::finished, this, std::move(completion));
+    m_fade = animation;
+    animation->start(QAbstractAnimation::DeleteWhenStopped);
+}
+
+void OverlayPanelController::pin()
+{
+    if (!m_panel || !m_panel->isVisible())
+        return;
+    m_viewModel.setPinned(true); // the root view focuses and enables the search field
+    grabKeyboardWhenViewable(grabAttempts);
+    installKeyMonitor();
+}
+
+void OverlayPanelController::grabKeyboardWhenViewable(int attemptsLeft)
+{
+    if (!m_viewModel.pinned() || !m_panel || !m_panel->isVisible())
+        return;
+    if (m_panel->takeKeyboard(true))
+        return;
+    if (attemptsLeft <= 0) {
+        qWarning("overlay: the panel could not take the keyboard; typing stays with the "
+                 "application in front");
+        return;
+    }
+    QTimer::singleShot(grabRetryMs, this,
+                       [this, attemptsLeft] { grabKeyboardWhenViewable(attemptsLeft - 1); });
+}
+
+void OverlayPanelController::installKeyMonitor()
+{
+    if (m_keyMonitor)
+        return;
+    m_panel->installEventFilter(this);
+    m_keyMonitor = true;
+}
+
+void OverlayPanelController::removeKeyMonitor()
+{
+    if (m_keyMonitor && m_panel)
+        m_panel->removeEventFilter(this);
+    m_keyMonitor = false;
+}
+
+bool OverlayPanelController::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::KeyPress && m_panel && watched == m_panel.get())
+        return handleKey(static_cast<QKeyEvent*>(event));
+    return QObject::eventFilter(watched, event);
+}
+
+bool OverlayPanelController::handleKey(QKeyEvent* event)
+{
+    if (!m_viewModel.pinned())
+        return false;
+    switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter: // keypad Enter
+        if (!m_viewModel.isSearchActive())
+            return false; // the search field gets it, and nothing happens
+        m_viewModel.executeSelection();
+        return true;
+    case Qt::Key_Escape:
+        if (m_viewModel.onCloseRequest)
+            m_viewModel.onCloseRequest();
+        return true;
+    case Qt::Key_Down:
+        m_viewModel.moveSelection(1);
+        return true;
+    case Qt::Key_Up:
+        m_viewModel.moveSelection(-1);
+        return true;
+    default:
+        return false; // typing goes to the search field
+    }
+}
+
+void OverlayPanelController::dismiss()
+{
+    removeKeyMonitor();
+    m_viewModel.setPinned(false);
+    m_viewModel.setQuery({});
+    if (m_panel)
+        m_panel->takeKeyboard(false);
+    if (!m_panel || !m_panel->isVisible())
+        return;
+    const qint64 generation = nextGeneration();
+    // The generation check makes a late completion harmless (Part 5.2).
+    fade(0.0, fadeOutMs, [this, generation] {
+        if (m_fadeGeneration != generation || !m_panel)
+            return;
+        m_panel->hide();
+        Q_EMIT hidden();
+    });
+}
+
+void OverlayPanelController::update(const MenuCatalog& catalog)
+{
+    m_viewModel.setSections(catalog.sections);
+    if (m_viewModel.selection() >= m_viewModel.searchResults().size())
+        m_viewModel.setSelection(0);
+}
+
+} // namespace corvane

@@ -1,0 +1,80 @@
+#pragma once
+
+// Part 5.2: owns the floating panel, fills the view model for each presentation, places the
+// panel on the screen under the pointer, fades it in and out, and while pinned handles the
+// four keys that drive the overlay.
+
+#include "OverlayLists.h"
+#include "OverlayViewModel.h"
+#include "PeekPanel.h"
+#include "menus/MenuCatalog.h"
+#include "platform/RunningApp.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QQuickItem>
+#include <memory>
+#include <optional>
+
+class QQmlComponent;
+class QQmlEngine;
+class QVariantAnimation;
+
+namespace corvane {
+
+class OverlayPanelController : public QObject {
+    Q_OBJECT
+
+public:
+    explicit OverlayPanelController(QObject* parent = nullptr);
+    ~OverlayPanelController() override;
+
+    OverlayViewModel& viewModel() { return m_viewModel; }
+    OverlayLists& lists() { return m_lists; }
+    PeekPanel* panel() const { return m_panel.get(); }
+    qint64 fadeGeneration() const { return m_fadeGeneration; }
+    bool keyMonitorInstalled() const { return m_keyMonitor; }
+    QQuickItem* rootView() const { return m_root; } // the current presentation's root view
+
+    void present(const RunningApp& app, const std::optional<MenuCatalog>& catalog,
+                 const QStringList& favorites, bool showDisabled, bool showNoShortcut, bool glassy,
+                 const QString& triggerSymbol);
+    void pin();
+    void dismiss();
+    void update(const MenuCatalog& catalog);
+
+    // Whether the panel's transparent parts are composited (the glass is then translucent).
+    // Set by the shell from the platform; false draws the card solid.
+    void setTranslucent(bool translucent) { m_translucent = translucent; }
+
+Q_SIGNALS:
+    void presented(); // after a presentation has been set up; its first frame follows
+    void hidden();    // after a fade-out ordered the panel out
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void createPanel();
+    void place();
+    void installKeyMonitor();
+    void removeKeyMonitor();
+    bool handleKey(QKeyEvent* event); // true: consumed
+    void fade(qreal to, int milliseconds, std::function<void()> completion);
+    qint64 nextGeneration();
+    void grabKeyboardWhenViewable(int attemptsLeft);
+
+    OverlayViewModel m_viewModel;
+    OverlayLists m_lists{&m_viewModel};
+    std::unique_ptr<PeekPanel> m_panel;
+    bool m_keyMonitor = false; // the event filter on the panel is installed
+    qint64 m_fadeGeneration = 0;
+
+    std::unique_ptr<QQmlEngine> m_engine;
+    std::unique_ptr<QQmlComponent> m_rootComponent;
+    QPointer<QQuickItem> m_root;
+    QPointer<QVariantAnimation> m_fade;
+    bool m_translucent = false;
+};
+
+} // namespace corvane

@@ -1,0 +1,30 @@
+#include "PeekPanel.h"
+
+namespace corvane {
+
+PeekPanel::PeekPanel()
+{
+    // Tool type (no taskbar entry), no frame, above other windows, and no focus on showing:
+    // the application in front keeps _NET_ACTIVE_WINDOW.
+    setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+             Qt::WindowDoesNotAcceptFocus);
+    setColor(Qt::transparent);   // the rounded card drawn by the root view is the only shape
+    setGeometry(0, 0, 900, 600); // replaced by placement before the first display
+    setTitle(QStringLiteral("Corvane"));
+}
+
+bool PeekPanel::takeKeyboard(bool take)
+{
+    if (!take) {
+        if (m_hasKeyboard)
+            setKeyboardGrabEnabled(false);
+        m_hasKeyboard = false;
+        setFlag(Qt::WindowDoesNotAcceptFocus, true);
+        return false;
+    }
+    setFlag(Qt::WindowDoesNotAcceptFocus, false);
+    m_hasKeyboard = m_hasKeyboard || setKeyboardGrabEnabled(true);
+    return m_hasKeyboard;
+}
+
+} // namespace corvane

@@ -1,0 +1,26 @@
+#pragma once
+
+// The spec's PeekPanel on X11 (PLATFORM.md): a frameless, always-on-top, transparent tool
+// window that skips the taskbar, is shown without taking activation and can take the keyboard
+// for typing while the application in front stays active.
+
+#include <QQuickWindow>
+
+namespace corvane {
+
+class PeekPanel : public QQuickWindow {
+    Q_OBJECT
+
+public:
+    PeekPanel();
+
+    // The pin's "make key without activating": take the keyboard (an X11 grab) and accept
+    // focus; `false` gives both back. Returns whether the keyboard is ours.
+    bool takeKeyboard(bool take);
+    bool hasKeyboard() const { return m_hasKeyboard; }
+
+private:
+    bool m_hasKeyboard = false;
+};
+
+} // namespace corvane

@@ -1,0 +1,19 @@
+import QtQuick
+
+// The footer's `hint(key, label)` of Part 5.3: a key cap and its label.
+Row {
+    id: hint
+    required property string key
+    required property string label
+    spacing: 4
+    Keycap {
+        anchors.verticalCenter: parent.verticalCenter
+        label: hint.key
+    }
+    Text {
+        anchors.verticalCenter: parent.verticalCenter
+        text: hint.label
+        font: Theme.font(10.5, Font.Normal)
+        color: Theme.secondary
+    }
+}

@@ -1,0 +1,326 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+
+// Part 5.3's OverlayRootView: the rounded card with the header, the content (loading, section
+// grid or search results) and the footer. `model` is the OverlayViewModel (Part 5.1), `lists`
+// its derived lists as list models. A new root is made for every presentation (Part 5.2).
+Item {
+    id: root
+    objectName: "overlayRoot"
+    required property var model
+    required property var lists
+    // Whether a compositor draws the panel's transparency: the glass is then translucent.
+    property bool translucent: false
+    property bool searchFocused: false
+
+    onSearchFocusedChanged: {
+        if (searchFocused)
+            field.forceActiveFocus()
+        else
+            field.focus = false
+    }
+    Connections {
+        target: root.model
+        function onPinnedChanged() { root.searchFocused = root.model.pinned }
+        function onQueryChanged() { root.model.selection = 0 }
+        function onSelectionChanged() { results.reveal() }
+    }
+    Component.onCompleted: {
+        if (root.model.pinned)
+            Qt.callLater(() => root.searchFocused = true)
+    }
+
+    // Back to front: the accent tint, the glass or the window colour, the content, the outline.
+    // The content never reaches the corners, so rounding the layers is the card's clip.
+    Rectangle {
+        anchors.fill: parent
+        radius: 22
+        color: Theme.colorAt(Theme.accent, 0.045)
+    }
+    Rectangle {
+        objectName: "background"
+        anchors.fill: parent
+        radius: 22
+        color: Theme.colorAt(Theme.windowBackground,
+                             root.model.glassy && root.translucent ? 0.82 : 1.0)
+    }
+
+    ColumnLayout {
+        anchors.fill: parent
+        spacing: 0
+
+        // header
+        RowLayout {
+            objectName: "header"
+            Layout.fillWidth: true
+            Layout.leftMargin: 16
+            Layout.rightMargin: 16
+            Layout.topMargin: 11
+            Layout.bottomMargin: 11
+            spacing: 10
+
+            Image {
+                objectName: "appIcon"
+                visible: root.model.appIcon !== "" && status === Image.Ready
+                Layout.preferredWidth: 30
+                Layout.preferredHeight: 30
+                sourceSize: Qt.size(60, 60)
+                source: root.model.appIcon === "" ? "" : "image://appicon/" + root.model.appIcon
+                fillMode: Image.PreserveAspectFit
+            }
+            ColumnLayout {
+                spacing: 1
+                Text {
+                    objectName: "appName"
+                    text: root.model.appName
+                    font: Theme.font(15, Font.Bold)
+                    color: Theme.primary
+                    elide: Text.ElideRight
+                    Layout.maximumWidth: 360
+                }
+                Text {
+                    objectName: "countLine"
+                    readonly property int n: root.lists.commandCount
+                    text: n === 1 ? qsTr("%1 command").arg(n) : qsTr("%1 commands").arg(n)
+                    font: Theme.font(10.5, Font.Normal)
+                    color: Theme.secondary
+                }
+            }
+            Item { Layout.fillWidth: true }
+
+            // searchField
+            Rectangle {
+                objectName: "searchField"
+                Layout.preferredWidth: 230
+                Layout.preferredHeight: 28
+                radius: height / 2
+                color: Theme.primaryAt(0.06)
+                border.width: 1
+                border.color: root.model.pinned ? Theme.colorAt(Theme.accent, 0.7)
+                                                : Theme.primaryAt(0.15)
+                RowLayout {
+                    anchors.fill: parent
+                    anchors.leftMargin: 10
+                    anchors.rightMargin: 10
+                    spacing: 6
+                    Symbol {
+                        name: "magnifyingglass"
+                        size: 11
+                        color: Theme.secondary
+                    }
+                    TextField {
+                        id: field
+                        objectName: "searchText"
+                        Layout.fillWidth: true
+                        enabled: root.model.pinned
+                        placeholderText: qsTr("Search commands")
+                        placeholderTextColor: Theme.tertiary
+                        text: root.model.query
+                        onTextEdited: root.model.query = text
+                        font: Theme.font(12.5, Font.Normal)
+                        color: Theme.primary
+                        selectionColor: Theme.colorAt(Theme.accent, 0.5)
+                        selectedTextColor: Theme.primary
+                        background: null
+                        padding: 0
+                        verticalAlignment: TextInput.AlignVCenter
+                    }
+                }
+                // A click on the field of a peeking overlay asks for the pin; the disabled text
+                // field lets it through. Pinned, the text field takes the click itself.
+                TapHandler {
+                    enabled: !root.model.pinned
+                    onTapped: root.model.requestPin()
+                }
+            }
+
+            // statePill
+            Rectangle {
+                objectName: "statePill"
+                visible: root.model.pinned
+                implicitWidth: pill.implicitWidth + 18
+                implicitHeight: pill.implicitHeight + 10
+                radius: height / 2
+                color: Theme.colorAt(Theme.accent, 0.18)
+                Row {
+                    id: pill
+                    anchors.centerIn: parent
+                    spacing: 4
+                    Symbol {
+                        anchors.verticalCenter: parent.verticalCenter
+                        name: "pin.fill"
+                        size: 10.5
+                        color: Theme.accentDeep
+                    }
+                    Text {
+                        text: qsTr("Pinned")
+                        font: Theme.font(10.5, Font.DemiBold)
+                        color: Theme.accentDeep
+                    }
+                }
+            }
+        }
+
+        Rectangle {
+            Layout.fillWidth: true
+            Layout.preferredHeight: 1
+            color: Theme.primaryAt(0.08)
+        }
+
+        // content: exactly one of loading, search results, section grid
+        Item {
+            id: content
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            clip: true
+            readonly property bool loading: !root.lists.hasSections
+
+            Column {
+                objectName: "loading"
+                visible: content.loading
+                anchors.centerIn: parent
+                spacing: 10
+                BusyIndicator {
+                    anchors.horizontalCenter: parent.horizontalCenter
+                    running: parent.visible
+                }
+                Text {
+                    text: qsTr("Reading menus…")
+                    font: Theme.font(12, Font.Normal)
+                    color: Theme.secondary
+                }
+            }
+
+            ListView {
+                id: results
+                objectName: "searchList"
+                visible: !content.loading && root.lists.searchActive
+                width: Math.min(640, parent.width)
+                height: parent.height
+                anchors.horizontalCenter: parent.horizontalCenter
+                topMargin: 12
+                bottomMargin: 12
+                leftMargin: 12
+                rightMargin: 12
+                spacing: 2
+                boundsBehavior: Flickable.StopAtBounds
+                model: visible ? root.lists.results : null
+                ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded }
+                delegate: SearchRow {
+                    width: results.width - 24
+                    list: root.lists.results
+                    selected: index === root.model.selection
+                }
+                // The least scrolling that shows the selected row; out-of-range values are ignored.
+                function reveal() {
+                    const selection = root.model.selection
+                    if (visible && selection >= 0 && selection < count)
+                        positionViewAtIndex(selection, ListView.Contain)
+                }
+            }
+
+            ListView {
+                id: grid
+                objectName: "sectionGrid"
+                visible: !content.loading && !root.lists.searchActive
+                anchors.fill: parent
+                topMargin: 14
+                bottomMargin: 14
+                leftMargin: 14
+                rightMargin: 14
+                spacing: 12
+                boundsBehavior: Flickable.StopAtBounds
+                ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded }
+
+                // Adaptive columns: as many of at least 290 as fit, 12 apart, each at most 460.
+                readonly property real area: width - 28
+                readonly property int columns: Math.max(1, Math.floor((area + 12) / (290 + 12)))
+                readonly property real columnWidth:
+                    Math.min(460, (area - 12 * (columns - 1)) / columns)
+                readonly property var sections: visible ? root.lists.sections : []
+
+                header: Item {
+                    width: grid.area
+                    height: favorites.visible ? favorites.height + 12 : 0
+                    SectionCard {
+                        id: favorites
+                        objectName: "favoritesCard"
+                        visible: root.lists.favorites.count > 0
+                        width: parent.width
+                        height: implicitHeight
+                        title: qsTr("Favorites")
+                        isFavorites: true
+                        commands: root.lists.favorites
+                    }
+                }
+                model: Math.ceil(sections.length / columns)
+                delegate: Row {
+                    id: gridRow
+                    required property int index
+                    spacing: 12
+                    Repeater {
+                        model: Math.min(grid.columns, grid.sections.length - gridRow.index * grid.columns)
+                        SectionCard {
+                            required property int index
+                            readonly property var section:
+                                grid.sections[gridRow.index * grid.columns + index]
+                            objectName: "sectionCard"
+                            width: grid.columnWidth
+                            height: implicitHeight // cells are aligned to the top
+                            title: section.title
+                            isFavorites: false
+                            commands: section
+                        }
+                    }
+                }
+            }
+        }
+
+        Rectangle {
+            Layout.fillWidth: true
+            Layout.preferredHeight: 1
+            color: Theme.primaryAt(0.08)
+        }
+
+        // footer
+        RowLayout {
+            objectName: "footer"
+            Layout.fillWidth: true
+            Layout.leftMargin: 16
+            Layout.rightMargin: 16
+            Layout.topMargin: 8
+            Layout.bottomMargin: 8
+            spacing: 14
+
+            Hint { visible: root.model.pinned; key: "↑↓"; label: qsTr("Navigate") }
+            Hint { visible: root.model.pinned; key: "↩"; label: qsTr("Run") }
+            Hint { visible: root.model.pinned; key: "⎋"; label: qsTr("Close") }
+            Text {
+                objectName: "clickHint"
+                visible: !root.model.pinned
+                text: qsTr("Click a command to run it")
+                font: Theme.font(10.5, Font.Normal)
+                color: Theme.secondary
+            }
+            Item { Layout.fillWidth: true }
+            Text {
+                objectName: "footerNote"
+                text: root.model.pinned
+                      ? qsTr("Hover a command and click ★ to favorite it")
+                      : qsTr("Release %1 over this panel to keep it open").arg(root.model.triggerSymbol)
+                font: Theme.font(10.5, Font.Normal)
+                color: Theme.tertiary
+            }
+        }
+    }
+
+    // The outline, over everything.
+    Rectangle {
+        anchors.fill: parent
+        radius: 22
+        color: "transparent"
+        border.width: 1
+        border.color: Theme.primaryAt(0.14)
+    }
+}

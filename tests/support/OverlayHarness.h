@@ -1,0 +1,57 @@
+#pragma once
+
+// Helpers for tests and benchmarks of the overlay's real window: finding QML items by object
+// name and waiting for the frame that shows the latest change.
+
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QSignalSpy>
+
+namespace corvane::test {
+
+// Every item named `name` under `from` (depth first, in visual order), visible or not.
+inline void findItems(QQuickItem* from, const QString& name, QList<QQuickItem*>& into)
+{
+    if (!from)
+        return;
+    if (from->objectName() == name)
+        into.append(from);
+    const QList<QQuickItem*> children = from->childItems();
+    for (QQuickItem* child : children)
+        findItems(child, name, into);
+}
+inline QList<QQuickItem*> items(QQuickItem* from, const QString& name)
+{
+    QList<QQuickItem*> found;
+    findItems(from, name, found);
+    return found;
+}
+inline QList<QQuickItem*> visibleItems(QQuickItem* from, const QString& name)
+{
+    QList<QQuickItem*> found;
+    for (QQuickItem* item : items(from, name))
+        if (item->isVisible())
+            found.append(item);
+    return found;
+}
+inline QQuickItem* item(QQuickItem* from, const QString& name)
+{
+    const QList<QQuickItem*> found = items(from, name);
+    return found.isEmpty() ? nullptr : found.first();
+}
+
+// Waits for the next frame of `window` (layouts are polished before it); false after 3 s.
+inline bool nextFrame(QQuickWindow* window)
+{
+    QSignalSpy swapped(window, &QQuickWindow::frameSwapped);
+    window->update();
+    return swapped.wait(3000);
+}
+
+// An item's rectangle in the window's coordinates.
+inline QRectF windowRect(const QQuickItem* item)
+{
+    return item->mapRectToScene(QRectF(0, 0, item->width(), item->height()));
+}
+
+} // namespace corvane::test

@@ -1,0 +1,64 @@
+#include "SessionTools.h"
+
+#include <QTest>
+
+namespace corvane::test {
+
+QString xdotool(const QStringList& arguments, bool mustSucceed)
+{
+    QProcess process;
+    process.start(QStringLiteral("xdotool"), arguments);
+    const bool finished = process.waitForFinished(10000);
+    if (mustSucceed && (!finished || process.exitCode() != 0))
+        qFatal("xdotool %s failed", qPrintable(arguments.join(u' ')));
+    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+}
+
+qint64 activeWindowPid()
+{
+    const QString window = xdotool({QStringLiteral("getactivewindow")}, false);
+    if (window.isEmpty())
+        return 0;
+    return xdotool({QStringLiteral("getwindowpid"), window}, false).toLongLong();
+}
+
+Programs::~Programs()
+{
+    stopAll();
+}
+
+qint64 Programs::startWithWindow(const QString& program, const QStringList& arguments,
+                                 const QString& windowName)
+{
+    auto* process = new QProcess(this);
+    process->setStandardOutputFile(QProcess::nullDevice());
+    process->setStandardErrorFile(QProcess::nullDevice());
+    process->start(program, arguments);
+    if (!process->waitForStarted(10000))
+        qFatal("%s did not start", qPrintable(program));
+    m_processes.append(process);
+    const QString pid = QString::number(process->processId());
+    if (!QTest::qWaitFor(
+            [&] {
+                return !xdotool({QStringLiteral("search"), QStringLiteral("--all"),
+                                 QStringLiteral("--onlyvisible"), QStringLiteral("--pid"), pid,
+                                 QStringLiteral("--name"), windowName},
+                                false)
+                            .isEmpty();
+            },
+            20000))
+        qFatal("%s showed no window", qPrintable(program));
+    return process->processId();
+}
+
+void Programs::stopAll()
+{
+    for (QProcess* process : std::as_const(m_processes)) {
+        process->kill();
+        process->waitForFinished(5000);
+        delete process;
+    }
+    m_processes.clear();
+}
+
+} // namespace corvane::test

@@ -1,0 +1,33 @@
+#pragma once
+
+// Helpers for session tests and benchmarks: real input through xdotool (XTEST) and programs the
+// test starts and stops by process id.
+
+#include <QObject>
+#include <QProcess>
+#include <QStringList>
+
+namespace corvane::test {
+
+// Runs xdotool and returns its output; fatal when it fails and `mustSucceed`.
+QString xdotool(const QStringList& arguments, bool mustSucceed = true);
+
+// The process id owning the active window (_NET_ACTIVE_WINDOW), or 0.
+qint64 activeWindowPid();
+
+// Programs started for one test case; every one is killed, by process id, when it is destroyed.
+class Programs : public QObject {
+public:
+    using QObject::QObject;
+    ~Programs() override;
+    // Starts `program` and waits up to 20 s for a visible window of it whose name contains
+    // `windowName`; returns the process id (fatal on failure).
+    qint64 startWithWindow(const QString& program, const QStringList& arguments,
+                           const QString& windowName);
+    void stopAll();
+
+private:
+    QList<QProcess*> m_processes;
+};
+
+} // namespace corvane::test
