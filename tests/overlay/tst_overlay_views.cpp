@@ -87,7 +87,9 @@ private Q_SLOTS:
     void selectionBelowViewScrollsJustEnough();
     void unpinnedSearchFieldAsksForPin();
     void pinnedHeaderShowsBadgeLeftOfNothing();
+    void pinnedBeforeTheFirstFrame();
     void footerNamesTheTrigger();
+    void applicationIconAt30Points();
     // Part 5.4
     void disabledCardRow();
     void disabledSelectedSearchRow();
@@ -368,6 +370,36 @@ void TestOverlayViews::pinnedHeaderShowsBadgeLeftOfNothing()
     QCOMPARE(badge.left(), field.right() + 10);
     QCOMPARE(badge.right(), m_controller->panel()->width() - 16.0);
     QVERIFY(badge.left() > windowRect(find("appName")).right());
+}
+
+void TestOverlayViews::pinnedBeforeTheFirstFrame()
+{
+    // The pin may come before the panel has drawn anything: the header is laid out the same.
+    m_controller->present(RunningApp{1, {}, QStringLiteral("Editor"), {}}, sample(), {}, true,
+                          true, true, QStringLiteral("Ctrl"));
+    m_controller->pin();
+    QVERIFY(QTest::qWaitForWindowExposed(m_controller->panel()));
+    QVERIFY(nextFrame(m_controller->panel()));
+    const QRectF field = windowRect(find("searchField"));
+    const QRectF badge = windowRect(find("statePill"));
+    QCOMPARE(badge.left(), field.right() + 10);
+    QCOMPARE(badge.right(), m_controller->panel()->width() - 16.0);
+}
+
+void TestOverlayViews::applicationIconAt30Points()
+{
+    present(sample());
+    QVERIFY(!find("appIcon")->isVisible()); // no icon: nothing, and no space
+    QCOMPARE(windowRect(find("appName")).left(), 16.0);
+
+    // An icon from the freedesktop theme (geany is installed for the session tests).
+    m_controller->present(RunningApp{1, {}, QStringLiteral("Geany"), QStringLiteral("geany")},
+                          sample(), {}, true, true, true, QStringLiteral("Ctrl"));
+    QVERIFY(nextFrame(m_controller->panel()));
+    QQuickItem* icon = find("appIcon");
+    QTRY_VERIFY(icon->isVisible());
+    QCOMPARE(icon->size(), QSizeF(30, 30));
+    QCOMPARE(windowRect(find("appName")).left(), 16.0 + 30 + 10);
 }
 
 void TestOverlayViews::footerNamesTheTrigger()

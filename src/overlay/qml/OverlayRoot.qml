@@ -50,113 +50,132 @@ Item {
         anchors.fill: parent
         spacing: 0
 
-        // header
-        RowLayout {
+        // header: the application on the left, the search field and the badge on the right.
+        // Positioners rather than a layout: items that appear before the first layout pass
+        // (a pin right after presenting) are then placed like any other.
+        Item {
             objectName: "header"
             Layout.fillWidth: true
             Layout.leftMargin: 16
             Layout.rightMargin: 16
             Layout.topMargin: 11
             Layout.bottomMargin: 11
-            spacing: 10
+            implicitHeight: Math.max(identity.implicitHeight, tools.implicitHeight)
 
-            Image {
-                objectName: "appIcon"
-                visible: root.model.appIcon !== "" && status === Image.Ready
-                Layout.preferredWidth: 30
-                Layout.preferredHeight: 30
-                sourceSize: Qt.size(60, 60)
-                source: root.model.appIcon === "" ? "" : "image://appicon/" + root.model.appIcon
-                fillMode: Image.PreserveAspectFit
-            }
-            ColumnLayout {
-                spacing: 1
-                Text {
-                    objectName: "appName"
-                    text: root.model.appName
-                    font: Theme.font(15, Font.Bold)
-                    color: Theme.primary
-                    elide: Text.ElideRight
-                    Layout.maximumWidth: 360
-                }
-                Text {
-                    objectName: "countLine"
-                    readonly property int n: root.lists.commandCount
-                    text: n === 1 ? qsTr("%1 command").arg(n) : qsTr("%1 commands").arg(n)
-                    font: Theme.font(10.5, Font.Normal)
-                    color: Theme.secondary
-                }
-            }
-            Item { Layout.fillWidth: true }
+            Row {
+                id: identity
+                anchors.left: parent.left
+                anchors.verticalCenter: parent.verticalCenter
+                spacing: 10
 
-            // searchField
-            Rectangle {
-                objectName: "searchField"
-                Layout.preferredWidth: 230
-                Layout.preferredHeight: 28
-                radius: height / 2
-                color: Theme.primaryAt(0.06)
-                border.width: 1
-                border.color: root.model.pinned ? Theme.colorAt(Theme.accent, 0.7)
-                                                : Theme.primaryAt(0.15)
-                RowLayout {
-                    anchors.fill: parent
-                    anchors.leftMargin: 10
-                    anchors.rightMargin: 10
-                    spacing: 6
-                    Symbol {
-                        name: "magnifyingglass"
-                        size: 11
-                        color: Theme.secondary
-                    }
-                    TextField {
-                        id: field
-                        objectName: "searchText"
-                        Layout.fillWidth: true
-                        enabled: root.model.pinned
-                        placeholderText: qsTr("Search commands")
-                        placeholderTextColor: Theme.tertiary
-                        text: root.model.query
-                        onTextEdited: root.model.query = text
-                        font: Theme.font(12.5, Font.Normal)
+                Image {
+                    objectName: "appIcon"
+                    anchors.verticalCenter: parent.verticalCenter
+                    visible: root.model.appIcon !== "" && status === Image.Ready
+                    width: 30
+                    height: 30
+                    sourceSize: Qt.size(60, 60)
+                    source: root.model.appIcon === "" ? "" : "image://appicon/" + root.model.appIcon
+                    fillMode: Image.PreserveAspectFit
+                }
+                Column {
+                    anchors.verticalCenter: parent.verticalCenter
+                    spacing: 1
+                    Text {
+                        objectName: "appName"
+                        text: root.model.appName
+                        font: Theme.font(15, Font.Bold)
                         color: Theme.primary
-                        selectionColor: Theme.colorAt(Theme.accent, 0.5)
-                        selectedTextColor: Theme.primary
-                        background: null
-                        padding: 0
-                        verticalAlignment: TextInput.AlignVCenter
-                    }
-                }
-                // A click on the field of a peeking overlay asks for the pin; the disabled text
-                // field lets it through. Pinned, the text field takes the click itself.
-                TapHandler {
-                    enabled: !root.model.pinned
-                    onTapped: root.model.requestPin()
-                }
-            }
-
-            // statePill
-            Rectangle {
-                objectName: "statePill"
-                visible: root.model.pinned
-                implicitWidth: pill.implicitWidth + 18
-                implicitHeight: pill.implicitHeight + 10
-                radius: height / 2
-                color: Theme.colorAt(Theme.accent, 0.18)
-                Row {
-                    id: pill
-                    anchors.centerIn: parent
-                    spacing: 4
-                    Symbol {
-                        anchors.verticalCenter: parent.verticalCenter
-                        name: "pin.fill"
-                        size: 10.5
-                        color: Theme.accentDeep
+                        elide: Text.ElideRight
+                        width: Math.min(implicitWidth, Math.max(0, tools.x - 10 - 40))
                     }
                     Text {
-                        text: qsTr("Pinned")
-                        font: Theme.font(10.5, Font.DemiBold)
-                        color: Theme.accentDeep
+                        objectName: "countLine"
+                        readonly property int n: root.lists.commandCount
+                        text: n === 1 ? qsTr("%1 command").arg(n) : qsTr("%1 commands").arg(n)
+                        font: Theme.font(10.5, Font.Normal)
+                        color: Theme.secondary
+                    }
+                }
+            }
+
+            Row {
+                id: tools
+                anchors.right: parent.right
+                anchors.verticalCenter: parent.verticalCenter
+                spacing: 10
+
+                // searchField
+                Rectangle {
+                    objectName: "searchField"
+                    anchors.verticalCenter: parent.verticalCenter
+                    width: 230
+                    height: 28
+                    radius: height / 2
+                    color: Theme.primaryAt(0.06)
+                    border.width: 1
+                    border.color: root.model.pinned ? Theme.colorAt(Theme.accent, 0.7)
+                                                    : Theme.primaryAt(0.15)
+                    RowLayout {
+                        anchors.fill: parent
+                        anchors.leftMargin: 10
+                        anchors.rightMargin: 10
+                        spacing: 6
+                        Symbol {
+                            name: "magnifyingglass"
+                            size: 11
+                            color: Theme.secondary
+                        }
+                        TextField {
+                            id: field
+                            objectName: "searchText"
+                            Layout.fillWidth: true
+                            enabled: root.model.pinned
+                            placeholderText: qsTr("Search commands")
+                            placeholderTextColor: Theme.tertiary
+                            text: root.model.query
+                            onTextEdited: root.model.query = text
+                            font: Theme.font(12.5, Font.Normal)
+                            color: Theme.primary
+                            selectionColor: Theme.colorAt(Theme.accent, 0.5)
+                            selectedTextColor: Theme.primary
+                            background: null
+                            padding: 0
+                            verticalAlignment: TextInput.AlignVCenter
+                        }
+                    }
+                    // A click on the field of a peeking overlay asks for the pin; the disabled
+                    // text field lets it through. Pinned, the text field takes the click itself.
+                    TapHandler {
+                        enabled: !root.model.pinned
+                        onTapped: root.model.requestPin()
+                    }
+                }
+
+                // statePill
+                Rectangle {
+                    objectName: "statePill"
+                    anchors.verticalCenter: parent.verticalCenter
+                    visible: root.model.pinned
+                    width: pill.implicitWidth + 18
+                    height: pill.implicitHeight + 10
+                    radius: height / 2
+                    color: Theme.colorAt(Theme.accent, 0.18)
+                    Row {
+                        id: pill
+                        anchors.centerIn: parent
+                        spacing: 4
+                        Symbol {
+                            anchors.verticalCenter: parent.verticalCenter
+                            name: "pin.fill"
+                            size: 10.5
+                            color: Theme.accentDeep
+                        }
+                        Text {
+                            text: qsTr("Pinned")
+                            font: Theme.font(10.5, Font.DemiBold)
+                            color: Theme.accentDeep
+                        }
                     }
                 }
             }
@@ -213,11 +232,13 @@ Item {
                     selected: index === root.model.selection
                 }
                 // The least scrolling that shows the selected row; out-of-range values are ignored.
+                // Also once the list has its height: a selection made before the first layout.
                 function reveal() {
                     const selection = root.model.selection
-                    if (visible && selection >= 0 && selection < count)
+                    if (visible && height > 0 && selection >= 0 && selection < count)
                         positionViewAtIndex(selection, ListView.Contain)
                 }
+                onHeightChanged: reveal()
             }
 
             ListView {
@@ -284,28 +305,38 @@ Item {
         }
 
         // footer
-        RowLayout {
+        Item {
             objectName: "footer"
             Layout.fillWidth: true
             Layout.leftMargin: 16
             Layout.rightMargin: 16
             Layout.topMargin: 8
             Layout.bottomMargin: 8
-            spacing: 14
+            implicitHeight: Math.max(hints.implicitHeight, note.implicitHeight)
 
-            Hint { visible: root.model.pinned; key: "↑↓"; label: qsTr("Navigate") }
-            Hint { visible: root.model.pinned; key: "↩"; label: qsTr("Run") }
-            Hint { visible: root.model.pinned; key: "⎋"; label: qsTr("Close") }
-            Text {
-                objectName: "clickHint"
-                visible: !root.model.pinned
-                text: qsTr("Click a command to run it")
-                font: Theme.font(10.5, Font.Normal)
-                color: Theme.secondary
+            Row {
+                id: hints
+                anchors.left: parent.left
+                anchors.verticalCenter: parent.verticalCenter
+                spacing: 14
+                Hint { visible: root.model.pinned; key: "↑↓"; label: qsTr("Navigate") }
+                Hint { visible: root.model.pinned; key: "↩"; label: qsTr("Run") }
+                Hint { visible: root.model.pinned; key: "⎋"; label: qsTr("Close") }
+                Text {
+                    objectName: "clickHint"
+                    visible: !root.model.pinned
+                    text: qsTr("Click a command to run it")
+                    font: Theme.font(10.5, Font.Normal)
+                    color: Theme.secondary
+                }
             }
-            Item { Layout.fillWidth: true }
             Text {
+                id: note
                 objectName: "footerNote"
+                anchors.right: parent.right
+                anchors.verticalCenter: parent.verticalCenter
+                width: Math.min(implicitWidth, parent.width - hints.width - 14)
+                elide: Text.ElideRight
                 text: root.model.pinned
                       ? qsTr("Hover a command and click ★ to favorite it")
                       : qsTr("Release %1 over this panel to keep it open").arg(root.model.triggerSymbol)
