@@ -88,18 +88,20 @@ void OverlayPanelController::present(const RunningApp& app,
     // A fade-out still running can no longer hide the panel.
     nextGeneration();
 
-    // A fresh root view: every presentation starts with fresh view state (focus, hover).
-    QObject* created = m_rootComponent->createWithInitialProperties(
-        {{QStringLiteral("model"), QVariant::fromValue(&m_viewModel)},
-         {QStringLiteral("lists"), QVariant::fromValue(&m_lists)},
-         {QStringLiteral("translucent"), m_translucent}},
-        m_engine->rootContext());
+    // A fresh root view: every presentation starts with fresh view state (focus, hover). It is
+    // put into the panel before it completes, so that its images load for that window.
+    QObject* created = m_rootComponent->beginCreate(m_engine->rootContext());
     m_root = qobject_cast<QQuickItem*>(created);
     if (!m_root)
         qFatal("overlay: the root view could not be made: %s",
                qPrintable(m_rootComponent->errorString()));
     QQmlEngine::setObjectOwnership(m_root, QQmlEngine::CppOwnership);
     m_root->setParentItem(m_panel->contentItem());
+    m_rootComponent->setInitialProperties(m_root,
+                                          {{QStringLiteral("model"), QVariant::fromValue(&m_viewModel)},
+                                           {QStringLiteral("lists"), QVariant::fromValue(&m_lists)},
+                                           {QStringLiteral("translucent"), m_translucent}});
+    m_rootComponent->completeCreate();
     QQmlProperty(m_root, QStringLiteral("anchors.fill"))
         .write(QVariant::fromValue(m_panel->contentItem()));
 

@@ -89,7 +89,7 @@ int main(int argc, char** argv)
                                      QStringLiteral("The trigger's name in the footer (default "
                                                     "Ctrl)."),
                                      QStringLiteral("NAME"), QStringLiteral("Ctrl"));
-    const QCommandLineOption icon(QStringLiteral("icon"),
+    const QCommandLineOption icon(QStringLiteral("app-icon"),
                                   QStringLiteral("The application's icon (theme name or file)."),
                                   QStringLiteral("ICON"));
     const QCommandLineOption png(QStringLiteral("png"),
