@@ -28,7 +28,8 @@ constexpr int grabRetryMs = 20;
 OverlayPanelController::OverlayPanelController(QObject* parent) : QObject(parent)
 {
     // PLATFORM.md: the software scene graph, chosen before the first window.
-    if (QQuickWindow::graphicsApi() != QSGRendererInterface::Software)
+    // (graphicsApi() keeps answering OpenGL after this; the backend's name tells.)
+    if (QQuickWindow::sceneGraphBackend() != QStringLiteral("software"))
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 }
 

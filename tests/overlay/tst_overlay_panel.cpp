@@ -1,0 +1,387 @@
+// Part 5.2 on X11 (session tier): the real panel under Xvfb and openbox, placed on the real
+// screen, faded, pinned by taking the keyboard while a real application (mousepad) stays the
+// active window, and driven by real keys typed through XTEST.
+
+#include "OverlayHarness.h"
+#include "SessionTools.h"
+#include "overlay/OverlayPanelController.h"
+
+#include <QGuiApplication>
+#include <QQuickItem>
+#include <QScreen>
+#include <QTest>
+
+using namespace corvane;
+using namespace corvane::test;
+
+namespace {
+
+MenuCommand command(const QString& menu, const QString& title)
+{
+    return MenuCommand{{{menu, 0}, {title, 0}}, {}, true, false};
+}
+
+MenuCatalog sample()
+{
+    return MenuCatalog{QStringLiteral("org.example.Editor"),
+                       QStringLiteral("Editor"),
+                       {{"File",
+                         {command("File", "Save"), command("File", "Save As…"),
+                          command("File", "Save All"), command("File", "Close")}},
+                        {"Edit", {command("Edit", "Undo"), command("Edit", "Select All")}}}};
+}
+
+// Records the keys that reach an item, without taking them.
+class KeyProbe : public QObject {
+public:
+    QList<int> keys;
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::KeyPress)
+            keys << static_cast<QKeyEvent*>(event)->key();
+        return false;
+    }
+};
+
+QString windowName(qint64 pid)
+{
+    const QString window = xdotool({"search", "--all", "--onlyvisible", "--pid",
+                                    QString::number(pid), "--name", "Mousepad"},
+                                   false)
+                               .section(u'\n', 0, 0);
+    return window.isEmpty() ? QString() : xdotool({"getwindowname", window}, false);
+}
+
+} // namespace
+
+class TestOverlayPanel : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void placedByTheSizeRule();
+    void panelIsAToolWindowAboveOthers();
+    void createdOnceAndReused();
+    void fadesInAndOut();
+    void dismissThenPresentWithinTheFadeStaysVisible();
+    void dismissWhenHiddenRunsNoAnimation();
+    void unpinnedKeysGoToTheApplication();
+    void pinnedKeysReachThePanelWhileTheApplicationStaysActive();
+    void returnWithoutSearchIsPassedOn();
+    void escapeIsConsumedWithoutCloseCallback();
+    void arrowsWithEmptyQueryStayBounded();
+    void secondPinInstallsNoSecondMonitor();
+    void updateKeepsOrResetsSelection();
+
+private:
+    void present(const std::optional<MenuCatalog>& catalog = sample());
+    void pinAndWaitForKeyboard();
+    void type(const QString& text);
+    void key(const QString& name);
+
+    Programs* m_programs = nullptr;
+    qint64 m_mousepad = 0;
+    std::unique_ptr<OverlayPanelController> m_controller;
+    QList<MenuCommand> m_executed;
+    int m_closeRequests = 0;
+    KeyProbe m_probe;
+};
+
+void TestOverlayPanel::initTestCase()
+{
+    QVERIFY2(qEnvironmentVariableIsSet("CORVANE_SESSION"), "run under tools/test-session.sh");
+    m_programs = new Programs(this);
+    m_mousepad = m_programs->startWithWindow(QStringLiteral("mousepad"), {"--disable-server"},
+                                             QStringLiteral("Mousepad"));
+}
+
+void TestOverlayPanel::init()
+{
+    m_controller = std::make_unique<OverlayPanelController>();
+    m_executed.clear();
+    m_closeRequests = 0;
+    m_probe.keys.clear();
+    OverlayViewModel& model = m_controller->viewModel();
+    model.onExecute = [this](const MenuCommand& c) { m_executed << c; };
+    model.onCloseRequest = [this] { ++m_closeRequests; };
+    // The application in front, as the user would have it.
+    const QString window = xdotool({"search", "--all", "--onlyvisible", "--pid",
+                                    QString::number(m_mousepad), "--name", "Mousepad"})
+                               .section(u'\n', 0, 0);
+    xdotool({"windowactivate", "--sync", window});
+    QTRY_COMPARE(activeWindowPid(), m_mousepad);
+}
+
+void TestOverlayPanel::cleanup()
+{
+    m_controller.reset();
+    QTRY_COMPARE(activeWindowPid(), m_mousepad);
+}
+
+void TestOverlayPanel::present(const std::optional<MenuCatalog>& catalog)
+{
+    m_controller->present(RunningApp{m_mousepad, {}, QStringLiteral("Editor"), {}}, catalog, {},
+                          true, true, true, QStringLiteral("Ctrl"));
+    QVERIFY(QTest::qWaitForWindowExposed(m_controller->panel()));
+    QVERIFY(nextFrame(m_controller->panel()));
+    item(m_controller->rootView(), "searchText")->installEventFilter(&m_probe);
+}
+
+void TestOverlayPanel::pinAndWaitForKeyboard()
+{
+    m_controller->pin();
+    QTRY_VERIFY(m_controller->panel()->hasKeyboard());
+    QTRY_VERIFY(item(m_controller->rootView(), "searchText")->hasActiveFocus());
+}
+
+void TestOverlayPanel::type(const QString& text)
+{
+    xdotool({"type", "--delay", "20", text});
+    QTest::qWait(50); // the X events reach us through the event loop
+}
+
+void TestOverlayPanel::key(const QString& name)
+{
+    xdotool({"key", name});
+    QTest::qWait(50);
+}
+
+void TestOverlayPanel::placedByTheSizeRule()
+{
+    // Run on a 1440 × 900 screen and on a 1000 × 700 one (two CTest entries); openbox has no
+    // panels, so the visible frame is the whole screen.
+    const QRect visible = QGuiApplication::primaryScreen()->availableGeometry();
+    const QHash<QSize, QRect> expected{{QSize(1440, 900), QRect(250, 130, 940, 640)},
+                                       {QSize(1000, 700), QRect(130, 77, 740, 546)}};
+    QVERIFY2(expected.contains(visible.size()),
+             qPrintable(QStringLiteral("no expectation for a screen of %1 × %2")
+                            .arg(visible.width())
+                            .arg(visible.height())));
+    present();
+    QCOMPARE(m_controller->panel()->geometry(), expected[visible.size()]);
+    // And where the X server has it.
+    const QString window = QString::number(m_controller->panel()->winId());
+    const QString geometry = xdotool({"getwindowgeometry", window});
+    const QRect want = expected[visible.size()];
+    QVERIFY2(geometry.contains(QStringLiteral("Position: %1,%2").arg(want.x()).arg(want.y())) &&
+                 geometry.contains(QStringLiteral("Geometry: %1x%2")
+                                       .arg(want.width())
+                                       .arg(want.height())),
+             qPrintable(geometry));
+}
+
+void TestOverlayPanel::panelIsAToolWindowAboveOthers()
+{
+    present();
+    QProcess xprop;
+    xprop.start(QStringLiteral("xprop"),
+                {"-id", QString::number(m_controller->panel()->winId()), "_NET_WM_STATE",
+                 "_NET_WM_WINDOW_TYPE", "WM_HINTS"});
+    QVERIFY(xprop.waitForFinished(5000));
+    const QString props = QString::fromUtf8(xprop.readAllStandardOutput());
+    QVERIFY2(props.contains(QStringLiteral("_NET_WM_STATE_ABOVE")), qPrintable(props));
+    QVERIFY2(props.contains(QStringLiteral("_NET_WM_WINDOW_TYPE_UTILITY")), qPrintable(props));
+    QVERIFY2(props.contains(QStringLiteral("Client accepts input or input focus: False")),
+             qPrintable(props));
+    // Shown without taking activation.
+    QTest::qWait(200);
+    QCOMPARE(activeWindowPid(), m_mousepad);
+}
+
+void TestOverlayPanel::createdOnceAndReused()
+{
+    QVERIFY(!m_controller->panel());
+    present();
+    PeekPanel* first = m_controller->panel();
+    QQuickItem* firstRoot = m_controller->rootView();
+    m_controller->dismiss();
+    present();
+    QCOMPARE(m_controller->panel(), first);
+    QVERIFY(m_controller->rootView() != firstRoot); // a fresh root view for every presentation
+}
+
+void TestOverlayPanel::fadesInAndOut()
+{
+    present();
+    QQuickItem* root = m_controller->rootView();
+    QVERIFY(root->opacity() < 1.0); // still fading in
+    QTRY_COMPARE(root->opacity(), 1.0);
+    QSignalSpy hidden(m_controller.get(), &OverlayPanelController::hidden);
+    m_controller->dismiss();
+    QVERIFY(m_controller->panel()->isVisible()); // fading out
+    QVERIFY(hidden.wait(2000));
+    QCOMPARE(root->opacity(), 0.0);
+    QVERIFY(!m_controller->panel()->isVisible());
+}
+
+void TestOverlayPanel::dismissThenPresentWithinTheFadeStaysVisible()
+{
+    present();
+    m_controller->dismiss();
+    const qint64 afterDismiss = m_controller->fadeGeneration();
+    present(); // within the 0.12 s fade
+    QVERIFY(m_controller->fadeGeneration() > afterDismiss);
+    QTest::qWait(400);
+    QVERIFY(m_controller->panel()->isVisible());
+    QCOMPARE(m_controller->rootView()->opacity(), 1.0);
+}
+
+void TestOverlayPanel::dismissWhenHiddenRunsNoAnimation()
+{
+    present();
+    QSignalSpy hidden(m_controller.get(), &OverlayPanelController::hidden);
+    m_controller->dismiss();
+    QVERIFY(hidden.wait(2000));
+    OverlayViewModel& model = m_controller->viewModel();
+    model.setPinned(true);
+    model.setQuery(QStringLiteral("save"));
+    const qint64 generation = m_controller->fadeGeneration();
+    m_controller->dismiss();
+    QCOMPARE(model.pinned(), false);
+    QCOMPARE(model.query(), QString());
+    QVERIFY(!m_controller->keyMonitorInstalled());
+    QCOMPARE(m_controller->fadeGeneration(), generation); // no fade
+    QTest::qWait(200);
+    QCOMPARE(hidden.size(), 1);
+    QVERIFY(!m_controller->panel()->isVisible());
+}
+
+void TestOverlayPanel::unpinnedKeysGoToTheApplication()
+{
+    const QString before = windowName(m_mousepad);
+    QVERIFY(!before.startsWith(u'*'));
+    present();
+    type(QStringLiteral("ab"));
+    key(QStringLiteral("Return"));
+    key(QStringLiteral("Down"));
+    key(QStringLiteral("Escape"));
+    // Mousepad got them: its document is now modified.
+    QTRY_VERIFY2(windowName(m_mousepad).startsWith(u'*'), qPrintable(windowName(m_mousepad)));
+    QCOMPARE(m_controller->viewModel().query(), QString());
+    QCOMPARE(m_controller->viewModel().selection(), 0);
+    QCOMPARE(m_closeRequests, 0);
+    QVERIFY(m_probe.keys.isEmpty());
+    QVERIFY(m_controller->panel()->isVisible());
+    QCOMPARE(activeWindowPid(), m_mousepad);
+    key(QStringLiteral("ctrl+z"));
+    key(QStringLiteral("ctrl+z"));
+    key(QStringLiteral("ctrl+z"));
+}
+
+void TestOverlayPanel::pinnedKeysReachThePanelWhileTheApplicationStaysActive()
+{
+    const QString before = windowName(m_mousepad);
+    present();
+    pinAndWaitForKeyboard();
+    type(QStringLiteral("save"));
+    QTRY_COMPARE(m_controller->viewModel().query(), QStringLiteral("save"));
+    QCOMPARE(activeWindowPid(), m_mousepad); // the application keeps _NET_ACTIVE_WINDOW
+    QCOMPARE(windowName(m_mousepad), before); // and got none of the typing
+
+    key(QStringLiteral("Down"));
+    QCOMPARE(m_controller->viewModel().selection(), 1);
+    key(QStringLiteral("Up"));
+    QCOMPARE(m_controller->viewModel().selection(), 0);
+    key(QStringLiteral("Down"));
+    const MenuCommand expected = m_controller->viewModel().searchResults().at(1);
+    key(QStringLiteral("Return"));
+    QTRY_COMPARE(m_executed.size(), 1);
+    QCOMPARE(m_executed[0], expected);
+    key(QStringLiteral("KP_Enter"));
+    QTRY_COMPARE(m_executed.size(), 2);
+    // Return, Enter and the arrows were consumed; the letters went to the search field.
+    QVERIFY(!m_probe.keys.contains(Qt::Key_Return) && !m_probe.keys.contains(Qt::Key_Enter));
+    QVERIFY(!m_probe.keys.contains(Qt::Key_Down) && !m_probe.keys.contains(Qt::Key_Up));
+    QVERIFY(m_probe.keys.contains(Qt::Key_S));
+
+    // Dismissed, the keyboard goes back to the application.
+    m_controller->dismiss();
+    QVERIFY(!m_controller->panel()->hasKeyboard());
+    type(QStringLiteral("x"));
+    QTRY_VERIFY(windowName(m_mousepad).startsWith(u'*'));
+    key(QStringLiteral("ctrl+z"));
+}
+
+void TestOverlayPanel::returnWithoutSearchIsPassedOn()
+{
+    present();
+    pinAndWaitForKeyboard();
+    key(QStringLiteral("Return"));
+    type(QStringLiteral("   "));
+    key(QStringLiteral("Return"));
+    QCOMPARE(m_probe.keys.count(Qt::Key_Return), 2);
+    QVERIFY(m_executed.isEmpty());
+    type(QStringLiteral("a"));
+    key(QStringLiteral("Return"));
+    QCOMPARE(m_probe.keys.count(Qt::Key_Return), 2); // consumed once a search is active
+    QCOMPARE(m_executed.size(), 1);
+}
+
+void TestOverlayPanel::escapeIsConsumedWithoutCloseCallback()
+{
+    m_controller->viewModel().onCloseRequest = nullptr;
+    present();
+    pinAndWaitForKeyboard();
+    type(QStringLiteral("sa"));
+    key(QStringLiteral("Escape"));
+    QVERIFY(!m_probe.keys.contains(Qt::Key_Escape));
+    QCOMPARE(m_controller->viewModel().query(), QStringLiteral("sa"));
+    QVERIFY(m_controller->panel()->isVisible());
+
+    m_controller->viewModel().onCloseRequest = [this] { ++m_closeRequests; };
+    key(QStringLiteral("Escape"));
+    QCOMPARE(m_closeRequests, 1);
+}
+
+void TestOverlayPanel::arrowsWithEmptyQueryStayBounded()
+{
+    present();
+    pinAndWaitForKeyboard();
+    // With no search the results are all six visible commands (Part 5.1): the arrows move the
+    // selection within them although nothing shows it; they are consumed, Return is passed on.
+    key(QStringLiteral("Down"));
+    key(QStringLiteral("Down"));
+    QCOMPARE(m_controller->viewModel().selection(), 2);
+    for (int i = 0; i < 6; ++i)
+        key(QStringLiteral("Down"));
+    QCOMPARE(m_controller->viewModel().selection(), 5);
+    QVERIFY(!m_probe.keys.contains(Qt::Key_Down));
+    key(QStringLiteral("Return"));
+    QVERIFY(m_probe.keys.contains(Qt::Key_Return));
+    QVERIFY(m_executed.isEmpty());
+}
+
+void TestOverlayPanel::secondPinInstallsNoSecondMonitor()
+{
+    present();
+    pinAndWaitForKeyboard();
+    m_controller->pin();
+    QVERIFY(m_controller->keyMonitorInstalled());
+    type(QStringLiteral("s"));
+    key(QStringLiteral("Down"));
+    QCOMPARE(m_controller->viewModel().selection(), 1); // one step, not two
+}
+
+void TestOverlayPanel::updateKeepsOrResetsSelection()
+{
+    present();
+    pinAndWaitForKeyboard();
+    OverlayViewModel& model = m_controller->viewModel();
+    model.setQuery(QStringLiteral("save"));
+    QCOMPARE(model.searchResults().size(), 3); // Save, Save As…, Save All
+    model.setSelection(2);
+    MenuCatalog smaller = sample();
+    smaller.sections[0].commands.removeLast(); // Close: not a result
+    m_controller->update(smaller);
+    QCOMPARE(model.selection(), 2);
+    smaller.sections[0].commands.removeLast(); // Save All
+    m_controller->update(smaller);
+    QCOMPARE(model.selection(), 0);
+    QCOMPARE(model.appName(), QStringLiteral("Editor"));
+}
+
+QTEST_MAIN(TestOverlayPanel)
+#include "tst_overlay_panel.moc"
