@@ -6,7 +6,7 @@ BUILD_TYPE  ?= RelWithDebInfo
 CMAKE_FLAGS ?=
 JOBS        ?= $(shell nproc)
 
-.PHONY: all deps configure build run test test-core bench format format-check clean
+.PHONY: all deps configure build run test test-core bench screenshots format format-check clean
 
 all: build
 
@@ -30,6 +30,9 @@ test-core: build
 
 bench: build
 	@bash tools/run-benchmarks.sh $(BUILD_DIR)
+
+screenshots: build
+	@bash tools/screenshots.sh $(BUILD_DIR) docs/screenshots
 
 format:
 	@git ls-files --cached --others --exclude-standard '*.cpp' '*.h' | xargs clang-format -i

@@ -92,11 +92,15 @@ int main(int argc, char** argv)
     const QCommandLineOption icon(QStringLiteral("app-icon"),
                                   QStringLiteral("The application's icon (theme name or file)."),
                                   QStringLiteral("ICON"));
+    const QCommandLineOption appName(QStringLiteral("app-name"),
+                                     QStringLiteral("The application's name (default: the "
+                                                    "catalog's)."),
+                                     QStringLiteral("NAME"));
     const QCommandLineOption png(QStringLiteral("png"),
                                  QStringLiteral("Save a PNG of the panel to FILE and quit."),
                                  QStringLiteral("FILE"));
     parser.addOptions({pinned, query, selection, favorite, hideDisabled, hideNoShortcut, solid,
-                       theme, size, trigger, icon, png});
+                       theme, size, trigger, icon, appName, png});
     parser.process(app);
 
     std::optional<MenuCatalog> catalog;
@@ -160,7 +164,9 @@ int main(int argc, char** argv)
     QObject::connect(&controller, &OverlayPanelController::hidden, &app, &QGuiApplication::quit);
 
     RunningApp shown;
-    shown.name = catalog ? catalog->appName : QString();
+    shown.name = parser.isSet(appName) ? parser.value(appName)
+                 : catalog             ? catalog->appName
+                                       : QString();
     shown.appId = catalog ? std::optional(catalog->bundleID) : std::nullopt;
     shown.iconName = parser.value(icon);
     controller.present(shown, catalog, favorites, !parser.isSet(hideDisabled),
