@@ -14,20 +14,17 @@
 #include <QTimer>
 #include <X11/Xlib.h>
 #include <X11/extensions/XTest.h>
+
+#include "Percentiles.h"
 #include <X11/keysym.h>
 #include <algorithm>
 #include <cstdio>
 
 using namespace corvane;
+using corvane::test::p50p99;
 using Effect = HoldStateMachine::Effect;
 
 namespace {
-
-std::pair<double, double> p50p99(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return {v[v.size() / 2], v[std::min(v.size() - 1, size_t(0.99 * double(v.size())))]};
-}
 
 // Context switches of every thread of this process: each is a wake-up.
 long long contextSwitches()

@@ -14,14 +14,40 @@ void CommandListModel::setCommands(const QList<MenuCommand>& commands)
     beginResetModel();
     m_commands = commands;
     endResetModel();
+    ++m_revision;
+    Q_EMIT commandsChanged();
     if (countChanges)
         Q_EMIT countChanged();
 }
 
 void CommandListModel::refreshFavorites()
 {
-    if (!m_commands.isEmpty())
-        Q_EMIT dataChanged(index(0), index(count() - 1), {IsFavoriteRole});
+    if (m_commands.isEmpty())
+        return;
+    Q_EMIT dataChanged(index(0), index(count() - 1), {IsFavoriteRole});
+    ++m_revision;
+    Q_EMIT commandsChanged();
+}
+
+QList<int> CommandListModel::rowKinds() const
+{
+    QList<int> kinds;
+    kinds.reserve(m_commands.size());
+    for (const MenuCommand& command : m_commands)
+        kinds.append((command.path.size() >= 3 ? 1 : 0) | (command.shortcut.key.isEmpty() ? 0 : 2));
+    return kinds;
+}
+
+QVariantMap CommandListModel::rowData(int row) const
+{
+    QVariantMap values;
+    if (row < 0 || row >= count())
+        return values;
+    const QModelIndex at = index(row);
+    const QHash<int, QByteArray> names = roleNames();
+    for (auto it = names.begin(); it != names.end(); ++it)
+        values.insert(QString::fromLatin1(it.value()), data(at, it.key()));
+    return values;
 }
 
 int CommandListModel::rowCount(const QModelIndex& parent) const

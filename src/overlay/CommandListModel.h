@@ -16,6 +16,11 @@ class CommandListModel : public QAbstractListModel {
     Q_OBJECT
     Q_PROPERTY(QString title READ title CONSTANT)
     Q_PROPERTY(int count READ count NOTIFY countChanged)
+    // Per row: 1 when it has a breadcrumb, + 2 when it has a shortcut key. The section cards
+    // lay their rows out from these without making them (Part 5.3's lazy grid).
+    Q_PROPERTY(QList<int> rowKinds READ rowKinds NOTIFY commandsChanged)
+    // Changes whenever any row's data may have changed, for views that read rows with rowData().
+    Q_PROPERTY(int revision READ revision NOTIFY commandsChanged)
 
 public:
     enum Role {
@@ -37,6 +42,10 @@ public:
     const QList<MenuCommand>& commands() const { return m_commands; }
     void setCommands(const QList<MenuCommand>& commands);
     void refreshFavorites(); // after the view model's favourite ids changed
+    QList<int> rowKinds() const;
+    int revision() const { return m_revision; }
+    // One row's roles by name, for views that place rows themselves.
+    Q_INVOKABLE QVariantMap rowData(int row) const;
 
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
@@ -49,11 +58,13 @@ public:
 
 Q_SIGNALS:
     void countChanged();
+    void commandsChanged();
 
 private:
     OverlayViewModel* m_model;
     QString m_title;
     QList<MenuCommand> m_commands;
+    int m_revision = 0;
 };
 
 } // namespace corvane

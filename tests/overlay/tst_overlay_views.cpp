@@ -85,6 +85,7 @@ private Q_SLOTS:
     void favoritesCardFirstAndFullWidth();
     void gridColumnsAdaptToWidth();
     void selectionBelowViewScrollsJustEnough();
+    void hugeMenuMakesOnlyTheRowsInView();
     void unpinnedSearchFieldAsksForPin();
     void pinnedHeaderShowsBadgeLeftOfNothing();
     void pinnedBeforeTheFirstFrame();
@@ -178,6 +179,11 @@ QQuickItem* TestOverlayViews::row(const QString& kind, const QString& title)
         if (candidate && text->property("text").toString() == title)
             return candidate;
     }
+    QStringList shown;
+    for (QQuickItem* text : visibleItems(root(), QStringLiteral("title")))
+        shown << text->property("text").toString();
+    qWarning("no %s titled \"%s\" among %s", qPrintable(kind), qPrintable(title),
+             qPrintable(shown.join(u'|')));
     return nullptr;
 }
 
@@ -338,6 +344,35 @@ void TestOverlayViews::selectionBelowViewScrollsJustEnough()
                             .arg(view.bottom())));
 }
 
+void TestOverlayViews::hugeMenuMakesOnlyTheRowsInView()
+{
+    MenuCatalog catalog{{}, {}, {{"Huge", {}}}};
+    for (int i = 0; i < 2500; ++i)
+        catalog.sections[0].commands << command({"Huge", QStringLiteral("Row %1").arg(i)},
+                                                i % 3 ? ShortcutKeys{{"Ctrl"}, "K"}
+                                                      : ShortcutKeys::none);
+    present(catalog);
+    QQuickItem* card = visibleItems(root(), "sectionCard").value(0);
+    QVERIFY(card);
+    const QList<QQuickItem*> made = visibleItems(card, "title");
+    QVERIFY2(made.size() < 40, qPrintable(QString::number(made.size())));
+    QCOMPARE(made.first()->property("text").toString(), QStringLiteral("Row 0"));
+    QVERIFY(card->height() > 2500 * 26);
+
+    // Scrolled to the end, the last rows are made, each where the layout puts it.
+    QQuickItem* grid = find("sectionGrid");
+    grid->setProperty("contentY", grid->property("contentHeight").toReal() - grid->height());
+    QVERIFY(nextFrame(m_controller->panel()));
+    QQuickItem* last = row("CommandRow", QStringLiteral("Row 2499"));
+    QVERIFY(last);
+    QVERIFY(windowRect(last).bottom() <= windowRect(grid).bottom());
+    QVERIFY(windowRect(last).top() >= windowRect(grid).top());
+    QQuickItem* before = row("CommandRow", QStringLiteral("Row 2498"));
+    QVERIFY(before);
+    QCOMPARE(windowRect(last).top(), windowRect(before).bottom() + 3);
+    QVERIFY(visibleItems(card, "title").size() < 40);
+}
+
 void TestOverlayViews::unpinnedSearchFieldAsksForPin()
 {
     present(sample());
@@ -439,6 +474,7 @@ void TestOverlayViews::disabledCardRow()
     QVERIFY(m_executed.isEmpty());
 
     QQuickItem* save = row("CommandRow", "Save");
+    QVERIFY(save);
     hover(save);
     QTRY_VERIFY(sameRgba(colorOf(item(save, "highlight")), withAlpha(accent, 0.14f)));
     QCOMPARE(save->opacity(), 1.0);

@@ -1,23 +1,18 @@
 import QtQuick
 import QtQuick.Layouts
 
-// Part 5.4's CommandRow: one command in a section card. `list` is the card's CommandListModel;
-// the row's values come from its roles.
+// Part 5.4's CommandRow: one command in a section card, row `row` of the card's
+// CommandListModel `list`. The card gives it its height (SectionCard lays rows out itself).
 Item {
     id: row
     required property var list
-    required property int index
-    required property string title
-    required property string breadcrumb
-    required property bool isChecked
-    required property bool isEnabled
-    required property var modifiers
-    required property string key
-    required property bool isFavorite
+    property int row: -1
     property bool showBreadcrumb: true
+    readonly property var command: (list.revision, list.rowData(row.row))
+    readonly property bool isEnabled: command.isEnabled === true
+    readonly property bool isFavorite: command.isFavorite === true
     readonly property bool hovered: hover.hovered
 
-    implicitHeight: Math.max(26, content.implicitHeight + 8)
     opacity: isEnabled ? 1 : 0.4
 
     Rectangle {
@@ -31,7 +26,7 @@ Item {
     // The whole rectangle of the row takes the click, not only its drawn parts.
     MouseArea {
         anchors.fill: parent
-        onClicked: row.list.click(row.index)
+        onClicked: row.list.click(row.row)
     }
     HoverHandler {
         id: hover
@@ -46,22 +41,25 @@ Item {
         anchors.bottomMargin: 4
         spacing: 8
 
-        ColumnLayout {
+        Column {
             Layout.fillWidth: true
-            spacing: 0
-            RowLayout {
+            Row {
+                width: parent.width
                 spacing: 5
                 Symbol {
                     objectName: "checkmark"
-                    visible: row.isChecked
+                    anchors.verticalCenter: parent.verticalCenter
+                    visible: row.command.isChecked === true
                     name: "checkmark"
                     size: 9
                     color: Theme.secondary
                 }
                 Text {
                     objectName: "title"
-                    Layout.fillWidth: true
-                    text: row.title
+                    width: parent.width - (row.command.isChecked === true ? 9 + 5 : 0)
+                    height: Theme.rowLine
+                    verticalAlignment: Text.AlignVCenter
+                    text: row.command.title ?? ""
                     font: Theme.rowFont
                     color: Theme.primary
                     elide: Text.ElideMiddle
@@ -70,9 +68,11 @@ Item {
             }
             Text {
                 objectName: "breadcrumb"
-                Layout.fillWidth: true
-                visible: row.showBreadcrumb && row.breadcrumb !== ""
-                text: row.breadcrumb
+                width: parent.width
+                height: Theme.breadcrumbLine
+                verticalAlignment: Text.AlignVCenter
+                visible: row.showBreadcrumb && text !== ""
+                text: row.command.breadcrumb ?? ""
                 font: Theme.breadcrumbFont
                 color: Theme.tertiary
                 elide: Text.ElideRight
@@ -82,16 +82,19 @@ Item {
         Item {
             Layout.preferredWidth: 4 // the spacer of at least 4, with the stack's spacing
         }
-        StarButton {
+        Loader {
             objectName: "star"
-            visible: row.hovered || row.isFavorite
-            isFavorite: row.isFavorite
-            onToggled: row.list.toggleFavorite(row.index)
+            active: row.hovered || row.isFavorite
+            visible: active
+            sourceComponent: StarButton {
+                isFavorite: row.isFavorite
+                onToggled: row.list.toggleFavorite(row.row)
+            }
         }
         KeycapView {
             objectName: "keycaps"
-            modifiers: row.modifiers
-            key: row.key
+            modifiers: row.command.modifiers ?? []
+            key: row.command.key ?? ""
         }
     }
 }

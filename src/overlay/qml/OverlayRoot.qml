@@ -273,6 +273,8 @@ Item {
                         title: qsTr("Favorites")
                         isFavorites: true
                         commands: root.lists.favorites
+                        visibleTop: grid.contentY - parent.y
+                        visibleBottom: visibleTop + grid.height
                     }
                 }
                 model: Math.ceil(sections.length / columns)
@@ -292,6 +294,8 @@ Item {
                             title: section.title
                             isFavorites: false
                             commands: section
+                            visibleTop: grid.contentY - gridRow.y
+                            visibleBottom: visibleTop + grid.height
                         }
                     }
                 }

@@ -68,11 +68,14 @@ Item {
         Item {
             Layout.preferredWidth: 4 // the spacer of at least 4, with the stack's spacing
         }
-        StarButton {
+        Loader {
             objectName: "star"
-            visible: row.hovered || row.isFavorite
-            isFavorite: row.isFavorite
-            onToggled: row.list.toggleFavorite(row.index)
+            active: row.hovered || row.isFavorite
+            visible: active
+            sourceComponent: StarButton {
+                isFavorite: row.isFavorite
+                onToggled: row.list.toggleFavorite(row.index)
+            }
         }
         KeycapView {
             objectName: "keycaps"

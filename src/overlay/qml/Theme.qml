@@ -20,6 +20,19 @@ QtObject {
     readonly property font rowFont: font(13, Font.Medium)
     readonly property font breadcrumbFont: font(10.5, Font.Normal)
 
+    // Line heights of the row texts, so that a card can lay out rows it has not made yet.
+    readonly property FontMetrics rowMetrics: FontMetrics { font: rowFont }
+    readonly property FontMetrics breadcrumbMetrics: FontMetrics { font: breadcrumbFont }
+    readonly property real rowLine: Math.ceil(rowMetrics.height)
+    readonly property real breadcrumbLine: Math.ceil(breadcrumbMetrics.height)
+
+    // A card row's height (Part 5.4): its text lines or its key caps (20) or star (16),
+    // padded 4 above and below, at least 26. `kind`: 1 = has a breadcrumb, 2 = has a key.
+    function cardRowHeight(kind, showBreadcrumb) {
+        const text = rowLine + ((kind & 1) && showBreadcrumb ? breadcrumbLine : 0)
+        return Math.max(26, Math.max(text, (kind & 2) ? 20 : 16) + 8)
+    }
+
     function primaryAt(opacity) {
         return Qt.rgba(primary.r, primary.g, primary.b, opacity)
     }

@@ -1,0 +1,170 @@
+// The overlay's frame times on the real panel (session tier), with a 2500-command catalog:
+// present(...) to the first frame on screen, and a typed character (XTEST) to the frame that
+// shows the new results, 50 samples each once warm; resident memory after 1, 20 and 100
+// presentations. Prints `bench <name> <value> <unit>` lines.
+
+#include "CatalogGenerator.h"
+#include "OverlayHarness.h"
+#include "Percentiles.h"
+#include "overlay/OverlayPanelController.h"
+
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFile>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QTimer>
+
+#include <cstdio>
+
+using namespace corvane;
+using corvane::test::p50p99;
+
+namespace {
+
+constexpr int samples = 50;
+constexpr int warmUp = 5;
+
+double residentMegabytes()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray& line : status.readAll().split('\n'))
+        if (line.startsWith("VmRSS:"))
+            return line.mid(6).trimmed().split(' ').first().toDouble() / 1024.0;
+    return 0;
+}
+
+// Runs the event loop until `signal` of `sender` fires (or 5 s pass); the elapsed time since
+// `timer` started, in milliseconds, at that moment.
+template <typename Sender, typename Signal>
+double waitFor(Sender* sender, Signal signal, const QElapsedTimer& timer)
+{
+    QEventLoop loop;
+    double at = -1;
+    auto connection = QObject::connect(sender, signal, &loop, [&] {
+        at = double(timer.nsecsElapsed()) / 1e6;
+        loop.quit();
+    });
+    QTimer::singleShot(5000, &loop, &QEventLoop::quit);
+    loop.exec();
+    QObject::disconnect(connection);
+    return at;
+}
+
+// Records when a key press reaches the panel, before anything handles it.
+class Arrival : public QObject {
+public:
+    QElapsedTimer at;
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::KeyPress)
+            at.start();
+        return false;
+    }
+};
+
+void settle(int milliseconds)
+{
+    QEventLoop loop;
+    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+} // namespace
+
+// After the Qt code: Xlib's macros (KeyPress, …) would clash with Qt's names.
+#include <X11/Xlib.h>
+#include <X11/extensions/XTest.h>
+
+int main(int argc, char** argv)
+{
+    QGuiApplication app(argc, argv);
+    if (!qEnvironmentVariableIsSet("CORVANE_SESSION")) {
+        std::fprintf(stderr, "bench_overlay: run under tools/test-session.sh\n");
+        return 2;
+    }
+    const MenuCatalog catalog = CatalogGenerator::generate(7, {2500, false});
+    const RunningApp shown{1, QStringLiteral("org.example.Big"), QStringLiteral("Big"), {}};
+    OverlayPanelController controller;
+    const auto present = [&] {
+        controller.present(shown, catalog, {}, true, true, true, QStringLiteral("Ctrl"));
+    };
+
+    // present(...) to the first frame.
+    std::vector<double> presentToFrame;
+    double rssAfter1 = 0, rssAfter20 = 0, rssAfter100 = 0;
+    int presentations = 0;
+    for (int i = 0; i < warmUp + samples; ++i) {
+        QElapsedTimer timer;
+        timer.start();
+        present();
+        const double ms = waitFor(controller.panel(), &QQuickWindow::frameSwapped, timer);
+        ++presentations;
+        if (presentations == 1)
+            rssAfter1 = residentMegabytes();
+        if (presentations == 20)
+            rssAfter20 = residentMegabytes();
+        if (i >= warmUp)
+            presentToFrame.push_back(ms);
+        controller.dismiss();
+        waitFor(&controller, &OverlayPanelController::hidden, timer);
+    }
+
+    // A typed character to the frame with the new results: type into the pinned search field.
+    present();
+    waitFor(controller.panel(), &QQuickWindow::frameSwapped, QElapsedTimer());
+    ++presentations;
+    controller.pin();
+    settle(300); // the keyboard grab and the fade-in
+    Arrival arrival;
+    controller.panel()->installEventFilter(&arrival);
+    Display* display = XOpenDisplay(nullptr);
+    const char* letters[] = {"s", "a", "v", "BackSpace", "BackSpace", "e", "BackSpace", "BackSpace"};
+    std::vector<double> keyToFrame;
+    for (int i = 0; i < warmUp + samples; ++i) {
+        const KeyCode code =
+            XKeysymToKeycode(display, XStringToKeysym(letters[i % std::size(letters)]));
+        XTestFakeKeyEvent(display, code, True, CurrentTime);
+        XTestFakeKeyEvent(display, code, False, CurrentTime);
+        XFlush(display);
+        QElapsedTimer since;
+        since.start();
+        // Wait for the key to arrive, then for the frame after it.
+        while (!arrival.at.isValid() && since.elapsed() < 2000)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
+        if (!arrival.at.isValid()) {
+            std::fprintf(stderr, "bench_overlay: a typed key did not reach the panel\n");
+            return 1;
+        }
+        const double ms = waitFor(controller.panel(), &QQuickWindow::frameSwapped, arrival.at);
+        if (i >= warmUp)
+            keyToFrame.push_back(ms);
+        arrival.at.invalidate();
+        settle(20);
+    }
+    XCloseDisplay(display);
+    controller.dismiss();
+    settle(200);
+
+    while (presentations < 100) {
+        present();
+        waitFor(controller.panel(), &QQuickWindow::frameSwapped, QElapsedTimer());
+        controller.dismiss();
+        waitFor(&controller, &OverlayPanelController::hidden, QElapsedTimer());
+        ++presentations;
+    }
+    rssAfter100 = residentMegabytes();
+
+    const auto [p50, p99] = p50p99(presentToFrame);
+    const auto [k50, k99] = p50p99(keyToFrame);
+    std::printf("bench overlay_present_to_first_frame_p50 %.2f ms\n", p50);
+    std::printf("bench overlay_present_to_first_frame_p99 %.2f ms\n", p99);
+    std::printf("bench overlay_keystroke_to_frame_p50 %.2f ms\n", k50);
+    std::printf("bench overlay_keystroke_to_frame_p99 %.2f ms\n", k99);
+    std::printf("bench overlay_rss_after_1 %.1f MB\n", rssAfter1);
+    std::printf("bench overlay_rss_after_20 %.1f MB\n", rssAfter20);
+    std::printf("bench overlay_rss_after_100 %.1f MB\n", rssAfter100);
+    return 0;
+}
