@@ -14,7 +14,6 @@
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QTimer>
-
 #include <cstdio>
 
 using namespace corvane;
@@ -121,7 +120,8 @@ int main(int argc, char** argv)
     Arrival arrival;
     controller.panel()->installEventFilter(&arrival);
     Display* display = XOpenDisplay(nullptr);
-    const char* letters[] = {"s", "a", "v", "BackSpace", "BackSpace", "e", "BackSpace", "BackSpace"};
+    const char* letters[] = {"s",         "a", "v",         "BackSpace",
+                             "BackSpace", "e", "BackSpace", "BackSpace"};
     std::vector<double> keyToFrame;
     for (int i = 0; i < warmUp + samples; ++i) {
         const KeyCode code =

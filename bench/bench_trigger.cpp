@@ -3,6 +3,7 @@
 // timerFired, 200 samples each; then the process's wake-ups per second over 10 idle seconds
 // with the monitors installed. Prints `bench <name> <value> <unit>` lines.
 
+#include "Percentiles.h"
 #include "platform/linux/XInputMonitors.h"
 #include "trigger/HoldDetector.h"
 
@@ -14,8 +15,6 @@
 #include <QTimer>
 #include <X11/Xlib.h>
 #include <X11/extensions/XTest.h>
-
-#include "Percentiles.h"
 #include <X11/keysym.h>
 #include <algorithm>
 #include <cstdio>

@@ -16,9 +16,23 @@ OverlayLists::OverlayLists(OverlayViewModel* model, QObject* parent)
     m_searchActive = model->isSearchActive();
 }
 
+void OverlayLists::setDeferred(bool deferred)
+{
+    m_deferred = deferred;
+    if (deferred)
+        return;
+    if (m_sectionsStale)
+        Q_EMIT sectionsChanged();
+    refreshFavorites();
+    refreshResults();
+    queryAssigned();
+}
+
 void OverlayLists::sectionsAssigned()
 {
     m_sectionsStale = m_favoritesStale = m_resultsStale = true;
+    if (m_deferred)
+        return;
     Q_EMIT sectionsChanged();
     // The favourites and the results keep their identity, so they are reset at once; the
     // section list is rebuilt when a view reads it again.
@@ -29,6 +43,8 @@ void OverlayLists::sectionsAssigned()
 void OverlayLists::favoritesAssigned()
 {
     m_favoritesStale = true;
+    if (m_deferred)
+        return;
     refreshFavorites();
     for (QObject* section : std::as_const(m_sections))
         static_cast<CommandListModel*>(section)->refreshFavorites();
@@ -38,6 +54,8 @@ void OverlayLists::favoritesAssigned()
 void OverlayLists::queryAssigned()
 {
     m_resultsStale = true;
+    if (m_deferred)
+        return;
     refreshResults();
     const bool active = m_model->isSearchActive();
     if (active != m_searchActive) {
@@ -110,7 +128,8 @@ void OverlayLists::refreshResults()
     if (!m_resultsStale)
         return;
     m_resultsStale = false;
-    m_results.setCommands(m_model->searchResults());
+    m_results.setCommands(m_model->isSearchActive() ? m_model->searchResults()
+                                                    : QList<MenuCommand>{});
 }
 
 } // namespace corvane

@@ -2,7 +2,8 @@
 
 // The view model's derived lists (Part 5.1) as list models for the QML views (Parts 5.3, 5.4):
 // one per visible section, the favourites and the search results. Each is rebuilt only when
-// something it is derived from was assigned, and only when a view asks for it again.
+// something it is derived from was assigned. The results list holds the search results while a
+// search is active and nothing otherwise (it is shown only then).
 
 #include "CommandListModel.h"
 
@@ -33,6 +34,10 @@ public:
     bool searchActive() const;
     bool hasSections() const;
 
+    // While deferred, assignments to the view model only mark the lists stale; they are
+    // refreshed once when deferring ends (the controller fills a dozen properties at once).
+    void setDeferred(bool deferred);
+
 Q_SIGNALS:
     void sectionsChanged();
     void searchActiveChanged();
@@ -54,6 +59,7 @@ private:
     bool m_sectionsStale = true;
     bool m_favoritesStale = true;
     bool m_resultsStale = true;
+    bool m_deferred = false;
 };
 
 } // namespace corvane

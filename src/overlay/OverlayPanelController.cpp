@@ -50,6 +50,28 @@ void OverlayPanelController::createPanel()
     if (m_rootComponent->isError())
         qFatal("overlay: the root view does not load: %s",
                qPrintable(m_rootComponent->errorString()));
+    // Put into the panel before it completes, so that its images load for that window.
+    QObject* created = m_rootComponent->beginCreate(m_engine->rootContext());
+    m_root = qobject_cast<QQuickItem*>(created);
+    if (!m_root)
+        qFatal("overlay: the root view could not be made: %s",
+               qPrintable(m_rootComponent->errorString()));
+    QQmlEngine::setObjectOwnership(m_root, QQmlEngine::CppOwnership);
+    m_root->setParentItem(m_panel->contentItem());
+    m_rootComponent->setInitialProperties(
+        m_root, {{QStringLiteral("model"), QVariant::fromValue(&m_viewModel)},
+                 {QStringLiteral("lists"), QVariant::fromValue(&m_lists)},
+                 {QStringLiteral("translucent"), m_translucent}});
+    m_rootComponent->completeCreate();
+    QQmlProperty(m_root, QStringLiteral("anchors.fill"))
+        .write(QVariant::fromValue(m_panel->contentItem()));
+}
+
+void OverlayPanelController::setTranslucent(bool translucent)
+{
+    m_translucent = translucent;
+    if (m_root)
+        m_root->setProperty("translucent", translucent);
 }
 
 qint64 OverlayPanelController::nextGeneration()
@@ -67,12 +89,7 @@ void OverlayPanelController::present(const RunningApp& app,
     if (!m_panel)
         createPanel();
 
-    // The old root view goes first, so that it does not redraw for every assignment below.
-    if (m_root) {
-        m_root->setParentItem(nullptr);
-        m_root->deleteLater();
-    }
-
+    m_lists.setDeferred(true);
     m_viewModel.setAppName(!app.name.isEmpty() ? app.name : app.appId.value_or(QString()));
     m_viewModel.setAppIcon(app.iconName);
     m_viewModel.setSections(catalog ? catalog->sections : QList<MenuSection>{});
@@ -85,28 +102,18 @@ void OverlayPanelController::present(const RunningApp& app,
     m_viewModel.setShowNoShortcut(showNoShortcut);
     m_viewModel.setGlassy(glassy);
     m_viewModel.setTriggerSymbol(triggerSymbol);
+    m_lists.setDeferred(false);
 
     // A fade-out still running can no longer hide the panel.
     nextGeneration();
 
-    // A fresh root view: every presentation starts with fresh view state (focus, hover). It is
-    // put into the panel before it completes, so that its images load for that window.
-    QObject* created = m_rootComponent->beginCreate(m_engine->rootContext());
-    m_root = qobject_cast<QQuickItem*>(created);
-    if (!m_root)
-        qFatal("overlay: the root view could not be made: %s",
-               qPrintable(m_rootComponent->errorString()));
-    QQmlEngine::setObjectOwnership(m_root, QQmlEngine::CppOwnership);
-    m_root->setParentItem(m_panel->contentItem());
-    m_rootComponent->setInitialProperties(m_root,
-                                          {{QStringLiteral("model"), QVariant::fromValue(&m_viewModel)},
-                                           {QStringLiteral("lists"), QVariant::fromValue(&m_lists)},
-                                           {QStringLiteral("translucent"), m_translucent}});
-    m_rootComponent->completeCreate();
-    QQmlProperty(m_root, QStringLiteral("anchors.fill"))
-        .write(QVariant::fromValue(m_panel->contentItem()));
-
     place();
+
+    // The root view is made once; every presentation resets its own state (search focus,
+    // scroll positions), which is what Part 5.2's fresh view per presentation is for. Hover
+    // follows the pointer by itself. Making a new view each time costs a frame and more.
+    QMetaObject::invokeMethod(m_root, "reset");
+
     m_root->setOpacity(0);
     m_panel->show(); // does not take activation (PeekPanel)
     m_panel->raise();
@@ -236,6 +243,8 @@ void OverlayPanelController::dismiss()
         if (m_fadeGeneration != generation || !m_panel)
             return;
         m_panel->hide();
+        // What this presentation's views left behind goes now, while nobody is waiting.
+        m_engine->collectGarbage();
         Q_EMIT hidden();
     });
 }

@@ -34,7 +34,7 @@ public:
     PeekPanel* panel() const { return m_panel.get(); }
     qint64 fadeGeneration() const { return m_fadeGeneration; }
     bool keyMonitorInstalled() const { return m_keyMonitor; }
-    QQuickItem* rootView() const { return m_root; } // the current presentation's root view
+    QQuickItem* rootView() const { return m_root; } // made with the panel, kept with it
 
     void present(const RunningApp& app, const std::optional<MenuCatalog>& catalog,
                  const QStringList& favorites, bool showDisabled, bool showNoShortcut, bool glassy,
@@ -45,7 +45,7 @@ public:
 
     // Whether the panel's transparent parts are composited (the glass is then translucent).
     // Set by the shell from the platform; false draws the card solid.
-    void setTranslucent(bool translucent) { m_translucent = translucent; }
+    void setTranslucent(bool translucent);
 
 Q_SIGNALS:
     void presented(); // after a presentation has been set up; its first frame follows

@@ -111,6 +111,9 @@ QList<MenuCommand> OverlayViewModel::favoriteCommands() const
 
 QList<MenuCommand> OverlayViewModel::searchResults() const
 {
+    // Without a search Part 4.2 returns the commands unchanged: no need to build the index.
+    if (!isSearchActive())
+        return allCommands();
     return index().rank(m_query, m_favoriteIDs);
 }
 

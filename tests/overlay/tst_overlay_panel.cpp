@@ -167,9 +167,8 @@ void TestOverlayPanel::placedByTheSizeRule()
     const QString geometry = xdotool({"getwindowgeometry", window});
     const QRect want = expected[visible.size()];
     QVERIFY2(geometry.contains(QStringLiteral("Position: %1,%2").arg(want.x()).arg(want.y())) &&
-                 geometry.contains(QStringLiteral("Geometry: %1x%2")
-                                       .arg(want.width())
-                                       .arg(want.height())),
+                 geometry.contains(
+                     QStringLiteral("Geometry: %1x%2").arg(want.width()).arg(want.height())),
              qPrintable(geometry));
 }
 
@@ -177,9 +176,8 @@ void TestOverlayPanel::panelIsAToolWindowAboveOthers()
 {
     present();
     QProcess xprop;
-    xprop.start(QStringLiteral("xprop"),
-                {"-id", QString::number(m_controller->panel()->winId()), "_NET_WM_STATE",
-                 "_NET_WM_WINDOW_TYPE", "WM_HINTS"});
+    xprop.start(QStringLiteral("xprop"), {"-id", QString::number(m_controller->panel()->winId()),
+                                          "_NET_WM_STATE", "_NET_WM_WINDOW_TYPE", "WM_HINTS"});
     QVERIFY(xprop.waitForFinished(5000));
     const QString props = QString::fromUtf8(xprop.readAllStandardOutput());
     QVERIFY2(props.contains(QStringLiteral("_NET_WM_STATE_ABOVE")), qPrintable(props));
@@ -194,13 +192,22 @@ void TestOverlayPanel::panelIsAToolWindowAboveOthers()
 void TestOverlayPanel::createdOnceAndReused()
 {
     QVERIFY(!m_controller->panel());
-    present();
+    MenuCatalog tall = sample();
+    for (int i = 0; i < 200; ++i)
+        tall.sections[0].commands << command("File", QStringLiteral("Recent %1").arg(i));
+    present(tall);
     PeekPanel* first = m_controller->panel();
-    QQuickItem* firstRoot = m_controller->rootView();
+    pinAndWaitForKeyboard();
+    QQuickItem* grid = item(m_controller->rootView(), "sectionGrid");
+    const qreal top = grid->property("contentY").toReal();
+    grid->setProperty("contentY", top + 2000);
     m_controller->dismiss();
-    present();
+    present(tall);
     QCOMPARE(m_controller->panel(), first);
-    QVERIFY(m_controller->rootView() != firstRoot); // a fresh root view for every presentation
+    // Every presentation starts with fresh view state: no search focus, scrolled to the top.
+    QVERIFY(!item(m_controller->rootView(), "searchText")->hasActiveFocus());
+    QCOMPARE(m_controller->rootView()->property("searchFocused").toBool(), false);
+    QCOMPARE(grid->property("contentY").toReal(), top);
 }
 
 void TestOverlayPanel::fadesInAndOut()
@@ -278,7 +285,7 @@ void TestOverlayPanel::pinnedKeysReachThePanelWhileTheApplicationStaysActive()
     pinAndWaitForKeyboard();
     type(QStringLiteral("save"));
     QTRY_COMPARE(m_controller->viewModel().query(), QStringLiteral("save"));
-    QCOMPARE(activeWindowPid(), m_mousepad); // the application keeps _NET_ACTIVE_WINDOW
+    QCOMPARE(activeWindowPid(), m_mousepad);  // the application keeps _NET_ACTIVE_WINDOW
     QCOMPARE(windowName(m_mousepad), before); // and got none of the typing
 
     key(QStringLiteral("Down"));

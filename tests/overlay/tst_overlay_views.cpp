@@ -348,9 +348,9 @@ void TestOverlayViews::hugeMenuMakesOnlyTheRowsInView()
 {
     MenuCatalog catalog{{}, {}, {{"Huge", {}}}};
     for (int i = 0; i < 2500; ++i)
-        catalog.sections[0].commands << command({"Huge", QStringLiteral("Row %1").arg(i)},
-                                                i % 3 ? ShortcutKeys{{"Ctrl"}, "K"}
-                                                      : ShortcutKeys::none);
+        catalog.sections[0].commands
+            << command({"Huge", QStringLiteral("Row %1").arg(i)},
+                       i % 3 ? ShortcutKeys{{"Ctrl"}, "K"} : ShortcutKeys::none);
     present(catalog);
     QQuickItem* card = visibleItems(root(), "sectionCard").value(0);
     QVERIFY(card);
@@ -410,8 +410,8 @@ void TestOverlayViews::pinnedHeaderShowsBadgeLeftOfNothing()
 void TestOverlayViews::pinnedBeforeTheFirstFrame()
 {
     // The pin may come before the panel has drawn anything: the header is laid out the same.
-    m_controller->present(RunningApp{1, {}, QStringLiteral("Editor"), {}}, sample(), {}, true,
-                          true, true, QStringLiteral("Ctrl"));
+    m_controller->present(RunningApp{1, {}, QStringLiteral("Editor"), {}}, sample(), {}, true, true,
+                          true, QStringLiteral("Ctrl"));
     m_controller->pin();
     QVERIFY(QTest::qWaitForWindowExposed(m_controller->panel()));
     QVERIFY(nextFrame(m_controller->panel()));

@@ -33,8 +33,8 @@ void TestPanelPlacement::frame_data()
     QTest::newRow("1440 × 875 visible: 940 × 640, centred")
         << Screens{laptop} << 0 << QPointF(10, 10)
         << std::optional(QRectF(250, 25 + (875 - 640) / 2.0, 940, 640));
-    QTest::newRow("1000 × 700: 740 × 546") << Screens{small} << 0 << QPointF(1500, 10)
-                                           << std::optional(QRectF(1570, 77, 740, 546));
+    QTest::newRow("1000 × 700: 740 × 546")
+        << Screens{small} << 0 << QPointF(1500, 10) << std::optional(QRectF(1570, 77, 740, 546));
     QTest::newRow("pointer on the secondary screen: centred there")
         << Screens{laptop, small} << 0 << QPointF(2000, 300)
         << std::optional(QRectF(1570, 77, 740, 546));
@@ -50,10 +50,10 @@ void TestPanelPlacement::frame_data()
     QTest::newRow("pointer on no screen and no main screen: the first")
         << Screens{laptop, small} << -1 << QPointF(-10, -10)
         << std::optional(QRectF(250, 142.5, 940, 640));
-    QTest::newRow("no lower bound") << Screens{tiny} << 0 << QPointF(1, 1)
-                                    << std::optional(QRectF(52, 33, 296, 234));
-    QTest::newRow("no screens: no frame") << Screens{} << -1 << QPointF(0, 0)
-                                          << std::optional<QRectF>();
+    QTest::newRow("no lower bound")
+        << Screens{tiny} << 0 << QPointF(1, 1) << std::optional(QRectF(52, 33, 296, 234));
+    QTest::newRow("no screens: no frame")
+        << Screens{} << -1 << QPointF(0, 0) << std::optional<QRectF>();
 }
 
 void TestPanelPlacement::frame()

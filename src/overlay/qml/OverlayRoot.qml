@@ -26,7 +26,12 @@ Item {
         function onQueryChanged() { root.model.selection = 0 }
         function onSelectionChanged() { results.reveal() }
     }
-    Component.onCompleted: {
+    // A new presentation (Part 5.2): the view's own state starts afresh, as in a new view.
+    function reset() {
+        searchFocused = false
+        // (positionViewAtBeginning() would hide the top margins.)
+        grid.contentY = grid.originY - grid.topMargin
+        results.contentY = results.originY - results.topMargin
         if (root.model.pinned)
             Qt.callLater(() => root.searchFocused = true)
     }
@@ -224,7 +229,8 @@ Item {
                 rightMargin: 12
                 spacing: 2
                 boundsBehavior: Flickable.StopAtBounds
-                model: visible ? root.lists.results : null
+                model: root.lists.results
+                reuseItems: true // a keystroke resets the results: their rows are reused
                 ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded }
                 delegate: SearchRow {
                     width: results.width - 24
@@ -259,7 +265,8 @@ Item {
                 readonly property int columns: Math.max(1, Math.floor((area + 12) / (290 + 12)))
                 readonly property real columnWidth:
                     Math.min(460, (area - 12 * (columns - 1)) / columns)
-                readonly property var sections: visible ? root.lists.sections : []
+                // Kept while a search is shown, so that clearing the query shows it at once.
+                readonly property var sections: root.lists.sections
 
                 header: Item {
                     width: grid.area
