@@ -1,6 +1,7 @@
 // The workspace service on a real X server with openbox (session tier): the frontmost
 // application and the activations of two real applications, and of this process's own window.
 
+#include "SessionTools.h"
 #include "platform/linux/X11Workspace.h"
 
 #include <QGuiApplication>
@@ -10,18 +11,7 @@
 #include <QWindow>
 
 using namespace corvane;
-
-namespace {
-
-QString xdotool(const QStringList& arguments)
-{
-    QProcess process;
-    process.start(QStringLiteral("xdotool"), arguments);
-    process.waitForFinished(10000);
-    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
-}
-
-} // namespace
+using corvane::test::xdotool;
 
 class TestX11Workspace : public QObject {
     Q_OBJECT
@@ -34,29 +24,13 @@ private Q_SLOTS:
 
 private:
     qint64 startFixture(const QString& program);
-    QList<QProcess*> m_processes;
+    test::Programs m_programs;
     qint64 m_gtk = 0, m_qt = 0;
 };
 
 qint64 TestX11Workspace::startFixture(const QString& program)
 {
-    auto* process = new QProcess(this);
-    process->setStandardOutputFile(QProcess::nullDevice());
-    process->setStandardErrorFile(QProcess::nullDevice());
-    process->start(program, {});
-    if (!process->waitForStarted(10000))
-        qFatal("%s did not start", qPrintable(program));
-    m_processes.append(process);
-    const qint64 pid = process->processId();
-    if (!QTest::qWaitFor(
-            [pid] {
-                return !xdotool({"search", "--all", "--onlyvisible", "--pid", QString::number(pid),
-                                 "--name", "fixture"})
-                            .isEmpty();
-            },
-            20000))
-        qFatal("%s showed no window", qPrintable(program));
-    return pid;
+    return m_programs.startWithWindow(program, {}, QStringLiteral("fixture"));
 }
 
 void TestX11Workspace::initTestCase()
@@ -68,10 +42,7 @@ void TestX11Workspace::initTestCase()
 
 void TestX11Workspace::cleanupTestCase()
 {
-    for (QProcess* p : m_processes) {
-        p->kill();
-        p->waitForFinished(5000);
-    }
+    m_programs.stopAll();
 }
 
 void TestX11Workspace::activationsInOrder()
@@ -81,7 +52,8 @@ void TestX11Workspace::activationsInOrder()
     QSignalSpy spy(&workspace, &X11Workspace::otherApplicationActivated);
     const auto activate = [](qint64 pid) {
         const QString window = xdotool({"search", "--all", "--onlyvisible", "--pid",
-                                        QString::number(pid), "--name", "fixture"})
+                                        QString::number(pid), "--name", "fixture"},
+                                       false)
                                    .split('\n')
                                    .last();
         xdotool({"windowactivate", "--sync", window});

@@ -1,6 +1,7 @@
 // The hold trigger from real input (session tier): xdotool sends XTEST key and button events to
 // a real X server; XInputMonitors turns its raw events into the detector's input.
 
+#include "SessionTools.h"
 #include "platform/linux/XInputMonitors.h"
 #include "trigger/HoldDetector.h"
 
@@ -10,20 +11,13 @@
 #include <QWindow>
 
 using namespace corvane;
+using corvane::test::xdotool;
 using Effect = HoldStateMachine::Effect;
 using Effects = HoldStateMachine::Effects;
 using State = HoldStateMachine::State;
 namespace MF = ModifierFlags;
 
 namespace {
-
-void xdotool(const QStringList& arguments)
-{
-    QProcess process;
-    process.start(QStringLiteral("xdotool"), arguments);
-    if (!process.waitForFinished(10000) || process.exitCode() != 0)
-        qFatal("xdotool %s failed", qPrintable(arguments.join(' ')));
-}
 
 QString names(const QList<Effects>& lists)
 {
