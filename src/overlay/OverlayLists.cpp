@@ -30,7 +30,20 @@ void OverlayLists::setDeferred(bool deferred)
 
 void OverlayLists::sectionsAssigned()
 {
-    m_sectionsStale = m_favoritesStale = m_resultsStale = true;
+    m_favoritesStale = m_resultsStale = true;
+    // The same catalog and filters again (another peek at the same application): the section
+    // lists stay as they are, and so do the cards showing them.
+    const SectionInputs inputs{m_model->sections(), m_model->showDisabled(),
+                               m_model->showNoShortcut()};
+    if (!m_sectionsStale && inputs == m_sectionInputs) {
+        if (!m_deferred) {
+            refreshFavorites();
+            refreshResults();
+        }
+        return;
+    }
+    m_sectionInputs = inputs;
+    m_sectionsStale = true;
     if (m_deferred)
         return;
     Q_EMIT sectionsChanged();

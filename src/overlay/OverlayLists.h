@@ -60,6 +60,14 @@ private:
     bool m_favoritesStale = true;
     bool m_resultsStale = true;
     bool m_deferred = false;
+    // What the section lists were last made from.
+    struct SectionInputs {
+        QList<MenuSection> sections;
+        bool showDisabled = true;
+        bool showNoShortcut = true;
+        friend bool operator==(const SectionInputs&, const SectionInputs&) = default;
+    };
+    SectionInputs m_sectionInputs;
 };
 
 } // namespace corvane

@@ -1,6 +1,7 @@
 // Part 5.1: the overlay view model's derived lists, selection and execution, each edge case
 // worth testing, and that every assignment notifies and the cached index never goes stale.
 
+#include "overlay/OverlayLists.h"
 #include "overlay/OverlayViewModel.h"
 #include "shortcuts/CommandFilter.h"
 
@@ -43,6 +44,7 @@ private Q_SLOTS:
     void executeDisabledCommandByKeyboard();
     void everyAssignmentNotifies();
     void derivedListsNeverStale();
+    void listModelsFollowTheViewModel();
 };
 
 void TestOverlayViewModel::initialValues()
@@ -228,6 +230,42 @@ void TestOverlayViewModel::derivedListsNeverStale()
     QCOMPARE(titles(m.searchResults()), (QStringList{"Copy", "Cope"}));
     QCOMPARE(titles(m.searchResults()),
              titles(CommandFilter::rank(m.allCommands(), m.query(), m.favoriteIDs())));
+}
+
+void TestOverlayViewModel::listModelsFollowTheViewModel()
+{
+    OverlayViewModel m;
+    OverlayLists lists(&m);
+    const QList<MenuSection> sections{{"File", {cmd("File", "Save", true, ctrlS)}},
+                                      {"Edit", {cmd("Edit", "Undo", false)}}};
+    m.setSections(sections);
+    const QList<QObject*> first = lists.sections();
+    QCOMPARE(first.size(), 2);
+    QCOMPARE(lists.commandCount(), 2);
+
+    // The same catalog again keeps the lists (and the cards showing them).
+    QSignalSpy changed(&lists, &OverlayLists::sectionsChanged);
+    m.setSections(sections);
+    QCOMPARE(changed.size(), 0);
+    QCOMPARE(lists.sections(), first);
+
+    // A filter change makes new ones, from a fresh computation.
+    m.setShowDisabled(false);
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(lists.sections().size(), 1);
+    QCOMPARE(lists.commandCount(), 1);
+    m.setShowDisabled(true);
+    QCOMPARE(lists.sections().size(), 2);
+
+    // Results only while a search is active; favourites in stored order.
+    QCOMPARE(lists.results()->count(), 0);
+    m.setQuery(QStringLiteral("un"));
+    QVERIFY(lists.searchActive());
+    QCOMPARE(lists.results()->count(), 1);
+    m.setFavoriteOrder({cmd("Edit", "Undo").id(), cmd("File", "Save").id()});
+    QCOMPARE(lists.favorites()->count(), 2);
+    QCOMPARE(lists.favorites()->data(lists.favorites()->index(0), CommandListModel::TitleRole),
+             QVariant(QStringLiteral("Undo")));
 }
 
 QTEST_GUILESS_MAIN(TestOverlayViewModel)
