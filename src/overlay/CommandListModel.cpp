@@ -34,7 +34,8 @@ QList<int> CommandListModel::rowKinds() const
     QList<int> kinds;
     kinds.reserve(m_commands.size());
     for (const MenuCommand& command : m_commands)
-        kinds.append((command.path.size() >= 3 ? 1 : 0) | (command.shortcut.key.isEmpty() ? 0 : 2));
+        kinds.append((command.breadcrumb().isEmpty() ? 0 : 1) |
+                     (command.shortcut.key.isEmpty() ? 0 : 2));
     return kinds;
 }
 

@@ -118,7 +118,6 @@ void OverlayPanelController::present(const RunningApp& app,
     m_panel->show(); // does not take activation (PeekPanel)
     m_panel->raise();
     fade(1.0, fadeInMs, {});
-    Q_EMIT presented();
 }
 
 void OverlayPanelController::place()

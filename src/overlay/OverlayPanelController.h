@@ -48,8 +48,7 @@ public:
     void setTranslucent(bool translucent);
 
 Q_SIGNALS:
-    void presented(); // after a presentation has been set up; its first frame follows
-    void hidden();    // after a fade-out ordered the panel out
+    void hidden(); // after a fade-out ordered the panel out
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
