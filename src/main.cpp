@@ -1,26 +1,68 @@
-// Corvane's entry point: everything else lives in the subsystem libraries.
+// Corvane's entry point (Part 1.1's AppDelegate.main() on Linux): one instance per session, the
+// Linux platform services, the delegate, the event loop. Everything else lives in the
+// subsystem libraries.
 
-#include "app/TriggerSettings.h"
+#include "app/AppDelegate.h"
+#include "app/SecondaryWindows.h"
 #include "platform/UserDefaults.h"
+#include "platform/linux/AccessibilitySwitch.h"
+#include "platform/linux/AtspiClient.h"
+#include "platform/linux/SingleInstance.h"
+#include "platform/linux/X11Workspace.h"
+#include "platform/linux/XInputMonitors.h"
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QLoggingCategory>
+#include <QQuickWindow>
 #include <QTextStream>
 
 int main(int argc, char* argv[])
 {
-    QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("Corvane"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(CORVANE_VERSION));
+    using namespace corvane;
 
-    auto& defaults = corvane::UserDefaults::standard();
-    corvane::TriggerSettings::registerDefaults(defaults);
-    const QString trigger = corvane::TriggerSettings::triggerSetting(defaults);
-    QTextStream(stdout)
-        << "Corvane " << QCoreApplication::applicationVersion() << ": settings in "
-        << defaults.filePath() << "; trigger "
-        << (trigger == u"off" ? QStringLiteral("off")
-                              : corvane::TriggerSettings::triggerSymbol(trigger))
-        << ", hold delay " << corvane::TriggerSettings::holdDelay(defaults)
-        << " s.\nThe tray icon and the overlay arrive with the application shell.\n";
-    return 0;
+    // X11 first; under Wayland Corvane runs through XWayland (PLATFORM.md).
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    // A tray utility that lives all day: the software scene graph (PLATFORM.md, Stack).
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    // Debug lines (the permission poll) only when asked for with QT_LOGGING_RULES.
+    QLoggingCategory::setFilterRules(QStringLiteral("com.vantorel.corvane.*.debug=false"));
+
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Corvane"));
+    QApplication::setApplicationVersion(QStringLiteral(CORVANE_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("com.vantorel.Corvane"));
+    // The secondary windows come and go; Corvane lives in the tray until "Quit Corvane".
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    SingleInstance instance;
+    if (instance.claim() == SingleInstance::Claim::second) {
+        const bool answered = SingleInstance::askFirstToShowSettings();
+        QTextStream(stderr) << (answered ? "Corvane is already running; its settings are shown.\n"
+                                         : "Corvane is already running but does not answer.\n");
+        return 0;
+    }
+
+    XInputMonitors monitors;
+    QString whyNot;
+    if (!monitors.isAvailable(&whyNot))
+        QTextStream(stderr) << "corvane: holding the trigger cannot be watched here (" << whyNot
+                            << "); \"Peek Current App\" in the tray menu still works.\n";
+    X11Workspace workspace;
+    AccessibilitySwitch trust;
+
+    AppDelegate delegate(UserDefaults::standard(),
+                         {.monitors = monitors,
+                          .workspace = workspace,
+                          .trust = trust,
+                          .menuSource = std::make_shared<atspi::MenuBarFinder>(),
+                          .beep = [] { QApplication::beep(); }});
+    AppDelegate::shared = &delegate;
+    // Input meant for the panel is Corvane's own, not a hold or an interruption (PLATFORM.md).
+    monitors.keyboardHeldByUs = [&delegate] { return delegate.overlay.keyMonitorInstalled(); };
+    monitors.ownPanelFrame = [&delegate] { return delegate.visiblePanelFrame(); };
+    QObject::connect(&instance, &SingleInstance::showSettingsRequested,
+                     [] { SettingsWindowPresenter::shared().show(); });
+
+    delegate.applicationDidFinishLaunching();
+    return QApplication::exec();
 }

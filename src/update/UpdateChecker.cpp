@@ -2,12 +2,15 @@
 
 #include "whatsnew/AppVersion.h"
 
+#include <QDesktopServices>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMessageBox>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QPointer>
+#include <QPushButton>
 
 namespace corvane {
 
@@ -123,6 +126,46 @@ void UpdateChecker::check(std::function<void(const Result&)> completion, const O
                          }
                          deliver(decide(body, current));
                      });
+}
+
+void UpdateChecker::checkAndPresent()
+{
+    checkAndPresent(Options());
+}
+
+void UpdateChecker::checkAndPresent(const Options& options)
+{
+    const QString current = options.currentVersion;
+    check(
+        [current](const Result& result) {
+            QMessageBox alert;
+            alert.setWindowTitle(QStringLiteral("Corvane"));
+            QPushButton* download = nullptr;
+            if (!result.succeeded) {
+                alert.setText(tr("Couldn't check for updates."));
+                alert.setInformativeText(
+                    tr("Try again in a minute, or grab the newest version at %1.").arg(host()));
+                alert.addButton(tr("OK"), QMessageBox::AcceptRole);
+            } else if (result.update) {
+                alert.setText(tr("Version %1 is available.").arg(result.update->version));
+                alert.setInformativeText(tr("You have %1. The update is a quick download from %2.")
+                                             .arg(current, host()));
+                download = alert.addButton(tr("Download"), QMessageBox::AcceptRole);
+                alert.addButton(tr("Later"), QMessageBox::RejectRole);
+                alert.setDefaultButton(download);
+            } else {
+                alert.setText(tr("You're up to date."));
+                alert.setInformativeText(tr("Corvane %1 is the latest version.").arg(current));
+                alert.addButton(tr("OK"), QMessageBox::AcceptRole);
+            }
+            alert.show();
+            alert.raise();
+            alert.activateWindow();
+            alert.exec();
+            if (download && alert.clickedButton() == download)
+                QDesktopServices::openUrl(result.update->downloadURL);
+        },
+        options);
 }
 
 } // namespace corvane

@@ -1,7 +1,7 @@
 #pragma once
 
 // The manual update check of Part 7.1: fetch the JSON feed, compare its version with the
-// running one. The alerts are presented by the application shell.
+// running one, and present the result in one of three alerts.
 
 #include <QByteArray>
 #include <QCoreApplication>
@@ -45,6 +45,11 @@ public:
     // thread that called check() (the main thread).
     static void check(std::function<void(const Result&)> completion);
     static void check(std::function<void(const Result&)> completion, const Options& options);
+
+    // Runs check() and presents the result: update found (Download / Later), up to date, or
+    // failure; "Download" opens the download address in the browser.
+    static void checkAndPresent();
+    static void checkAndPresent(const Options& options);
 
     // Decides the result from a response body (step 2.2 onwards of the check).
     static Result decide(const QByteArray& body, const QString& currentVersion);

@@ -1,11 +1,13 @@
 // Part 2.2's hold detector driven through a fake set of input monitors: every edge case worth
 // testing, the worked sequences, the timer, and re-entrant send from inside onEffect.
 
+#include "FakeMonitors.h"
 #include "trigger/HoldDetector.h"
 
 #include <QTest>
 
 using namespace corvane;
+using corvane::test::FakeMonitors;
 using Effect = HoldStateMachine::Effect;
 using Effects = HoldStateMachine::Effects;
 using State = HoldStateMachine::State;
@@ -13,35 +15,6 @@ using Kind = InputMonitors::Kind;
 namespace MF = ModifierFlags;
 
 namespace {
-
-class FakeMonitors : public InputMonitors {
-public:
-    std::optional<Token> add(Kind kind, Handler handler) override
-    {
-        if (refuse.contains(kind))
-            return std::nullopt;
-        handlers.insert(++next, {kind, std::move(handler)});
-        ++added;
-        return next;
-    }
-    void remove(Token token) override { handlers.remove(token); }
-    QPointF pointerPosition() const override { return pointer; }
-
-    void emit(Kind kind, std::uint64_t flags = 0)
-    {
-        const auto copy = handlers; // a handler may stop and start the monitors
-        for (const auto& [k, handler] : copy)
-            if (k == kind)
-                handler(Event{kind, flags});
-    }
-    void modifiers(std::uint64_t flags) { emit(Kind::modifierChange, flags); }
-
-    QHash<Token, std::pair<Kind, Handler>> handlers;
-    QList<Kind> refuse;
-    QPointF pointer{0, 0};
-    Token next = 0;
-    int added = 0;
-};
 
 constexpr std::uint64_t capsLock = 0x10000;
 

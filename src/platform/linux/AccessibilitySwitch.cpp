@@ -4,6 +4,7 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
 #include <QDBusReply>
 #include <QDBusVariant>
 
@@ -15,7 +16,7 @@ const QString path = QStringLiteral("/org/a11y/bus");
 const QString statusInterface = QStringLiteral("org.a11y.Status");
 } // namespace
 
-AccessibilitySwitch::AccessibilitySwitch(QObject* parent) : QObject(parent) {}
+AccessibilitySwitch::AccessibilitySwitch(QObject* parent) : AccessibilityTrust(parent) {}
 
 std::optional<bool> AccessibilitySwitch::isEnabled(QString* whyNot)
 {
@@ -43,11 +44,6 @@ std::optional<bool> AccessibilitySwitch::isEnabled(QString* whyNot)
     return value.toBool();
 }
 
-bool AccessibilitySwitch::isTrusted()
-{
-    return isEnabled().value_or(false) && atspi::accessibilityBus().has_value();
-}
-
 bool AccessibilitySwitch::setEnabled(bool enabled)
 {
     QDBusMessage set = QDBusMessage::createMethodCall(
@@ -67,11 +63,70 @@ bool AccessibilitySwitch::watch()
         SLOT(onPropertiesChanged(QString, QVariantMap, QStringList)));
 }
 
-void AccessibilitySwitch::onPropertiesChanged(const QString& interface, const QVariantMap&,
+void AccessibilitySwitch::refresh(std::function<void(bool trusted)> completion)
+{
+    if (completion)
+        m_waiting.append(std::move(completion));
+    if (m_reading)
+        return; // the read in flight answers every caller
+    QDBusConnection session = QDBusConnection::sessionBus();
+    if (!session.isConnected()) {
+        answer(false);
+        return;
+    }
+    m_reading = true;
+    // First IsEnabled, then, when it is on, whether the a11y bus has an address.
+    const auto ask = [this, session](const QDBusMessage& message,
+                                     std::function<void(const QDBusMessage&)> then) {
+        auto* watcher =
+            new QDBusPendingCallWatcher(session.asyncCall(message, atspi::requestTimeoutMs * 2));
+        connect(watcher, &QDBusPendingCallWatcher::finished, this,
+                [watcher, then = std::move(then)] {
+                    watcher->deleteLater();
+                    then(watcher->reply());
+                });
+    };
+    QDBusMessage get = QDBusMessage::createMethodCall(
+        service, path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+    get.setArguments({statusInterface, QStringLiteral("IsEnabled")});
+    ask(get, [this, ask](const QDBusMessage& reply) {
+        const bool isOn =
+            reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty() &&
+            reply.arguments().constFirst().value<QDBusVariant>().variant() == QVariant(true);
+        if (!isOn) {
+            m_reading = false;
+            answer(false);
+            return;
+        }
+        ask(QDBusMessage::createMethodCall(service, path, service, QStringLiteral("GetAddress")),
+            [this](const QDBusMessage& addressReply) {
+                m_reading = false;
+                answer(addressReply.type() == QDBusMessage::ReplyMessage &&
+                       !addressReply.arguments().isEmpty() &&
+                       !addressReply.arguments().constFirst().toString().isEmpty());
+            });
+    });
+}
+
+void AccessibilitySwitch::answer(bool trusted)
+{
+    m_trusted = trusted;
+    const auto waiting = std::exchange(m_waiting, {});
+    for (const auto& completion : waiting)
+        completion(trusted);
+}
+
+void AccessibilitySwitch::onPropertiesChanged(const QString& interface, const QVariantMap& changed,
                                               const QStringList&)
 {
-    if (interface == statusInterface)
-        Q_EMIT changed();
+    if (interface != statusInterface)
+        return;
+    // The broadcast carries the new value: keep it at once, so that nobody reads a stale answer
+    // while the shell's re-read (Part 1.2, half a second later) is pending.
+    const auto value = changed.constFind(QStringLiteral("IsEnabled"));
+    if (value != changed.cend() && value->typeId() == QMetaType::Bool)
+        m_trusted = m_trusted && value->toBool();
+    Q_EMIT broadcast();
 }
 
 } // namespace corvane

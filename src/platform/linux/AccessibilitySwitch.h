@@ -2,14 +2,17 @@
 
 // The accessibility switch (PLATFORM.md): the Linux AXIsProcessTrusted() is "the a11y bus is
 // reachable and org.a11y.Status IsEnabled is true"; setting IsEnabled is the prompt; every change
-// is broadcast as PropertiesChanged on /org/a11y/bus. Reads are blocking session-bus calls.
+// is broadcast as PropertiesChanged on /org/a11y/bus. The static reads block (call them off the
+// main thread); the AccessibilityTrust side reads asynchronously and never waits.
 
-#include <QObject>
+#include "platform/AccessibilityTrust.h"
+
+#include <QList>
 #include <optional>
 
 namespace corvane {
 
-class AccessibilitySwitch : public QObject {
+class AccessibilitySwitch : public AccessibilityTrust {
     Q_OBJECT
 
 public:
@@ -17,18 +20,23 @@ public:
 
     // Absent, with a reason, when the session bus or org.a11y.Bus does not answer.
     static std::optional<bool> isEnabled(QString* whyNot = nullptr);
-    static bool isTrusted();
     static bool setEnabled(bool enabled);
 
-    // Starts listening for the broadcast; false when the session bus is not reachable.
-    bool watch();
-
-Q_SIGNALS:
-    void changed();
+    // AccessibilityTrust: trusted when IsEnabled is true and the a11y bus has an address.
+    bool isTrusted() const override { return m_trusted; }
+    void refresh(std::function<void(bool trusted)> completion) override;
+    bool watch() override;
 
 private Q_SLOTS:
     void onPropertiesChanged(const QString& interface, const QVariantMap& changed,
                              const QStringList& invalidated);
+
+private:
+    void answer(bool trusted);
+
+    bool m_trusted = false;
+    bool m_reading = false;
+    QList<std::function<void(bool)>> m_waiting; // completions of the read in flight
 };
 
 } // namespace corvane

@@ -9,7 +9,7 @@
 
 namespace corvane {
 
-X11Workspace::X11Workspace(QObject* parent) : QObject(parent)
+X11Workspace::X11Workspace(QObject* parent) : Workspace(parent)
 {
     qRegisterMetaType<RunningApp>();
     m_display = XOpenDisplay(nullptr);
@@ -29,11 +29,6 @@ X11Workspace::~X11Workspace()
     delete m_notifier;
     if (m_display)
         XCloseDisplay(m_display);
-}
-
-qint64 X11Workspace::thisProcessId()
-{
-    return QCoreApplication::applicationPid();
 }
 
 std::optional<qint64> X11Workspace::activeWindowOwner() const

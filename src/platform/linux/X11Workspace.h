@@ -4,9 +4,8 @@
 // (_NET_WM_PID) of _NET_ACTIVE_WINDOW; an activation is a PropertyNotify of _NET_ACTIVE_WINDOW
 // whose new owner is another process than the last one.
 
-#include "platform/RunningApp.h"
+#include "platform/Workspace.h"
 
-#include <QObject>
 #include <optional>
 
 class QSocketNotifier;
@@ -14,7 +13,7 @@ typedef struct _XDisplay Display;
 
 namespace corvane {
 
-class X11Workspace : public QObject {
+class X11Workspace : public Workspace {
     Q_OBJECT
 
 public:
@@ -22,13 +21,10 @@ public:
     ~X11Workspace() override;
 
     bool isAvailable() const { return m_display != nullptr; }
-    std::optional<RunningApp> frontmostApplication() const;
-    static qint64 thisProcessId();
+    std::optional<RunningApp> frontmostApplication() const override;
 
 Q_SIGNALS:
-    // Every change of the active window's owner, this process included (the shell decides).
-    void applicationActivated(const corvane::RunningApp& app);
-    // The same, for processes other than this one.
+    // Workspace::applicationActivated(), for processes other than this one.
     void otherApplicationActivated(const corvane::RunningApp& app);
 
 private:

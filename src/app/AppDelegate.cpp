@@ -1,0 +1,328 @@
+#include "AppDelegate.h"
+
+#include "SecondaryWindows.h"
+#include "StatusMenuController.h"
+#include "TriggerSettings.h"
+#include "menus/MenuCrawler.h"
+#include "menus/MenuWalk.h"
+#include "platform/AccessibilityTrust.h"
+#include "platform/InputMonitors.h"
+#include "platform/UserDefaults.h"
+#include "platform/Workspace.h"
+
+#include <QLoggingCategory>
+
+Q_LOGGING_CATEGORY(lcApp, "com.vantorel.corvane.app")
+
+namespace corvane {
+
+namespace {
+constexpr int trustRefreshDelayMs = 500; // Part 1.2: the permission is re-read 0.5 s later
+constexpr int trustPollIntervalMs = 2000;
+} // namespace
+
+AppDelegate::AppDelegate(UserDefaults& defaults, Platform platform, QObject* parent)
+    : QObject(parent), favorites(defaults), cache(std::make_shared<MenuCatalogCache>()),
+      detector(platform.monitors), m_defaults(defaults), m_platform(std::move(platform))
+{
+    qRegisterMetaType<RunningApp>();
+}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    registerDefaults();
+    statusMenuController = std::make_unique<StatusMenuController>(m_platform.showStatusItem);
+    wireDetector();
+    wireOverlay();
+    reloadTriggerSettings();
+    detector.start();
+    observeAppSwitches();
+    observeTrustChanges();
+    // Step 9, the launch announcements of Part 1.6, arrives with the Welcome and What's New
+    // windows.
+    qCInfo(lcApp, "Corvane %s started: trigger %s, hold delay %.2f s, %lld event monitors",
+           qUtf8Printable(QCoreApplication::applicationVersion()),
+           qUtf8Printable(triggerSymbol().isEmpty() ? QStringLiteral("off") : triggerSymbol()),
+           detector.holdDelay, qint64(detector.installedMonitorCount()));
+}
+
+void AppDelegate::registerDefaults()
+{
+    TriggerSettings::registerDefaults(m_defaults);
+}
+
+void AppDelegate::reloadTriggerSettings()
+{
+    detector.holdDelay = TriggerSettings::holdDelay(m_defaults);
+    detector.triggerModifier =
+        TriggerSettings::triggerModifier(TriggerSettings::triggerSetting(m_defaults));
+    overlay.viewModel().setTriggerSymbol(triggerSymbol());
+}
+
+QString AppDelegate::triggerSymbol() const
+{
+    return TriggerSettings::triggerSymbol(TriggerSettings::triggerSetting(m_defaults));
+}
+
+WhatsNewActions AppDelegate::whatsNewActions() const
+{
+    return {.openSettings = [] { SettingsWindowPresenter::shared().show(); }};
+}
+
+bool AppDelegate::isTrusted() const
+{
+    return m_platform.trust.isTrusted();
+}
+
+std::optional<RunningApp> AppDelegate::frontmostOtherApplication() const
+{
+    auto front = m_platform.workspace.frontmostApplication();
+    if (front && front->pid == Workspace::thisProcessId())
+        return std::nullopt;
+    return front;
+}
+
+bool AppDelegate::panelIsVisible() const
+{
+    return overlay.panel() && overlay.panel()->isVisible();
+}
+
+std::optional<QRectF> AppDelegate::visiblePanelFrame() const
+{
+    if (!panelIsVisible())
+        return std::nullopt;
+    return QRectF(overlay.panel()->geometry());
+}
+
+void AppDelegate::wireDetector()
+{
+    QPointer<AppDelegate> self(this);
+    detector.onEffect = [self](const HoldStateMachine::Effects& effects) {
+        for (const auto effect : effects) {
+            if (!self)
+                return;
+            switch (effect) {
+            case HoldStateMachine::Effect::startTimer:
+                // Prefetch while the user is still holding.
+                if (const auto front = self->frontmostOtherApplication())
+                    self->crawlAndUpdate(*front);
+                else if (self->lastExternalApp)
+                    self->crawlAndUpdate(*self->lastExternalApp);
+                break;
+            case HoldStateMachine::Effect::cancelTimer:
+                break;
+            case HoldStateMachine::Effect::show:
+                self->showOverlay();
+                break;
+            case HoldStateMachine::Effect::pin:
+                // On a later turn of the main loop; OverlayPanelController::pin() acts only on
+                // a visible panel.
+                QMetaObject::invokeMethod(
+                    self.data(),
+                    [self] {
+                        if (self)
+                            self->overlay.pin();
+                    },
+                    Qt::QueuedConnection);
+                break;
+            case HoldStateMachine::Effect::hide:
+                self->targetApp.reset();
+                self->overlay.dismiss();
+                break;
+            }
+        }
+    };
+    detector.panelFrameProvider = [self] {
+        return self ? self->visiblePanelFrame() : std::nullopt;
+    };
+    detector.canArmProvider = [self] {
+        if (!self)
+            return false;
+        // Holding the trigger while one of Corvane's own windows is in front never arms.
+        const auto front = self->m_platform.workspace.frontmostApplication();
+        return self->isTrusted() && self->detector.triggerModifier.has_value() &&
+               (!front || front->pid != Workspace::thisProcessId());
+    };
+}
+
+void AppDelegate::wireOverlay()
+{
+    QPointer<AppDelegate> self(this);
+    auto& model = overlay.viewModel();
+    model.onExecute = [self](const MenuCommand& command) {
+        if (self)
+            self->execute(command);
+    };
+    model.onToggleFavorite = [self](const MenuCommand& command) {
+        if (!self || !self->targetApp || !self->targetApp->appId)
+            return;
+        const QString bundleID = *self->targetApp->appId;
+        self->favorites.toggle(command.id(), bundleID);
+        // Read back rather than trusting the toggle: a store that cannot be written keeps the
+        // old list, and the star must show the real state.
+        self->overlay.viewModel().setFavoriteOrder(self->favorites.ids(bundleID));
+        const QStringList ids = self->favorites.ids(bundleID);
+        self->overlay.viewModel().setFavoriteIDs(QSet<QString>(ids.cbegin(), ids.cend()));
+    };
+    model.onPinRequest = [self] {
+        if (self)
+            self->detector.send(HoldStateMachine::Event::pinRequest());
+    };
+    model.onCloseRequest = [self] {
+        if (self)
+            self->detector.send(HoldStateMachine::Event::closeRequest());
+    };
+}
+
+void AppDelegate::showOverlay()
+{
+    auto app = frontmostOtherApplication();
+    if (!app)
+        app = lastExternalApp;
+    if (!app || !app->appId) {
+        detector.send(HoldStateMachine::Event::closeRequest());
+        return;
+    }
+    targetApp = app;
+    const QString bundleID = *app->appId;
+    const auto catalog = cache->catalog(bundleID);
+    const QStringList favoriteIDs = favorites.ids(bundleID);
+    const auto flag = [this](const QString& key) {
+        return m_defaults.boolValue(key).value_or(true);
+    };
+    overlay.present(*app, catalog, favoriteIDs, flag(TriggerSettings::showDisabledItemsKey),
+                    flag(TriggerSettings::showItemsWithoutShortcutKey),
+                    flag(TriggerSettings::glassyBackgroundKey), triggerSymbol());
+    // The menus are read again on every show; the overlay is refreshed when they arrive.
+    crawlAndUpdate(*app);
+}
+
+void AppDelegate::observeAppSwitches()
+{
+    connect(&m_platform.workspace, &Workspace::applicationActivated, this,
+            &AppDelegate::applicationActivated);
+}
+
+void AppDelegate::applicationActivated(const RunningApp& app)
+{
+    // Activating Corvane itself (its settings or Welcome window) changes nothing.
+    if (app.pid == Workspace::thisProcessId())
+        return;
+    lastExternalApp = app;
+    if (panelIsVisible() && (!targetApp || targetApp->pid != app.pid))
+        detector.send(HoldStateMachine::Event::closeRequest());
+}
+
+void AppDelegate::crawlAndUpdate(const RunningApp& app)
+{
+    if (!isTrusted()) {
+        qCCritical(lcCrawl, "crawl skipped: process not trusted");
+        return;
+    }
+    std::weak_ptr<MenuCatalogCache> weakCache = cache;
+    QPointer<AppDelegate> self(this);
+    MenuCrawler::queue().post([weakCache, self, app, source = m_platform.menuSource] {
+        // The job holds the delegate weakly (through its cache) and the application strongly.
+        const auto cache = weakCache.lock();
+        if (!cache)
+            return;
+        const auto catalog = MenuCrawler(source).crawl(app);
+        if (!catalog)
+            return;
+        cache->store(*catalog);
+        // Back on the main thread; the application object outlives every delegate.
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [self, app, catalog] {
+                if (!self)
+                    return;
+                const bool refresh =
+                    self->panelIsVisible() && self->targetApp && self->targetApp->pid == app.pid;
+                if (refresh)
+                    self->overlay.update(*catalog);
+                Q_EMIT self->crawlFinished(app, refresh);
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+void AppDelegate::execute(const MenuCommand& command)
+{
+    if (!targetApp) {
+        detector.send(HoldStateMachine::Event::closeRequest());
+        return;
+    }
+    // Taken before closing: the hide effect clears targetApp.
+    const qint64 pid = targetApp->pid;
+    detector.send(HoldStateMachine::Event::closeRequest());
+    QPointer<AppDelegate> self(this);
+    MenuCrawler::queue().post([self, pid, path = command.path, source = m_platform.menuSource] {
+        if (MenuCrawler(source).press(path, pid) != PressOutcome::failed)
+            return;
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [self] {
+                if (self && self->m_platform.beep)
+                    self->m_platform.beep();
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+void AppDelegate::observeTrustChanges()
+{
+    QPointer<AppDelegate> self(this);
+    m_platform.trust.refresh([self](bool trusted) {
+        if (!self)
+            return;
+        self->wasTrusted = trusted;
+        if (!trusted)
+            self->startTrustPolling();
+    });
+    connect(&m_platform.trust, &AccessibilityTrust::broadcast, this,
+            [this] { QTimer::singleShot(trustRefreshDelayMs, this, &AppDelegate::refreshTrust); });
+    if (!m_platform.trust.watch())
+        qCWarning(lcApp, "the accessibility broadcast cannot be heard; a grant is noticed by the "
+                         "poll, a withdrawal at the next hold");
+}
+
+void AppDelegate::refreshTrust()
+{
+    QPointer<AppDelegate> self(this);
+    m_platform.trust.refresh([self](bool trusted) {
+        if (!self || trusted == self->wasTrusted)
+            return;
+        self->wasTrusted = trusted;
+        // The monitors are installed anew; the hold state machine keeps its state.
+        self->detector.stop();
+        self->detector.start();
+        qCInfo(lcApp, "accessibility %s: %lld event monitors installed anew",
+               trusted ? "switched on" : "switched off",
+               qint64(self->detector.installedMonitorCount()));
+        if (!trusted) {
+            self->startTrustPolling();
+        } else if (self->trustPollTimer) {
+            self->trustPollTimer->stop();
+            delete self->trustPollTimer.data();
+        }
+        Q_EMIT self->monitorsRestarted(trusted);
+    });
+}
+
+void AppDelegate::startTrustPolling()
+{
+    if (trustPollTimer)
+        return;
+    auto* timer = new QTimer(this);
+    timer->setInterval(trustPollIntervalMs);
+    connect(timer, &QTimer::timeout, this, [this] {
+        qCDebug(lcApp, "permission poll");
+        refreshTrust();
+    });
+    timer->start();
+    trustPollTimer = timer;
+}
+
+} // namespace corvane

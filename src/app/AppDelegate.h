@@ -1,0 +1,105 @@
+#pragma once
+
+// The spine of Corvane (Parts 1.1 to 1.3): owns every long-lived object, turns the trigger
+// settings into detector parameters, wires the hold detector's effects to the overlay and the
+// overlay's callbacks back to the detector and the command runner, watches the accessibility
+// permission, tracks the application in front, crawls its menus and runs its commands.
+
+#include "menus/FavoritesStore.h"
+#include "menus/MenuCatalogCache.h"
+#include "menus/MenuTree.h"
+#include "overlay/OverlayPanelController.h"
+#include "platform/RunningApp.h"
+#include "trigger/HoldDetector.h"
+#include "whatsnew/ReleaseNotes.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QTimer>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace corvane {
+
+class AccessibilityTrust;
+class InputMonitors;
+class StatusMenuController;
+class UserDefaults;
+class Workspace;
+
+class AppDelegate : public QObject {
+    Q_OBJECT
+
+public:
+    // What the delegate needs from the operating system (PLATFORM.md); main() passes the Linux
+    // implementations, tests may pass their own.
+    struct Platform {
+        InputMonitors& monitors;
+        Workspace& workspace;
+        AccessibilityTrust& trust;
+        std::shared_ptr<MenuSource> menuSource;
+        std::function<void()> beep;
+        // Whether the status menu puts an icon in the system tray (tests build it without one).
+        bool showStatusItem = true;
+    };
+
+    AppDelegate(UserDefaults& defaults, Platform platform, QObject* parent = nullptr);
+    ~AppDelegate() override;
+
+    // Set once by main() and never cleared (Part 1.1).
+    static inline AppDelegate* shared = nullptr;
+
+    // The launch sequence of Part 1.1, steps 1 to 8.
+    void applicationDidFinishLaunching();
+    void reloadTriggerSettings();
+    QString triggerSymbol() const;
+    // Part 1.6: the release notes' buttons (open the settings window).
+    WhatsNewActions whatsNewActions() const;
+    // The Linux AXIsProcessTrusted(): the last answer of the platform, never waited for.
+    bool isTrusted() const;
+
+    // The fields of Part 1.1, in the spec's order.
+    FavoritesStore favorites;
+    std::shared_ptr<MenuCatalogCache> cache; // shared with the crawl jobs, which hold it weakly
+    HoldDetector detector;
+    OverlayPanelController overlay;
+    std::unique_ptr<StatusMenuController> statusMenuController;
+    std::optional<RunningApp> targetApp;
+    std::optional<RunningApp> lastExternalApp;
+    bool wasTrusted = false;
+    QPointer<QTimer> trustPollTimer;
+
+    // The visible panel's frame, for the detector and the platform's input filter.
+    std::optional<QRectF> visiblePanelFrame() const;
+
+    // Part 1.3, reachable for tests.
+    void crawlAndUpdate(const RunningApp& app);
+    void execute(const MenuCommand& command);
+    // Part 1.2, reachable for tests.
+    void refreshTrust();
+    void startTrustPolling();
+
+Q_SIGNALS:
+    // For tests and benchmarks: a crawl's catalog was stored (on the main thread, after the
+    // overlay was refreshed or left alone).
+    void crawlFinished(const corvane::RunningApp& app, bool refreshedOverlay);
+    // The detector's monitors were installed anew after a change of permission (Part 1.2).
+    void monitorsRestarted(bool trusted);
+
+private:
+    void registerDefaults();
+    void wireDetector();
+    void wireOverlay();
+    void showOverlay();
+    void observeAppSwitches();
+    void observeTrustChanges();
+    void applicationActivated(const RunningApp& app);
+    std::optional<RunningApp> frontmostOtherApplication() const;
+    bool panelIsVisible() const;
+
+    UserDefaults& m_defaults;
+    Platform m_platform;
+};
+
+} // namespace corvane
