@@ -1,0 +1,320 @@
+// The whole peek loop end to end (session tier): the real corvane program with real
+// applications in front (geany and the GTK fixture), driven only through real input (xdotool,
+// XTEST) and observed only from outside: its windows in X, its log, the bell, and the
+// application's own record of the commands it ran.
+
+#include "CorvaneProcess.h"
+#include "SessionTools.h"
+#include "XBellCounter.h"
+#include "platform/linux/AccessibilitySwitch.h"
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <csignal>
+
+using namespace corvane;
+using namespace corvane::test;
+
+class TestShell : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
+    void init();
+    void cleanup();
+
+    void holdShowsTheFrontApplicationsMenus();
+    void releaseOverThePanelPinsAndReturnRunsTheCommand();
+    void escapeCloses();
+    void clickOutsideCloses();
+    void ownWindowAndTheTargetKeepTheOverlayAnotherAppCloses();
+    void failedPressBeepsAndLogs();
+    void accessibilitySwitchedOffAndOn();
+    void crawlSkippedWhenPermissionGoesDuringTheHold();
+
+private:
+    void activate(qint64 pid);
+    void pressTrigger();
+    void releaseTrigger();
+    void pin(qint64 pid);
+    QStringList recorded() const;
+    static bool setAccessibility(bool enabled);
+
+    QTemporaryDir m_dir;
+    Programs m_programs;
+    qint64 m_fixture = 0;
+    qint64 m_geany = 0;
+    std::unique_ptr<CorvaneProcess> m_corvane;
+    bool m_triggerDown = false;
+};
+
+void TestShell::initTestCase()
+{
+    QVERIFY(qEnvironmentVariableIsSet("CORVANE_SESSION"));
+    m_fixture = m_programs.startWithWindow(
+        QStringLiteral(FIXTURE_GTK), {QStringLiteral("--record"), m_dir.filePath("record")},
+        QStringLiteral("fixture"));
+    m_geany = m_programs.startWithWindow(
+        QStringLiteral("geany"), {QStringLiteral("--new-instance"), QStringLiteral("--no-session")},
+        QStringLiteral("Geany"));
+    m_corvane = std::make_unique<CorvaneProcess>(QStringLiteral(CORVANE),
+                                                 QVariantMap{{QStringLiteral("holdDelay"), 0.3}});
+    m_corvane->start();
+}
+
+void TestShell::cleanupTestCase()
+{
+    m_corvane.reset();
+    m_programs.stopAll();
+}
+
+void TestShell::init()
+{
+    QVERIFY(setAccessibility(true));
+    xdotool({QStringLiteral("mousemove"), QStringLiteral("3"), QStringLiteral("3")});
+}
+
+void TestShell::cleanup()
+{
+    if (m_triggerDown)
+        releaseTrigger();
+    if (m_corvane && m_corvane->panelVisible()) {
+        xdotool({QStringLiteral("key"), QStringLiteral("Escape")});
+        QTRY_VERIFY(!m_corvane->panelVisible());
+    }
+    if (QTest::currentTestFailed() && m_corvane)
+        qWarning("Corvane's log:\n%s", qPrintable(m_corvane->log()));
+}
+
+void TestShell::activate(qint64 pid)
+{
+    const QString window =
+        xdotool({QStringLiteral("search"), QStringLiteral("--all"), QStringLiteral("--onlyvisible"),
+                 QStringLiteral("--pid"), QString::number(pid)})
+            .section(u'\n', 0, 0);
+    xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), window});
+    QTRY_COMPARE(activeWindowPid(), pid);
+}
+
+void TestShell::pressTrigger()
+{
+    xdotool({QStringLiteral("keydown"), QStringLiteral("Control_L")});
+    m_triggerDown = true;
+}
+
+void TestShell::releaseTrigger()
+{
+    xdotool({QStringLiteral("keyup"), QStringLiteral("Control_L")});
+    m_triggerDown = false;
+}
+
+// Holds the trigger past the delay with `pid` in front, and releases it over the panel.
+void TestShell::pin(qint64 pid)
+{
+    activate(pid);
+    pressTrigger();
+    QTRY_VERIFY_WITH_TIMEOUT(m_corvane->panelVisible(), 5000);
+    const QRect panel = m_corvane->panelGeometry();
+    xdotool({QStringLiteral("mousemove"), QString::number(panel.center().x()),
+             QString::number(panel.center().y())});
+    releaseTrigger();
+    QTest::qWait(300);
+    QVERIFY(m_corvane->panelVisible());
+}
+
+QStringList TestShell::recorded() const
+{
+    QFile file(m_dir.filePath("record"));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts);
+}
+
+bool TestShell::setAccessibility(bool enabled)
+{
+    return AccessibilitySwitch::setEnabled(enabled);
+}
+
+void TestShell::holdShowsTheFrontApplicationsMenus()
+{
+    activate(m_geany);
+    const qsizetype from = m_corvane->lines().size();
+    pressTrigger();
+    QTRY_VERIFY_WITH_TIMEOUT(m_corvane->panelVisible(), 5000);
+    // geany's menus were read (the prefetch when the hold began, again when it showed).
+    QVERIFY(m_corvane->waitForLine(QStringLiteral("crawl: geany \u2192 "), 2, from));
+    const auto crawl = m_corvane->linesContaining(QStringLiteral("crawl: geany"), from).first();
+    static const QRegularExpression counts(QStringLiteral("(\\d+) sections, (\\d+) items"));
+    const auto match = counts.match(crawl.text);
+    QVERIFY2(match.hasMatch() && match.captured(1).toInt() >= 8 && match.captured(2).toInt() >= 100,
+             qPrintable(crawl.text));
+    // Placed by the size rule on the 1440 × 900 screen, and geany stays the active window.
+    QCOMPARE(m_corvane->panelGeometry(), QRect(250, 130, 940, 640));
+    QCOMPARE(activeWindowPid(), m_geany);
+
+    releaseTrigger(); // the pointer is in the corner, away from the panel
+    QTRY_VERIFY(!m_corvane->panelVisible());
+    QCOMPARE(activeWindowPid(), m_geany);
+}
+
+void TestShell::releaseOverThePanelPinsAndReturnRunsTheCommand()
+{
+    const qsizetype before = recorded().size();
+    pin(m_fixture);
+    // Typing reaches the pinned panel, not the fixture, which stays the active window.
+    xdotool({QStringLiteral("type"), QStringLiteral("--delay"), QStringLiteral("40"),
+             QStringLiteral("quit")});
+    QTest::qWait(200);
+    QCOMPARE(activeWindowPid(), m_fixture);
+    QVERIFY(m_corvane->panelVisible());
+    xdotool({QStringLiteral("key"), QStringLiteral("Return")});
+    QTRY_VERIFY(!m_corvane->panelVisible());
+    QTRY_COMPARE(recorded().size(), before + 1);
+    QCOMPARE(recorded().last(), QStringLiteral("File / Quit"));
+    QCOMPARE(activeWindowPid(), m_fixture);
+}
+
+void TestShell::escapeCloses()
+{
+    const qsizetype before = recorded().size();
+    pin(m_fixture);
+    xdotool({QStringLiteral("key"), QStringLiteral("Escape")});
+    QTRY_VERIFY(!m_corvane->panelVisible());
+    QTest::qWait(200);
+    QCOMPARE(recorded().size(), before);
+}
+
+void TestShell::clickOutsideCloses()
+{
+    pin(m_fixture);
+    xdotool({QStringLiteral("mousemove"), QStringLiteral("20"), QStringLiteral("880")});
+    xdotool({QStringLiteral("click"), QStringLiteral("1")});
+    QTRY_VERIFY(!m_corvane->panelVisible());
+}
+
+void TestShell::ownWindowAndTheTargetKeepTheOverlayAnotherAppCloses()
+{
+    pin(m_fixture);
+    // A second start asks the first to show its settings, and exits with status 0.
+    QProcess second;
+    second.setProcessEnvironment(m_corvane->environment());
+    second.start(QStringLiteral(CORVANE), {});
+    QVERIFY(second.waitForFinished(10000));
+    QCOMPARE(second.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(second.exitCode(), 0);
+    // The settings window comes forward: Corvane's own window is active, the overlay stays.
+    QTRY_COMPARE_WITH_TIMEOUT(activeWindowPid(), m_corvane->pid(), 5000);
+    QTest::qWait(300);
+    QVERIFY(m_corvane->panelVisible());
+    // Re-activating the target keeps it too.
+    activate(m_fixture);
+    QTest::qWait(300);
+    QVERIFY(m_corvane->panelVisible());
+    // Activating another application closes it.
+    activate(m_geany);
+    QTRY_VERIFY(!m_corvane->panelVisible());
+    // The settings window is closed again.
+    const QString settings =
+        xdotool({QStringLiteral("search"), QStringLiteral("--all"), QStringLiteral("--onlyvisible"),
+                 QStringLiteral("--pid"), QString::number(m_corvane->pid()),
+                 QStringLiteral("--name"), QStringLiteral("Corvane Settings")});
+    QVERIFY(!settings.isEmpty());
+    xdotool({QStringLiteral("windowclose"), settings.section(u'\n', 0, 0)}, false);
+}
+
+void TestShell::failedPressBeepsAndLogs()
+{
+    XBellCounter bells;
+    QVERIFY(bells.isAvailable());
+    const qsizetype before = recorded().size();
+    const qsizetype from = m_corvane->lines().size();
+    pin(m_fixture);
+    // Both crawls of this peek have ended, then the fixture renames "File" under the overlay.
+    QVERIFY(m_corvane->waitForLine(QStringLiteral("crawl: Corvane-fixture-gtk"), 2, from));
+    QCOMPARE(::kill(pid_t(m_fixture), SIGUSR1), 0);
+    QTest::qWait(300);
+    const int rung = bells.count();
+    xdotool({QStringLiteral("type"), QStringLiteral("--delay"), QStringLiteral("40"),
+             QStringLiteral("quit")});
+    xdotool({QStringLiteral("key"), QStringLiteral("Return")});
+    QTRY_VERIFY(!m_corvane->panelVisible());
+    QVERIFY(m_corvane->waitForLine(QStringLiteral("press: could not resolve top-level menu File"),
+                                   1, from));
+    QTRY_COMPARE(bells.count(), rung + 1);
+    QTest::qWait(300);
+    QCOMPARE(bells.count(), rung + 1);
+    QCOMPARE(recorded().size(), before);
+    QCOMPARE(::kill(pid_t(m_fixture), SIGUSR1), 0); // "File" again
+}
+
+void TestShell::accessibilitySwitchedOffAndOn()
+{
+    const qsizetype from = m_corvane->lines().size();
+    QVERIFY(setAccessibility(false));
+    const qint64 switchedOff = m_corvane->clock().elapsed();
+    // The broadcast is re-read 0.5 s later and the monitors are installed anew.
+    QVERIFY(m_corvane->waitForLine(QStringLiteral("accessibility switched off: 4 event monitors"),
+                                   1, from, 3000));
+    const qint64 restarted =
+        m_corvane->linesContaining(QStringLiteral("accessibility switched off"), from).first().atMs;
+    QVERIFY2(restarted - switchedOff >= 400 && restarted - switchedOff < 1200,
+             qPrintable(QString::number(restarted - switchedOff)));
+
+    // Holding does nothing now.
+    activate(m_fixture);
+    pressTrigger();
+    QTest::qWait(1000);
+    QVERIFY(!m_corvane->panelVisible());
+    releaseTrigger();
+    QVERIFY(m_corvane->linesContaining(QStringLiteral("crawl: "), from).isEmpty());
+
+    // The poll runs every 2.0 s while it is off.
+    QVERIFY(m_corvane->waitForLine(QStringLiteral("permission poll"), 3, from, 8000));
+    const auto polls = m_corvane->linesContaining(QStringLiteral("permission poll"), from);
+    for (qsizetype i = 1; i < polls.size(); ++i) {
+        const qint64 gap = polls.at(i).atMs - polls.at(i - 1).atMs;
+        QVERIFY2(gap > 1700 && gap < 2300, qPrintable(QString::number(gap)));
+    }
+
+    const qsizetype onFrom = m_corvane->lines().size();
+    QVERIFY(setAccessibility(true));
+    QVERIFY(m_corvane->waitForLine(QStringLiteral("accessibility switched on: 4 event monitors"),
+                                   1, onFrom, 3000));
+    // … and stops once it is on again.
+    QTest::qWait(4500);
+    QVERIFY(m_corvane->linesContaining(QStringLiteral("permission poll"), onFrom).size() <= 1);
+    const qsizetype quiet = m_corvane->lines().size();
+    QTest::qWait(2500);
+    QVERIFY(m_corvane->linesContaining(QStringLiteral("permission poll"), quiet).isEmpty());
+
+    // Holding works again.
+    activate(m_fixture);
+    pressTrigger();
+    QTRY_VERIFY_WITH_TIMEOUT(m_corvane->panelVisible(), 5000);
+    releaseTrigger();
+    QTRY_VERIFY(!m_corvane->panelVisible());
+}
+
+void TestShell::crawlSkippedWhenPermissionGoesDuringTheHold()
+{
+    // The hold arms with the permission; it is withdrawn before the overlay shows (0.3 s), so
+    // the crawl of the show is skipped and the overlay shows the cached menus.
+    activate(m_fixture);
+    const qsizetype from = m_corvane->lines().size();
+    pressTrigger();
+    QVERIFY(setAccessibility(false));
+    QTRY_VERIFY_WITH_TIMEOUT(m_corvane->panelVisible(), 5000);
+    QVERIFY(m_corvane->waitForLine(QStringLiteral("crawl skipped: process not trusted"), 1, from,
+                                   3000));
+    releaseTrigger();
+    QTRY_VERIFY(!m_corvane->panelVisible());
+    QVERIFY(setAccessibility(true));
+    QVERIFY(m_corvane->waitForLine(QStringLiteral("accessibility switched on"), 1, from, 3000));
+}
+
+QTEST_MAIN(TestShell)
+#include "tst_shell.moc"

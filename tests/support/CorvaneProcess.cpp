@@ -1,0 +1,114 @@
+#include "CorvaneProcess.h"
+
+#include "SessionTools.h"
+
+#include <QDir>
+#include <QRect>
+#include <QSettings>
+#include <QTest>
+
+namespace corvane::test {
+
+CorvaneProcess::CorvaneProcess(const QString& program, const QVariantMap& settings,
+                               QObject* parent)
+    : QObject(parent), m_program(program)
+{
+    QDir(m_config.path()).mkpath(QStringLiteral("corvane"));
+    QSettings file(m_config.filePath(QStringLiteral("corvane/corvane.conf")), QSettings::IniFormat);
+    for (auto it = settings.cbegin(); it != settings.cend(); ++it)
+        file.setValue(it.key(), it.value());
+    file.sync();
+    m_process.setProcessChannelMode(QProcess::MergedChannels);
+    m_process.setProcessEnvironment(environment());
+    m_clock.start();
+}
+
+CorvaneProcess::~CorvaneProcess()
+{
+    stop();
+}
+
+QProcessEnvironment CorvaneProcess::environment() const
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_config.path());
+    environment.insert(QStringLiteral("QT_LOGGING_RULES"),
+                       QStringLiteral("com.vantorel.corvane.*=true"));
+    return environment;
+}
+
+void CorvaneProcess::start()
+{
+    m_process.start(m_program, {});
+    if (!m_process.waitForStarted(10000))
+        qFatal("%s did not start", qPrintable(m_program));
+    if (!waitForLine(QStringLiteral(" started: "), 1, 0, 20000))
+        qFatal("Corvane did not report its start:\n%s", qPrintable(log()));
+}
+
+void CorvaneProcess::stop()
+{
+    if (m_process.state() == QProcess::NotRunning)
+        return;
+    m_process.kill();
+    m_process.waitForFinished(5000);
+}
+
+void CorvaneProcess::read()
+{
+    m_partial += m_process.readAll();
+    qsizetype end = 0;
+    while ((end = m_partial.indexOf('\n')) >= 0) {
+        const QString text = QString::fromUtf8(m_partial.left(end));
+        m_partial.remove(0, end + 1);
+        m_lines.append({m_clock.elapsed(), text});
+        m_log += text + u'\n';
+    }
+}
+
+QList<CorvaneProcess::Line> CorvaneProcess::linesContaining(const QString& text, qsizetype from)
+{
+    read();
+    QList<Line> found;
+    for (qsizetype i = from; i < m_lines.size(); ++i)
+        if (m_lines.at(i).text.contains(text))
+            found.append(m_lines.at(i));
+    return found;
+}
+
+bool CorvaneProcess::waitForLine(const QString& text, int count, qsizetype from, int timeoutMs)
+{
+    return QTest::qWaitFor([&] { return linesContaining(text, from).size() >= count; },
+                           timeoutMs);
+}
+
+bool CorvaneProcess::panelVisible() const
+{
+    return !xdotool({QStringLiteral("search"), QStringLiteral("--all"),
+                     QStringLiteral("--onlyvisible"), QStringLiteral("--pid"),
+                     QString::number(pid()), QStringLiteral("--name"), QStringLiteral("^Corvane$")},
+                    false)
+                .isEmpty();
+}
+
+QRect CorvaneProcess::panelGeometry() const
+{
+    const QString window =
+        xdotool({QStringLiteral("search"), QStringLiteral("--all"), QStringLiteral("--onlyvisible"),
+                 QStringLiteral("--pid"), QString::number(pid()), QStringLiteral("--name"),
+                 QStringLiteral("^Corvane$")},
+                false)
+            .section(u'\n', 0, 0);
+    if (window.isEmpty())
+        return {};
+    // "X=…\nY=…\nWIDTH=…\nHEIGHT=…" (--shell)
+    const QString shell =
+        xdotool({QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), window}, false);
+    QHash<QString, int> values;
+    for (const QString& line : shell.split(u'\n'))
+        values.insert(line.section(u'=', 0, 0), line.section(u'=', 1).toInt());
+    return {values.value(QStringLiteral("X")), values.value(QStringLiteral("Y")),
+            values.value(QStringLiteral("WIDTH")), values.value(QStringLiteral("HEIGHT"))};
+}
+
+} // namespace corvane::test

@@ -1,0 +1,61 @@
+#pragma once
+
+// The real Corvane program, started by a session test or benchmark with its own settings file
+// and its log captured line by line (with the time each line arrived); stopped by process id.
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QProcess>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <QVariantMap>
+
+namespace corvane::test {
+
+class CorvaneProcess : public QObject {
+public:
+    struct Line {
+        qint64 atMs; // on clock()
+        QString text;
+    };
+
+    // `settings` are written to the settings file before the start (for example holdDelay).
+    explicit CorvaneProcess(const QString& program, const QVariantMap& settings = {},
+                            QObject* parent = nullptr);
+    ~CorvaneProcess() override;
+
+    // Starts it and waits for its "started" line; fatal on failure.
+    void start();
+    void stop();
+    qint64 pid() const { return m_process.processId(); }
+    QString configHome() const { return m_config.path(); }
+    // The environment it runs with (a second start must share it).
+    QProcessEnvironment environment() const;
+
+    const QElapsedTimer& clock() const { return m_clock; }
+    const QList<Line>& lines() { return read(), m_lines; }
+    // Lines containing `text`, from line `from` on.
+    QList<Line> linesContaining(const QString& text, qsizetype from = 0);
+    // Waits until `count` lines from `from` on contain `text`.
+    bool waitForLine(const QString& text, int count = 1, qsizetype from = 0,
+                     int timeoutMs = 10000);
+    QString log() { return read(), m_log; }
+
+    // Its overlay panel (the frameless window titled "Corvane") is mapped.
+    bool panelVisible() const;
+    // The panel's geometry in root coordinates, or an empty rectangle.
+    QRect panelGeometry() const;
+
+private:
+    void read();
+
+    QString m_program;
+    QTemporaryDir m_config;
+    QProcess m_process;
+    QElapsedTimer m_clock;
+    QList<Line> m_lines;
+    QString m_log;
+    QByteArray m_partial;
+};
+
+} // namespace corvane::test
