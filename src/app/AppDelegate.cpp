@@ -40,6 +40,9 @@ void AppDelegate::applicationDidFinishLaunching()
     detector.start();
     observeAppSwitches();
     observeTrustChanges();
+    // The panel and its view are made now rather than in the middle of the first peek.
+    overlay.prepare();
+    connect(overlay.panel(), &QQuickWindow::frameSwapped, this, &AppDelegate::firstFrameSwapped);
     // Step 9, the launch announcements of Part 1.6, arrives with the Welcome and What's New
     // windows.
     qCInfo(lcApp, "Corvane %s started: trigger %s, hold delay %.2f s, %lld event monitors",
@@ -110,6 +113,8 @@ void AppDelegate::wireDetector()
                     self->crawlAndUpdate(*front);
                 else if (self->lastExternalApp)
                     self->crawlAndUpdate(*self->lastExternalApp);
+                self->m_prefetchCrawl = self->m_crawlSequence;
+                self->m_prefetchFinished = false;
                 break;
             case HoldStateMachine::Effect::cancelTimer:
                 break;
@@ -195,8 +200,27 @@ void AppDelegate::showOverlay()
     overlay.present(*app, catalog, favoriteIDs, flag(TriggerSettings::showDisabledItemsKey),
                     flag(TriggerSettings::showItemsWithoutShortcutKey),
                     flag(TriggerSettings::glassyBackgroundKey), triggerSymbol());
-    // The menus are read again on every show; the overlay is refreshed when they arrive.
-    crawlAndUpdate(*app);
+    m_awaitingFirstFrame = true;
+    // The menus are read again on every show; the overlay is refreshed when they arrive. The
+    // crawl is queued once the first frame is on screen (or 100 ms later at most): on a small
+    // machine its requests and the application's answers would otherwise delay that frame.
+    m_crawlAfterFirstFrame = app;
+    QTimer::singleShot(100, this, &AppDelegate::startCrawlAfterFirstFrame);
+}
+
+void AppDelegate::firstFrameSwapped()
+{
+    if (std::exchange(m_awaitingFirstFrame, false))
+        qCDebug(lcApp, "overlay: first frame for %s, prefetch %s",
+                qUtf8Printable(targetApp ? targetApp->appId.value_or(QString()) : QString()),
+                m_prefetchFinished ? "finished" : "pending");
+    startCrawlAfterFirstFrame();
+}
+
+void AppDelegate::startCrawlAfterFirstFrame()
+{
+    if (const auto app = std::exchange(m_crawlAfterFirstFrame, std::nullopt))
+        crawlAndUpdate(*app);
 }
 
 void AppDelegate::observeAppSwitches()
@@ -223,7 +247,8 @@ void AppDelegate::crawlAndUpdate(const RunningApp& app)
     }
     std::weak_ptr<MenuCatalogCache> weakCache = cache;
     QPointer<AppDelegate> self(this);
-    MenuCrawler::queue().post([weakCache, self, app, source = m_platform.menuSource] {
+    const quint64 sequence = ++m_crawlSequence;
+    MenuCrawler::queue().post([weakCache, self, app, sequence, source = m_platform.menuSource] {
         // The job holds the delegate weakly (through its cache) and the application strongly.
         const auto cache = weakCache.lock();
         if (!cache)
@@ -235,17 +260,23 @@ void AppDelegate::crawlAndUpdate(const RunningApp& app)
         // Back on the main thread; the application object outlives every delegate.
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
-            [self, app, catalog] {
-                if (!self)
-                    return;
-                const bool refresh =
-                    self->panelIsVisible() && self->targetApp && self->targetApp->pid == app.pid;
-                if (refresh)
-                    self->overlay.update(*catalog);
-                Q_EMIT self->crawlFinished(app, refresh);
+            [self, sequence, app, catalog] {
+                if (self)
+                    self->crawlFinishedOnMainThread(sequence, app, *catalog);
             },
             Qt::QueuedConnection);
     });
+}
+
+void AppDelegate::crawlFinishedOnMainThread(quint64 sequence, const RunningApp& app,
+                                            const MenuCatalog& catalog)
+{
+    if (sequence == m_prefetchCrawl)
+        m_prefetchFinished = true;
+    const bool refresh = panelIsVisible() && targetApp && targetApp->pid == app.pid;
+    if (refresh)
+        overlay.update(catalog);
+    Q_EMIT crawlFinished(app, refresh);
 }
 
 void AppDelegate::execute(const MenuCommand& command)

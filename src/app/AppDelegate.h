@@ -98,8 +98,20 @@ private:
     std::optional<RunningApp> frontmostOtherApplication() const;
     bool panelIsVisible() const;
 
+    void firstFrameSwapped();
+    void startCrawlAfterFirstFrame();
+    void crawlFinishedOnMainThread(quint64 sequence, const RunningApp& app,
+                                   const MenuCatalog& catalog);
+
     UserDefaults& m_defaults;
     Platform m_platform;
+    // Which crawl was this hold's prefetch, and whether it ended before the overlay showed
+    // (reported with the first frame, for the shell benchmark).
+    quint64 m_crawlSequence = 0;
+    quint64 m_prefetchCrawl = 0;
+    bool m_prefetchFinished = false;
+    bool m_awaitingFirstFrame = false;
+    std::optional<RunningApp> m_crawlAfterFirstFrame;
 };
 
 } // namespace corvane

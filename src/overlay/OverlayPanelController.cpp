@@ -38,6 +38,12 @@ OverlayPanelController::~OverlayPanelController()
     delete m_root; // before the engine that made it
 }
 
+void OverlayPanelController::prepare()
+{
+    if (!m_panel)
+        createPanel();
+}
+
 void OverlayPanelController::createPanel()
 {
     m_panel = std::make_unique<PeekPanel>();

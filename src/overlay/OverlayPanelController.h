@@ -39,6 +39,9 @@ public:
     void present(const RunningApp& app, const std::optional<MenuCatalog>& catalog,
                  const QStringList& favorites, bool showDisabled, bool showNoShortcut, bool glassy,
                  const QString& triggerSymbol);
+    // Makes the panel and its root view ahead of the first presentation (present() makes them
+    // on first use otherwise); nothing is shown.
+    void prepare();
     void pin();
     void dismiss();
     void update(const MenuCatalog& catalog);

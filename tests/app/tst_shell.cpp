@@ -55,9 +55,9 @@ private:
 void TestShell::initTestCase()
 {
     QVERIFY(qEnvironmentVariableIsSet("CORVANE_SESSION"));
-    m_fixture = m_programs.startWithWindow(
-        QStringLiteral(FIXTURE_GTK), {QStringLiteral("--record"), m_dir.filePath("record")},
-        QStringLiteral("fixture"));
+    m_fixture = m_programs.startWithWindow(QStringLiteral(FIXTURE_GTK),
+                                           {QStringLiteral("--record"), m_dir.filePath("record")},
+                                           QStringLiteral("fixture"));
     m_geany = m_programs.startWithWindow(
         QStringLiteral("geany"), {QStringLiteral("--new-instance"), QStringLiteral("--no-session")},
         QStringLiteral("Geany"));
@@ -282,8 +282,8 @@ void TestShell::accessibilitySwitchedOffAndOn()
 
     const qsizetype onFrom = m_corvane->lines().size();
     QVERIFY(setAccessibility(true));
-    QVERIFY(m_corvane->waitForLine(QStringLiteral("accessibility switched on: 4 event monitors"),
-                                   1, onFrom, 3000));
+    QVERIFY(m_corvane->waitForLine(QStringLiteral("accessibility switched on: 4 event monitors"), 1,
+                                   onFrom, 3000));
     // … and stops once it is on again.
     QTest::qWait(4500);
     QVERIFY(m_corvane->linesContaining(QStringLiteral("permission poll"), onFrom).size() <= 1);

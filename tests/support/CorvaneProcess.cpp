@@ -9,8 +9,7 @@
 
 namespace corvane::test {
 
-CorvaneProcess::CorvaneProcess(const QString& program, const QVariantMap& settings,
-                               QObject* parent)
+CorvaneProcess::CorvaneProcess(const QString& program, const QVariantMap& settings, QObject* parent)
     : QObject(parent), m_program(program)
 {
     QDir(m_config.path()).mkpath(QStringLiteral("corvane"));
@@ -78,8 +77,7 @@ QList<CorvaneProcess::Line> CorvaneProcess::linesContaining(const QString& text,
 
 bool CorvaneProcess::waitForLine(const QString& text, int count, qsizetype from, int timeoutMs)
 {
-    return QTest::qWaitFor([&] { return linesContaining(text, from).size() >= count; },
-                           timeoutMs);
+    return QTest::qWaitFor([&] { return linesContaining(text, from).size() >= count; }, timeoutMs);
 }
 
 bool CorvaneProcess::panelVisible() const

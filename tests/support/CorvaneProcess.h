@@ -37,8 +37,7 @@ public:
     // Lines containing `text`, from line `from` on.
     QList<Line> linesContaining(const QString& text, qsizetype from = 0);
     // Waits until `count` lines from `from` on contain `text`.
-    bool waitForLine(const QString& text, int count = 1, qsizetype from = 0,
-                     int timeoutMs = 10000);
+    bool waitForLine(const QString& text, int count = 1, qsizetype from = 0, int timeoutMs = 10000);
     QString log() { return read(), m_log; }
 
     // Its overlay panel (the frameless window titled "Corvane") is mapped.

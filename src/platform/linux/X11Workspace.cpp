@@ -6,6 +6,7 @@
 #include <QSocketNotifier>
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
+#include <thread>
 
 namespace corvane {
 
@@ -21,6 +22,9 @@ X11Workspace::X11Workspace(QObject* parent) : Workspace(parent)
     m_notifier = new QSocketNotifier(ConnectionNumber(m_display), QSocketNotifier::Read, this);
     connect(m_notifier, &QSocketNotifier::activated, this, &X11Workspace::readEvents);
     m_lastOwner = activeWindowOwner().value_or(0);
+    // The installed desktop entries are read once per process; read them now, off the main
+    // thread, rather than in the middle of the first peek.
+    std::thread([] { DesktopEntries::installed(); }).detach();
     QMetaObject::invokeMethod(this, &X11Workspace::readEvents, Qt::QueuedConnection);
 }
 
@@ -52,6 +56,7 @@ std::optional<qint64> X11Workspace::activeWindowOwner() const
         return value;
     };
     const auto active = windowProperty(DefaultRootWindow(m_display), Atom(m_activeAtom), XA_WINDOW);
+    m_activeWindow = active.value_or(0);
     if (!active || *active == 0)
         return std::nullopt;
     const auto pid =
@@ -69,7 +74,14 @@ std::optional<RunningApp> X11Workspace::frontmostApplication() const
                               Qt::QueuedConnection);
     if (!owner)
         return std::nullopt;
-    return AppIdentity::forProcess(*owner);
+    return identity(*owner);
+}
+
+RunningApp X11Workspace::identity(qint64 pid) const
+{
+    if (!m_identity || m_identity->first != m_activeWindow || m_identity->second.pid != pid)
+        m_identity = {m_activeWindow, AppIdentity::forProcess(pid)};
+    return m_identity->second;
 }
 
 void X11Workspace::readEvents()
@@ -90,7 +102,7 @@ void X11Workspace::readEvents()
         if (!owner || *owner == m_lastOwner)
             continue;
         m_lastOwner = *owner;
-        const RunningApp app = AppIdentity::forProcess(*owner);
+        const RunningApp app = identity(*owner);
         Q_EMIT applicationActivated(app);
         if (*owner != thisProcessId())
             Q_EMIT otherApplicationActivated(app);

@@ -30,11 +30,16 @@ Q_SIGNALS:
 private:
     void readEvents();
     std::optional<qint64> activeWindowOwner() const;
+    // The identity of `pid`, resolved once per active window (resolving reads every client
+    // window's properties; the trigger asks for the frontmost application three times a peek).
+    RunningApp identity(qint64 pid) const;
 
     Display* m_display = nullptr;
     QSocketNotifier* m_notifier = nullptr;
     unsigned long m_activeAtom = 0;
     qint64 m_lastOwner = 0;
+    mutable unsigned long m_activeWindow = 0; // as of the last activeWindowOwner()
+    mutable std::optional<std::pair<unsigned long, RunningApp>> m_identity; // by active window
 };
 
 } // namespace corvane

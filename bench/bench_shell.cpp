@@ -1,0 +1,131 @@
+// The whole peek loop as a user meets it (issue: application shell): 50 real peeks at geany
+// and at the GTK fixture (3000 items), the trigger held through XTEST with the default hold
+// delay. For each peek, the time from the key-down to the overlay's first frame minus the hold
+// delay, and whether the crawl started by the hold had finished before the overlay showed.
+// Then Corvane's resident memory and CPU time. Run inside tools/test-session.sh.
+
+#include "CorvaneProcess.h"
+#include "Percentiles.h"
+#include "SessionTools.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QTest>
+#include <X11/Xlib.h>
+#include <X11/extensions/XTest.h>
+#include <X11/keysym.h>
+#include <ctime>
+#include <unistd.h>
+
+using namespace corvane::test;
+
+namespace {
+
+constexpr int peeks = 50;
+constexpr double holdDelayMs = 850; // the default "holdDelay"
+
+double monotonicMs()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return double(now.tv_sec) * 1000.0 + double(now.tv_nsec) / 1e6;
+}
+
+// "%{time boot}" prints seconds since the monotonic clock's start with millisecond precision.
+double loggedMs(const QString& line)
+{
+    return line.section(u' ', 0, 0, QString::SectionSkipEmpty).toDouble() * 1000.0;
+}
+
+void activate(qint64 pid)
+{
+    const QString window =
+        xdotool({"search", "--all", "--onlyvisible", "--pid", QString::number(pid)})
+            .section(u'\n', 0, 0);
+    xdotool({"windowactivate", "--sync", window});
+    if (!QTest::qWaitFor([pid] { return activeWindowPid() == pid; }, 5000))
+        qFatal("window of %lld did not become active", pid);
+}
+
+struct Figures {
+    std::vector<double> latencies;
+    int prefetched = 0;
+};
+
+Figures peekRepeatedly(CorvaneProcess& corvane, Display* x, qint64 pid)
+{
+    const KeyCode ctrl = XKeysymToKeycode(x, XK_Control_L);
+    activate(pid);
+    Figures figures;
+    for (int i = 0; i < peeks; ++i) {
+        xdotool({"mousemove", "3", "3"});
+        const qsizetype from = corvane.lines().size();
+        const double down = monotonicMs();
+        XTestFakeKeyEvent(x, ctrl, True, CurrentTime);
+        XFlush(x);
+        if (!corvane.waitForLine(QStringLiteral("overlay: first frame"), 1, from, 5000))
+            qFatal("no overlay for peek %d:\n%s", i, qPrintable(corvane.log()));
+        const auto line =
+            corvane.linesContaining(QStringLiteral("overlay: first frame"), from).first().text;
+        figures.latencies.push_back(loggedMs(line) - down - holdDelayMs);
+        if (line.endsWith(QStringLiteral("prefetch finished")))
+            ++figures.prefetched;
+        XTestFakeKeyEvent(x, ctrl, False, CurrentTime);
+        XFlush(x);
+        if (!QTest::qWaitFor([&] { return !corvane.panelVisible(); }, 5000))
+            qFatal("the overlay did not hide after peek %d", i);
+        QTest::qWait(150); // the fade-out and a pause, as between two real peeks
+    }
+    return figures;
+}
+
+void print(const char* name, const Figures& figures)
+{
+    const auto [p50, p99] = p50p99(figures.latencies);
+    std::printf("bench shell_peek_%s_p50 %.1f ms\n", name, p50);
+    std::printf("bench shell_peek_%s_p99 %.1f ms\n", name, p99);
+    std::printf("bench shell_prefetch_finished_%s %.0f %%\n", name,
+                100.0 * figures.prefetched / double(figures.latencies.size()));
+    std::fflush(stdout);
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    // The log's time stamps are on the monotonic clock the benchmark reads too.
+    qputenv("QT_MESSAGE_PATTERN", "%{time boot} %{category}: %{message}");
+    QCoreApplication application(argc, argv);
+    Display* x = XOpenDisplay(nullptr);
+    if (!x)
+        qFatal("bench_shell needs a display (run it in tools/test-session.sh)");
+
+    Programs programs;
+    const qint64 fixture =
+        programs.startWithWindow(QStringLiteral(FIXTURE_GTK), {}, QStringLiteral("fixture"));
+    const qint64 geany = programs.startWithWindow(
+        QStringLiteral("geany"), {"--new-instance", "--no-session"}, QStringLiteral("Geany"));
+    CorvaneProcess corvane(QStringLiteral(CORVANE));
+    corvane.start();
+
+    print("geany", peekRepeatedly(corvane, x, geany));
+    print("fixture3000", peekRepeatedly(corvane, x, fixture));
+
+    QFile status(QStringLiteral("/proc/%1/status").arg(corvane.pid()));
+    status.open(QIODevice::ReadOnly);
+    for (const QByteArray& line : status.readAll().split('\n'))
+        if (line.startsWith("VmRSS:"))
+            std::printf("bench shell_rss_after_%d_peeks %.1f MB\n", 2 * peeks,
+                        line.simplified().split(' ').value(1).toDouble() / 1024.0);
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(corvane.pid()));
+    stat.open(QIODevice::ReadOnly);
+    // Fields after the command name: utime and stime are the 12th and 13th.
+    const QList<QByteArray> fields = stat.readAll().split(')').value(1).simplified().split(' ');
+    const double ticks = double(sysconf(_SC_CLK_TCK));
+    std::printf("bench shell_cpu_time_after_%d_peeks %.2f s\n", 2 * peeks,
+                (fields.value(11).toDouble() + fields.value(12).toDouble()) / ticks);
+    corvane.stop();
+    programs.stopAll();
+    XCloseDisplay(x);
+    return 0;
+}
