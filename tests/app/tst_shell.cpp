@@ -5,6 +5,7 @@
 
 #include "CorvaneProcess.h"
 #include "SessionTools.h"
+#include "StatusNotifierWatcher.h"
 #include "XBellCounter.h"
 #include "platform/linux/AccessibilitySwitch.h"
 
@@ -35,6 +36,9 @@ private Q_SLOTS:
     void failedPressBeepsAndLogs();
     void accessibilitySwitchedOffAndOn();
     void crawlSkippedWhenPermissionGoesDuringTheHold();
+    void trayMenuHoldsTheSpecEntries();
+    void trayPeekOpensPinnedAndClosesAgain();
+    void trayWithoutPermissionWarnsAndPeekOpensWelcome();
 
 private:
     void activate(qint64 pid);
@@ -45,6 +49,7 @@ private:
     static bool setAccessibility(bool enabled);
 
     QTemporaryDir m_dir;
+    StatusNotifierWatcher m_tray;
     Programs m_programs;
     qint64 m_fixture = 0;
     qint64 m_geany = 0;
@@ -55,6 +60,8 @@ private:
 void TestShell::initTestCase()
 {
     QVERIFY(qEnvironmentVariableIsSet("CORVANE_SESSION"));
+    // The panel's tray host, there before Corvane starts (as on a desktop).
+    QVERIFY(m_tray.registerOnSessionBus());
     m_fixture = m_programs.startWithWindow(QStringLiteral(FIXTURE_GTK),
                                            {QStringLiteral("--record"), m_dir.filePath("record")},
                                            QStringLiteral("fixture"));
@@ -314,6 +321,91 @@ void TestShell::crawlSkippedWhenPermissionGoesDuringTheHold()
     QTRY_VERIFY(!m_corvane->panelVisible());
     QVERIFY(setAccessibility(true));
     QVERIFY(m_corvane->waitForLine(QStringLiteral("accessibility switched on"), 1, from, 3000));
+}
+
+namespace {
+
+QStringList visibleLabels(const StatusNotifierWatcher::MenuEntry& menu)
+{
+    QStringList labels;
+    for (const auto& entry : menu.children)
+        if (entry.isVisible())
+            labels << (entry.isSeparator() ? QStringLiteral("—") : entry.label());
+    return labels;
+}
+
+} // namespace
+
+void TestShell::trayMenuHoldsTheSpecEntries()
+{
+    QTRY_COMPARE(m_tray.items().size(), 1);
+    const auto menu = m_tray.openMenu();
+    QVERIFY(menu);
+    // With accessibility on, the warning entry is hidden.
+    QCOMPARE(
+        visibleLabels(*menu),
+        (QStringList{QStringLiteral("Hold Ctrl to peek at any app's shortcuts"),
+                     QStringLiteral("—"), QStringLiteral("Peek Current App"), QStringLiteral("—"),
+                     QStringLiteral("Settings…"), QStringLiteral("Welcome to Corvane…"),
+                     QStringLiteral("What's New in Corvane…"), QStringLiteral("Check for Updates…"),
+                     QStringLiteral("—"), QStringLiteral("Quit Corvane")}));
+    QCOMPARE(menu->children.size(), 11);
+    QVERIFY(!menu->children.at(0).isEnabled());
+    QCOMPARE(menu->children.at(1).label(),
+             QStringLiteral("Accessibility access needed — click to fix"));
+    QVERIFY(!menu->children.at(1).isVisible());
+    for (qsizetype i = 1; i < menu->children.size(); ++i)
+        // (Qt exports a hidden entry as disabled too.)
+        if (!menu->children.at(i).isSeparator() && menu->children.at(i).isVisible())
+            QVERIFY2(menu->children.at(i).isEnabled(),
+                     qPrintable(menu->children.at(i).label() + QStringLiteral(" ") +
+                                QDebug::toString(menu->children.at(i).properties)));
+}
+
+void TestShell::trayPeekOpensPinnedAndClosesAgain()
+{
+    activate(m_fixture);
+    QTRY_COMPARE(m_tray.items().size(), 1);
+    QVERIFY(m_tray.click(QStringLiteral("Peek Current App")));
+    QTRY_VERIFY_WITH_TIMEOUT(m_corvane->panelVisible(), 5000);
+    // Pinned: it stays, and typing reaches it while the fixture stays in front.
+    QTest::qWait(400);
+    QVERIFY(m_corvane->panelVisible());
+    QCOMPARE(activeWindowPid(), m_fixture);
+    // The same entry again closes it (the request toggles).
+    QVERIFY(m_tray.click(QStringLiteral("Peek Current App")));
+    QTRY_VERIFY(!m_corvane->panelVisible());
+}
+
+void TestShell::trayWithoutPermissionWarnsAndPeekOpensWelcome()
+{
+    const qsizetype from = m_corvane->lines().size();
+    QVERIFY(setAccessibility(false));
+    QVERIFY(m_corvane->waitForLine(QStringLiteral("accessibility switched off"), 1, from, 3000));
+    const auto menu = m_tray.openMenu();
+    QVERIFY(menu);
+    QVERIFY(menu->children.at(1).isVisible()); // "Accessibility access needed — click to fix"
+    activate(m_fixture);
+    QVERIFY(m_tray.click(QStringLiteral("Peek Current App")));
+    // The Welcome window opens instead, and nothing is shown or crawled.
+    QTRY_VERIFY_WITH_TIMEOUT(!xdotool({QStringLiteral("search"), QStringLiteral("--all"),
+                                       QStringLiteral("--onlyvisible"), QStringLiteral("--pid"),
+                                       QString::number(m_corvane->pid()), QStringLiteral("--name"),
+                                       QStringLiteral("Welcome to Corvane")},
+                                      false)
+                                  .isEmpty(),
+                             5000);
+    QTest::qWait(300);
+    QVERIFY(!m_corvane->panelVisible());
+    QVERIFY(m_corvane->linesContaining(QStringLiteral("crawl"), from).isEmpty());
+    const QString welcome =
+        xdotool({QStringLiteral("search"), QStringLiteral("--all"), QStringLiteral("--onlyvisible"),
+                 QStringLiteral("--pid"), QString::number(m_corvane->pid()),
+                 QStringLiteral("--name"), QStringLiteral("Welcome to Corvane")});
+    xdotool({QStringLiteral("windowclose"), welcome.section(u'\n', 0, 0)}, false);
+    QVERIFY(setAccessibility(true));
+    QVERIFY(m_corvane->waitForLine(QStringLiteral("accessibility switched on"), 1, from, 3000));
+    QVERIFY(!m_tray.openMenu()->children.at(1).isVisible());
 }
 
 QTEST_MAIN(TestShell)
