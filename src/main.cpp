@@ -8,6 +8,7 @@
 #include "platform/linux/AccessibilitySwitch.h"
 #include "platform/linux/AtspiClient.h"
 #include "platform/linux/SingleInstance.h"
+#include "platform/linux/X11Compositing.h"
 #include "platform/linux/X11Workspace.h"
 #include "platform/linux/XInputMonitors.h"
 
@@ -55,7 +56,9 @@ int main(int argc, char* argv[])
                           .workspace = workspace,
                           .trust = trust,
                           .menuSource = std::make_shared<atspi::MenuBarFinder>(),
-                          .beep = [] { QApplication::beep(); }});
+                          .beep = [] { QApplication::beep(); },
+                          .isCompositing = &X11Compositing::isActive,
+                          .requestBlurBehind = &X11Compositing::requestBlurBehind});
     AppDelegate::shared = &delegate;
     // Input meant for the panel is Corvane's own, not a hold or an interruption (PLATFORM.md).
     monitors.keyboardHeldByUs = [&delegate] { return delegate.overlay.keyMonitorInstalled(); };

@@ -42,6 +42,8 @@ void AppDelegate::applicationDidFinishLaunching()
     observeTrustChanges();
     // The panel and its view are made now rather than in the middle of the first peek.
     overlay.prepare();
+    if (m_platform.requestBlurBehind)
+        m_platform.requestBlurBehind(*overlay.panel());
     connect(overlay.panel(), &QQuickWindow::frameSwapped, this, &AppDelegate::firstFrameSwapped);
     // Step 9, the launch announcements of Part 1.6, arrives with the Welcome and What's New
     // windows.
@@ -197,6 +199,8 @@ void AppDelegate::showOverlay()
     const auto flag = [this](const QString& key) {
         return m_defaults.boolValue(key).value_or(true);
     };
+    // A compositor may have started or stopped since the last peek.
+    overlay.setTranslucent(m_platform.isCompositing && m_platform.isCompositing());
     overlay.present(*app, catalog, favoriteIDs, flag(TriggerSettings::showDisabledItemsKey),
                     flag(TriggerSettings::showItemsWithoutShortcutKey),
                     flag(TriggerSettings::glassyBackgroundKey), triggerSymbol());

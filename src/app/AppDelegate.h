@@ -40,6 +40,10 @@ public:
         AccessibilityTrust& trust;
         std::shared_ptr<MenuSource> menuSource;
         std::function<void()> beep;
+        // Whether a compositor draws the panel's transparency now (the glass is then
+        // translucent), and the blur-behind request for the panel. Absent: solid glass.
+        std::function<bool()> isCompositing;
+        std::function<void(QWindow&)> requestBlurBehind;
         // Whether the status menu puts an icon in the system tray (tests build it without one).
         bool showStatusItem = true;
     };

@@ -138,6 +138,7 @@ private Q_SLOTS:
     void favoriteToggleReadsTheStoreBack();
     void showWithoutUsableApplicationCloses();
     void holdShowsReleaseHides();
+    void glassFollowsTheCompositorAtEachShow();
 
     // Part 1.2
     void grantWithoutBroadcastIsNoticedByThePoll();
@@ -180,6 +181,8 @@ private:
     FakeTrust m_trust;
     std::shared_ptr<FakeSource> m_source;
     int m_beeps = 0;
+    bool m_compositing = false;
+    QList<QWindow*> m_blurredWindows;
     std::unique_ptr<AppDelegate> m_delegate;
     std::unique_ptr<QSignalSpy> m_crawls;
 };
@@ -195,6 +198,8 @@ void TestAppDelegate::init()
     m_trust.setNow(true);
     m_trust.reads = m_trust.answers = 0;
     m_beeps = 0;
+    m_compositing = false;
+    m_blurredWindows.clear();
     m_monitors.handlers.clear();
     m_monitors.pointer = {0, 0};
 }
@@ -218,13 +223,17 @@ void TestAppDelegate::cleanup()
 
 void TestAppDelegate::makeDelegate()
 {
-    m_delegate = std::make_unique<AppDelegate>(*m_defaults,
-                                               AppDelegate::Platform{.monitors = m_monitors,
-                                                                     .workspace = m_workspace,
-                                                                     .trust = m_trust,
-                                                                     .menuSource = m_source,
-                                                                     .beep = [this] { ++m_beeps; },
-                                                                     .showStatusItem = false});
+    m_delegate = std::make_unique<AppDelegate>(
+        *m_defaults,
+        AppDelegate::Platform{
+            .monitors = m_monitors,
+            .workspace = m_workspace,
+            .trust = m_trust,
+            .menuSource = m_source,
+            .beep = [this] { ++m_beeps; },
+            .isCompositing = [this] { return m_compositing; },
+            .requestBlurBehind = [this](QWindow& window) { m_blurredWindows.append(&window); },
+            .showStatusItem = false});
     AppDelegate::shared = m_delegate.get();
     m_crawls = std::make_unique<QSignalSpy>(m_delegate.get(), &AppDelegate::crawlFinished);
 }
@@ -407,6 +416,27 @@ void TestAppDelegate::holdShowsReleaseHides()
     QCOMPARE(m_delegate->detector.machine.state, State::idle);
     QVERIFY(!m_delegate->targetApp);
     QTRY_VERIFY(!panelVisible());
+}
+
+void TestAppDelegate::glassFollowsTheCompositorAtEachShow()
+{
+    launch();
+    // The blur-behind hint is asked for once, for the panel, at launch.
+    QCOMPARE(m_blurredWindows, QList<QWindow*>{m_delegate->overlay.panel()});
+    auto* peek = m_delegate->statusMenuController->peekItem;
+    const auto translucent = [this] {
+        return m_delegate->overlay.rootView()->property("translucent").toBool();
+    };
+    peek->trigger();
+    QTRY_VERIFY(panelVisible());
+    QVERIFY(!translucent()); // no compositor: the card is solid
+    peek->trigger();
+    QTRY_VERIFY(!panelVisible());
+    m_compositing = true; // a compositor started between two peeks
+    peek->trigger();
+    QTRY_VERIFY(panelVisible());
+    QVERIFY(translucent());
+    QCOMPARE(m_blurredWindows.size(), 1);
 }
 
 // ---- Part 1.2 -------------------------------------------------------------------------------

@@ -162,6 +162,17 @@ void TestShell::holdShowsTheFrontApplicationsMenus()
     // Placed by the size rule on the 1440 × 900 screen, and geany stays the active window.
     QCOMPARE(m_corvane->panelGeometry(), QRect(250, 130, 940, 640));
     QCOMPARE(activeWindowPid(), m_geany);
+    // The panel asks window managers that blur to blur behind it.
+    const QString panel =
+        xdotool({QStringLiteral("search"), QStringLiteral("--all"), QStringLiteral("--onlyvisible"),
+                 QStringLiteral("--pid"), QString::number(m_corvane->pid()),
+                 QStringLiteral("--name"), QStringLiteral("^Corvane$")})
+            .section(u'\n', 0, 0);
+    QProcess xprop;
+    xprop.start(QStringLiteral("xprop"),
+                {QStringLiteral("-id"), panel, QStringLiteral("_KDE_NET_WM_BLUR_BEHIND_REGION")});
+    QVERIFY(xprop.waitForFinished(5000));
+    QVERIFY(xprop.readAllStandardOutput().startsWith("_KDE_NET_WM_BLUR_BEHIND_REGION(CARDINAL)"));
 
     releaseTrigger(); // the pointer is in the corner, away from the panel
     QTRY_VERIFY(!m_corvane->panelVisible());

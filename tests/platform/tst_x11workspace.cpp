@@ -2,6 +2,7 @@
 // application and the activations of two real applications, and of this process's own window.
 
 #include "SessionTools.h"
+#include "platform/linux/X11Compositing.h"
 #include "platform/linux/X11Workspace.h"
 
 #include <QGuiApplication>
@@ -9,6 +10,7 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QWindow>
+#include <X11/Xlib.h>
 
 using namespace corvane;
 using corvane::test::xdotool;
@@ -21,6 +23,8 @@ private Q_SLOTS:
     void cleanupTestCase();
     void activationsInOrder();
     void ownWindowIsNotAnotherApplication();
+    void compositorIsTheCmSelectionOwner();
+    void blurBehindHintOnTheWindow();
 
 private:
     qint64 startFixture(const QString& program);
@@ -97,6 +101,38 @@ void TestX11Workspace::ownWindowIsNotAnotherApplication()
     QCOMPARE(all.at(0).at(0).value<RunningApp>().pid, X11Workspace::thisProcessId());
     QCOMPARE(others.size(), 0);
     QCOMPARE(workspace.frontmostApplication()->pid, QCoreApplication::applicationPid());
+}
+
+void TestX11Workspace::compositorIsTheCmSelectionOwner()
+{
+    // Xvfb and openbox composite nothing.
+    QVERIFY(!X11Compositing::isActive());
+    // A compositing manager announces itself by owning _NET_WM_CM_S0; here the test does, on an
+    // X connection of its own.
+    Display* x = XOpenDisplay(nullptr);
+    QVERIFY(x);
+    const Window owner = XCreateSimpleWindow(x, DefaultRootWindow(x), 0, 0, 1, 1, 0, 0, 0);
+    const Atom selection = XInternAtom(x, "_NET_WM_CM_S0", False);
+    XSetSelectionOwner(x, selection, owner, CurrentTime);
+    XSync(x, False);
+    QVERIFY(X11Compositing::isActive());
+    XSetSelectionOwner(x, selection, None, CurrentTime);
+    XSync(x, False);
+    QVERIFY(!X11Compositing::isActive());
+    XCloseDisplay(x);
+}
+
+void TestX11Workspace::blurBehindHintOnTheWindow()
+{
+    QWindow window;
+    window.create();
+    X11Compositing::requestBlurBehind(window);
+    QProcess xprop;
+    xprop.start(QStringLiteral("xprop"), {QStringLiteral("-id"), QString::number(window.winId()),
+                                          QStringLiteral("_KDE_NET_WM_BLUR_BEHIND_REGION")});
+    QVERIFY(xprop.waitForFinished(5000));
+    QCOMPARE(QString::fromUtf8(xprop.readAllStandardOutput()).trimmed(),
+             QStringLiteral("_KDE_NET_WM_BLUR_BEHIND_REGION(CARDINAL) ="));
 }
 
 QTEST_MAIN(TestX11Workspace)
