@@ -3,6 +3,7 @@
 // settings store. Every "Edge cases worth testing" bullet of those Parts; the same loop with
 // real applications and real input is tst_shell.
 
+#include "CrawlThread.h"
 #include "FakeMenuTree.h"
 #include "FakeMonitors.h"
 #include "app/AppDelegate.h"
@@ -109,6 +110,13 @@ std::shared_ptr<FakeNode> viewerMenus()
     return bar({menu("View", {item("Zoom In"), item("Zoom Out")})});
 }
 
+// Waits until every job queued on the crawl thread so far has run, and their results arrived.
+void drainCrawlQueue()
+{
+    onCrawlThread([] { return true; });
+    QCoreApplication::processEvents();
+}
+
 int commandCount(const QList<MenuSection>& sections)
 {
     int count = 0;
@@ -209,10 +217,7 @@ void TestAppDelegate::cleanup()
     m_crawls.reset();
     // Let queued crawls end before their delegate goes (they hold it weakly; this keeps the
     // next test's counts clean).
-    QSemaphore drained;
-    MenuCrawler::queue().post([&drained] { drained.release(); });
-    drained.acquire();
-    QCoreApplication::processEvents();
+    drainCrawlQueue();
     AppDelegate::shared = nullptr;
     m_delegate.reset();
     for (auto* window :
@@ -607,9 +612,7 @@ void TestAppDelegate::executeWithoutTargetOnlyCloses()
     const MenuCommand command{{{"File", 0}, {"Quit", 0}}, ShortcutKeys::none, true, false};
     m_delegate->execute(command);
     QCOMPARE(m_delegate->detector.machine.state, State::idle);
-    QSemaphore drained;
-    MenuCrawler::queue().post([&drained] { drained.release(); });
-    drained.acquire();
+    drainCrawlQueue();
     QCOMPARE(presses, 0);
     QCOMPARE(m_beeps, 0);
 }
@@ -654,10 +657,7 @@ void TestAppDelegate::crawlWithoutPermissionIsSkippedAndLogged()
     m_trust.setNow(false);
     QTest::ignoreMessage(QtCriticalMsg, "crawl skipped: process not trusted");
     m_delegate->crawlAndUpdate(editor);
-    QSemaphore drained;
-    MenuCrawler::queue().post([&drained] { drained.release(); });
-    drained.acquire();
-    QCoreApplication::processEvents();
+    drainCrawlQueue();
     QCOMPARE(m_crawls->size(), 0);
     QVERIFY(!m_delegate->cache->catalog(*editor.appId));
 }

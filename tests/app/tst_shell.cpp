@@ -163,11 +163,7 @@ void TestShell::holdShowsTheFrontApplicationsMenus()
     QCOMPARE(m_corvane->panelGeometry(), QRect(250, 130, 940, 640));
     QCOMPARE(activeWindowPid(), m_geany);
     // The panel asks window managers that blur to blur behind it.
-    const QString panel =
-        xdotool({QStringLiteral("search"), QStringLiteral("--all"), QStringLiteral("--onlyvisible"),
-                 QStringLiteral("--pid"), QString::number(m_corvane->pid()),
-                 QStringLiteral("--name"), QStringLiteral("^Corvane$")})
-            .section(u'\n', 0, 0);
+    const QString panel = m_corvane->windows(QStringLiteral("^Corvane$")).value(0);
     QProcess xprop;
     xprop.start(QStringLiteral("xprop"),
                 {QStringLiteral("-id"), panel, QStringLiteral("_KDE_NET_WM_BLUR_BEHIND_REGION")});
@@ -236,12 +232,9 @@ void TestShell::ownWindowAndTheTargetKeepTheOverlayAnotherAppCloses()
     activate(m_geany);
     QTRY_VERIFY(!m_corvane->panelVisible());
     // The settings window is closed again.
-    const QString settings =
-        xdotool({QStringLiteral("search"), QStringLiteral("--all"), QStringLiteral("--onlyvisible"),
-                 QStringLiteral("--pid"), QString::number(m_corvane->pid()),
-                 QStringLiteral("--name"), QStringLiteral("Corvane Settings")});
-    QVERIFY(!settings.isEmpty());
-    xdotool({QStringLiteral("windowclose"), settings.section(u'\n', 0, 0)}, false);
+    const QStringList settings = m_corvane->windows(QStringLiteral("Corvane Settings"));
+    QCOMPARE(settings.size(), 1);
+    xdotool({QStringLiteral("windowclose"), settings.first()}, false);
 }
 
 void TestShell::failedPressBeepsAndLogs()
@@ -399,21 +392,14 @@ void TestShell::trayWithoutPermissionWarnsAndPeekOpensWelcome()
     activate(m_fixture);
     QVERIFY(m_tray.click(QStringLiteral("Peek Current App")));
     // The Welcome window opens instead, and nothing is shown or crawled.
-    QTRY_VERIFY_WITH_TIMEOUT(!xdotool({QStringLiteral("search"), QStringLiteral("--all"),
-                                       QStringLiteral("--onlyvisible"), QStringLiteral("--pid"),
-                                       QString::number(m_corvane->pid()), QStringLiteral("--name"),
-                                       QStringLiteral("Welcome to Corvane")},
-                                      false)
-                                  .isEmpty(),
+    QTRY_VERIFY_WITH_TIMEOUT(!m_corvane->windows(QStringLiteral("Welcome to Corvane")).isEmpty(),
                              5000);
     QTest::qWait(300);
     QVERIFY(!m_corvane->panelVisible());
     QVERIFY(m_corvane->linesContaining(QStringLiteral("crawl"), from).isEmpty());
-    const QString welcome =
-        xdotool({QStringLiteral("search"), QStringLiteral("--all"), QStringLiteral("--onlyvisible"),
-                 QStringLiteral("--pid"), QString::number(m_corvane->pid()),
-                 QStringLiteral("--name"), QStringLiteral("Welcome to Corvane")});
-    xdotool({QStringLiteral("windowclose"), welcome.section(u'\n', 0, 0)}, false);
+    const QStringList welcome = m_corvane->windows(QStringLiteral("Welcome to Corvane"));
+    QCOMPARE(welcome.size(), 1);
+    xdotool({QStringLiteral("windowclose"), welcome.first()}, false);
     QVERIFY(setAccessibility(true));
     QVERIFY(m_corvane->waitForLine(QStringLiteral("accessibility switched on"), 1, from, 3000));
     QVERIFY(!m_tray.openMenu()->children.at(1).isVisible());

@@ -80,23 +80,23 @@ bool CorvaneProcess::waitForLine(const QString& text, int count, qsizetype from,
     return QTest::qWaitFor([&] { return linesContaining(text, from).size() >= count; }, timeoutMs);
 }
 
+QStringList CorvaneProcess::windows(const QString& title) const
+{
+    return xdotool({QStringLiteral("search"), QStringLiteral("--all"),
+                    QStringLiteral("--onlyvisible"), QStringLiteral("--pid"),
+                    QString::number(pid()), QStringLiteral("--name"), title},
+                   false)
+        .split(u'\n', Qt::SkipEmptyParts);
+}
+
 bool CorvaneProcess::panelVisible() const
 {
-    return !xdotool({QStringLiteral("search"), QStringLiteral("--all"),
-                     QStringLiteral("--onlyvisible"), QStringLiteral("--pid"),
-                     QString::number(pid()), QStringLiteral("--name"), QStringLiteral("^Corvane$")},
-                    false)
-                .isEmpty();
+    return !windows(QStringLiteral("^Corvane$")).isEmpty();
 }
 
 QRect CorvaneProcess::panelGeometry() const
 {
-    const QString window =
-        xdotool({QStringLiteral("search"), QStringLiteral("--all"), QStringLiteral("--onlyvisible"),
-                 QStringLiteral("--pid"), QString::number(pid()), QStringLiteral("--name"),
-                 QStringLiteral("^Corvane$")},
-                false)
-            .section(u'\n', 0, 0);
+    const QString window = windows(QStringLiteral("^Corvane$")).value(0);
     if (window.isEmpty())
         return {};
     // "X=…\nY=…\nWIDTH=…\nHEIGHT=…" (--shell)

@@ -40,6 +40,8 @@ public:
     bool waitForLine(const QString& text, int count = 1, qsizetype from = 0, int timeoutMs = 10000);
     QString log() { return read(), m_log; }
 
+    // Its mapped windows whose title matches the regular expression `title`.
+    QStringList windows(const QString& title) const;
     // Its overlay panel (the frameless window titled "Corvane") is mapped.
     bool panelVisible() const;
     // The panel's geometry in root coordinates, or an empty rectangle.
