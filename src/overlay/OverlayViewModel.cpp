@@ -20,8 +20,12 @@ void OverlayViewModel::setAppIcon(const QString& value)
 }
 void OverlayViewModel::setSections(const QList<MenuSection>& value)
 {
-    m_sections = value;
-    invalidate();
+    // The search index is a cache of the visible commands: the same catalog again (another peek
+    // at the same application) keeps it. Every assignment still notifies.
+    if (!(value == m_sections)) {
+        m_sections = value;
+        invalidate();
+    }
     Q_EMIT sectionsChanged();
 }
 void OverlayViewModel::setQuery(const QString& value)
@@ -46,14 +50,18 @@ void OverlayViewModel::setFavoriteIDs(const QSet<QString>& value)
 }
 void OverlayViewModel::setShowDisabled(bool value)
 {
-    m_showDisabled = value;
-    invalidate();
+    if (value != m_showDisabled) {
+        m_showDisabled = value;
+        invalidate();
+    }
     Q_EMIT showDisabledChanged();
 }
 void OverlayViewModel::setShowNoShortcut(bool value)
 {
-    m_showNoShortcut = value;
-    invalidate();
+    if (value != m_showNoShortcut) {
+        m_showNoShortcut = value;
+        invalidate();
+    }
     Q_EMIT showNoShortcutChanged();
 }
 void OverlayViewModel::setGlassy(bool value)
@@ -96,11 +104,18 @@ QList<MenuCommand> OverlayViewModel::allCommands() const
 
 QList<MenuCommand> OverlayViewModel::favoriteCommands() const
 {
+    if (m_favoriteOrder.isEmpty())
+        return {};
+    // The visible commands in order, as allCommands() gives them, without building the search
+    // index for it.
+    const QSet<QString> wanted(m_favoriteOrder.cbegin(), m_favoriteOrder.cend());
     QHash<QString, MenuCommand> byId;
-    for (const MenuCommand& command : allCommands()) {
-        const QString id = command.id();
-        if (!byId.contains(id)) // the first of equal ids keeps the entry
-            byId.insert(id, command);
+    for (const MenuSection& section : visibleSections()) {
+        for (const MenuCommand& command : section.commands) {
+            const QString id = command.id();
+            if (wanted.contains(id) && !byId.contains(id)) // the first of equal ids keeps it
+                byId.insert(id, command);
+        }
     }
     QList<MenuCommand> result;
     for (const QString& id : m_favoriteOrder) // stored order; an id listed twice yields it twice
