@@ -6,6 +6,7 @@
 #include "CatalogGenerator.h"
 #include "OverlayHarness.h"
 #include "Percentiles.h"
+#include "ProcessFigures.h"
 #include "overlay/OverlayPanelController.h"
 
 #include <QElapsedTimer>
@@ -18,22 +19,12 @@
 
 using namespace corvane;
 using corvane::test::p50p99;
+using corvane::test::residentMegabytes;
 
 namespace {
 
 constexpr int samples = 50;
 constexpr int warmUp = 5;
-
-double residentMegabytes()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray& line : status.readAll().split('\n'))
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').first().toDouble() / 1024.0;
-    return 0;
-}
 
 // Runs the event loop until `signal` of `sender` fires (or 5 s pass); the elapsed time since
 // `timer` started, in milliseconds, at that moment.

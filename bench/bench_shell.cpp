@@ -6,16 +6,15 @@
 
 #include "CorvaneProcess.h"
 #include "Percentiles.h"
+#include "ProcessFigures.h"
 #include "SessionTools.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QTest>
 #include <X11/Xlib.h>
 #include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
 #include <ctime>
-#include <unistd.h>
 
 using namespace corvane::test;
 
@@ -37,16 +36,6 @@ double loggedMs(const QString& line)
     return line.section(u' ', 0, 0, QString::SectionSkipEmpty).toDouble() * 1000.0;
 }
 
-void activate(qint64 pid)
-{
-    const QString window =
-        xdotool({"search", "--all", "--onlyvisible", "--pid", QString::number(pid)})
-            .section(u'\n', 0, 0);
-    xdotool({"windowactivate", "--sync", window});
-    if (!QTest::qWaitFor([pid] { return activeWindowPid() == pid; }, 5000))
-        qFatal("window of %lld did not become active", pid);
-}
-
 struct Figures {
     std::vector<double> latencies;
     int prefetched = 0;
@@ -55,7 +44,8 @@ struct Figures {
 Figures peekRepeatedly(CorvaneProcess& corvane, Display* x, qint64 pid)
 {
     const KeyCode ctrl = XKeysymToKeycode(x, XK_Control_L);
-    activate(pid);
+    if (!activateWindowOf(pid))
+        qFatal("no window of %lld became active", pid);
     Figures figures;
     for (int i = 0; i < peeks; ++i) {
         xdotool({"mousemove", "3", "3"});
@@ -111,19 +101,10 @@ int main(int argc, char* argv[])
     print("geany", peekRepeatedly(corvane, x, geany));
     print("fixture3000", peekRepeatedly(corvane, x, fixture));
 
-    QFile status(QStringLiteral("/proc/%1/status").arg(corvane.pid()));
-    status.open(QIODevice::ReadOnly);
-    for (const QByteArray& line : status.readAll().split('\n'))
-        if (line.startsWith("VmRSS:"))
-            std::printf("bench shell_rss_after_%d_peeks %.1f MB\n", 2 * peeks,
-                        line.simplified().split(' ').value(1).toDouble() / 1024.0);
-    QFile stat(QStringLiteral("/proc/%1/stat").arg(corvane.pid()));
-    stat.open(QIODevice::ReadOnly);
-    // Fields after the command name: utime and stime are the 12th and 13th.
-    const QList<QByteArray> fields = stat.readAll().split(')').value(1).simplified().split(' ');
-    const double ticks = double(sysconf(_SC_CLK_TCK));
+    std::printf("bench shell_rss_after_%d_peeks %.1f MB\n", 2 * peeks,
+                residentMegabytes(corvane.pid()));
     std::printf("bench shell_cpu_time_after_%d_peeks %.2f s\n", 2 * peeks,
-                (fields.value(11).toDouble() + fields.value(12).toDouble()) / ticks);
+                cpuSeconds(corvane.pid()));
     corvane.stop();
     programs.stopAll();
     XCloseDisplay(x);

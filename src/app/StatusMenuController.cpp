@@ -2,16 +2,14 @@
 
 #include "AppDelegate.h"
 #include "SecondaryWindows.h"
+#include "overlay/SymbolImageProvider.h"
 #include "update/UpdateChecker.h"
 #include "whatsnew/ReleaseNotes.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QFile>
 #include <QLoggingCategory>
 #include <QMenu>
-#include <QPainter>
-#include <QSvgRenderer>
 #include <QSystemTrayIcon>
 
 Q_DECLARE_LOGGING_CATEGORY(lcApp)
@@ -23,22 +21,12 @@ namespace {
 // The symbol "command.square.fill" in the palette's text colour, at the tray's usual sizes.
 QIcon statusIcon()
 {
-    QFile file(QStringLiteral(":/corvane/symbols/command.square.fill.svg"));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    QByteArray svg = file.readAll();
-    svg.replace("currentColor",
-                QApplication::palette().color(QPalette::WindowText).name().toLatin1());
-    QSvgRenderer renderer(svg);
+    SymbolImageProvider symbols;
+    const QString id = QStringLiteral("command.square.fill?") +
+                       QApplication::palette().color(QPalette::WindowText).name();
     QIcon icon;
-    for (const int size : {16, 22, 24, 32, 48, 64}) {
-        QPixmap pixmap(size, size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        renderer.render(&painter);
-        painter.end();
-        icon.addPixmap(pixmap);
-    }
+    for (const int side : {16, 22, 24, 32, 48, 64})
+        icon.addPixmap(QPixmap::fromImage(symbols.requestImage(id, nullptr, QSize(side, side))));
     return icon;
 }
 

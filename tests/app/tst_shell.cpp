@@ -41,7 +41,6 @@ private Q_SLOTS:
     void trayWithoutPermissionWarnsAndPeekOpensWelcome();
 
 private:
-    void activate(qint64 pid);
     void pressTrigger();
     void releaseTrigger();
     void pin(qint64 pid);
@@ -97,16 +96,6 @@ void TestShell::cleanup()
         qWarning("Corvane's log:\n%s", qPrintable(m_corvane->log()));
 }
 
-void TestShell::activate(qint64 pid)
-{
-    const QString window =
-        xdotool({QStringLiteral("search"), QStringLiteral("--all"), QStringLiteral("--onlyvisible"),
-                 QStringLiteral("--pid"), QString::number(pid)})
-            .section(u'\n', 0, 0);
-    xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), window});
-    QTRY_COMPARE(activeWindowPid(), pid);
-}
-
 void TestShell::pressTrigger()
 {
     xdotool({QStringLiteral("keydown"), QStringLiteral("Control_L")});
@@ -122,7 +111,7 @@ void TestShell::releaseTrigger()
 // Holds the trigger past the delay with `pid` in front, and releases it over the panel.
 void TestShell::pin(qint64 pid)
 {
-    activate(pid);
+    QVERIFY(activateWindowOf(pid));
     pressTrigger();
     QTRY_VERIFY_WITH_TIMEOUT(m_corvane->panelVisible(), 5000);
     const QRect panel = m_corvane->panelGeometry();
@@ -148,7 +137,7 @@ bool TestShell::setAccessibility(bool enabled)
 
 void TestShell::holdShowsTheFrontApplicationsMenus()
 {
-    activate(m_geany);
+    QVERIFY(activateWindowOf(m_geany));
     const qsizetype from = m_corvane->lines().size();
     pressTrigger();
     QTRY_VERIFY_WITH_TIMEOUT(m_corvane->panelVisible(), 5000);
@@ -225,11 +214,11 @@ void TestShell::ownWindowAndTheTargetKeepTheOverlayAnotherAppCloses()
     QTest::qWait(300);
     QVERIFY(m_corvane->panelVisible());
     // Re-activating the target keeps it too.
-    activate(m_fixture);
+    QVERIFY(activateWindowOf(m_fixture));
     QTest::qWait(300);
     QVERIFY(m_corvane->panelVisible());
     // Activating another application closes it.
-    activate(m_geany);
+    QVERIFY(activateWindowOf(m_geany));
     QTRY_VERIFY(!m_corvane->panelVisible());
     // The settings window is closed again.
     const QStringList settings = m_corvane->windows(QStringLiteral("Corvane Settings"));
@@ -276,7 +265,7 @@ void TestShell::accessibilitySwitchedOffAndOn()
              qPrintable(QString::number(restarted - switchedOff)));
 
     // Holding does nothing now.
-    activate(m_fixture);
+    QVERIFY(activateWindowOf(m_fixture));
     pressTrigger();
     QTest::qWait(1000);
     QVERIFY(!m_corvane->panelVisible());
@@ -303,7 +292,7 @@ void TestShell::accessibilitySwitchedOffAndOn()
     QVERIFY(m_corvane->linesContaining(QStringLiteral("permission poll"), quiet).isEmpty());
 
     // Holding works again.
-    activate(m_fixture);
+    QVERIFY(activateWindowOf(m_fixture));
     pressTrigger();
     QTRY_VERIFY_WITH_TIMEOUT(m_corvane->panelVisible(), 5000);
     releaseTrigger();
@@ -314,7 +303,7 @@ void TestShell::crawlSkippedWhenPermissionGoesDuringTheHold()
 {
     // The hold arms with the permission; it is withdrawn before the overlay shows (0.3 s), so
     // the crawl of the show is skipped and the overlay shows the cached menus.
-    activate(m_fixture);
+    QVERIFY(activateWindowOf(m_fixture));
     const qsizetype from = m_corvane->lines().size();
     pressTrigger();
     QVERIFY(setAccessibility(false));
@@ -368,7 +357,7 @@ void TestShell::trayMenuHoldsTheSpecEntries()
 
 void TestShell::trayPeekOpensPinnedAndClosesAgain()
 {
-    activate(m_fixture);
+    QVERIFY(activateWindowOf(m_fixture));
     QTRY_COMPARE(m_tray.items().size(), 1);
     QVERIFY(m_tray.click(QStringLiteral("Peek Current App")));
     QTRY_VERIFY_WITH_TIMEOUT(m_corvane->panelVisible(), 5000);
@@ -389,7 +378,7 @@ void TestShell::trayWithoutPermissionWarnsAndPeekOpensWelcome()
     const auto menu = m_tray.openMenu();
     QVERIFY(menu);
     QVERIFY(menu->children.at(1).isVisible()); // "Accessibility access needed — click to fix"
-    activate(m_fixture);
+    QVERIFY(activateWindowOf(m_fixture));
     QVERIFY(m_tray.click(QStringLiteral("Peek Current App")));
     // The Welcome window opens instead, and nothing is shown or crawled.
     QTRY_VERIFY_WITH_TIMEOUT(!m_corvane->windows(QStringLiteral("Welcome to Corvane")).isEmpty(),

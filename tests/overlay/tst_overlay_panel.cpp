@@ -108,11 +108,7 @@ void TestOverlayPanel::init()
     model.onExecute = [this](const MenuCommand& c) { m_executed << c; };
     model.onCloseRequest = [this] { ++m_closeRequests; };
     // The application in front, as the user would have it.
-    const QString window = xdotool({"search", "--all", "--onlyvisible", "--pid",
-                                    QString::number(m_mousepad), "--name", "Mousepad"})
-                               .section(u'\n', 0, 0);
-    xdotool({"windowactivate", "--sync", window});
-    QTRY_COMPARE(activeWindowPid(), m_mousepad);
+    QVERIFY(activateWindowOf(m_mousepad, QStringLiteral("Mousepad")));
 }
 
 void TestOverlayPanel::cleanup()

@@ -22,6 +22,20 @@ qint64 activeWindowPid()
     return xdotool({QStringLiteral("getwindowpid"), window}, false).toLongLong();
 }
 
+bool activateWindowOf(qint64 pid, const QString& windowName)
+{
+    QStringList search{QStringLiteral("search"), QStringLiteral("--all"),
+                       QStringLiteral("--onlyvisible"), QStringLiteral("--pid"),
+                       QString::number(pid)};
+    if (!windowName.isEmpty())
+        search << QStringLiteral("--name") << windowName;
+    const QString window = xdotool(search, false).section(u'\n', 0, 0);
+    if (window.isEmpty())
+        return false;
+    xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), window}, false);
+    return QTest::qWaitFor([pid] { return activeWindowPid() == pid; }, 5000);
+}
+
 Programs::~Programs()
 {
     stopAll();

@@ -15,6 +15,10 @@ QString xdotool(const QStringList& arguments, bool mustSucceed = true);
 // The process id owning the active window (_NET_ACTIVE_WINDOW), or 0.
 qint64 activeWindowPid();
 
+// Activates the first visible window of `pid` (whose name matches `windowName`, when given) and
+// waits until it is the active window; false when it did not become active in 5 s.
+bool activateWindowOf(qint64 pid, const QString& windowName = {});
+
 // Programs started for one test case; every one is killed, by process id, when it is destroyed.
 class Programs : public QObject {
 public:

@@ -14,22 +14,18 @@ namespace {
 const QString service = QStringLiteral("org.a11y.Bus");
 const QString path = QStringLiteral("/org/a11y/bus");
 const QString statusInterface = QStringLiteral("org.a11y.Status");
-} // namespace
 
-AccessibilitySwitch::AccessibilitySwitch(QObject* parent) : AccessibilityTrust(parent) {}
-
-std::optional<bool> AccessibilitySwitch::isEnabled(QString* whyNot)
+QDBusMessage isEnabledRequest()
 {
-    QDBusConnection session = QDBusConnection::sessionBus();
-    if (!session.isConnected()) {
-        if (whyNot)
-            *whyNot = QStringLiteral("no D-Bus session bus");
-        return std::nullopt;
-    }
     QDBusMessage get = QDBusMessage::createMethodCall(
         service, path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
     get.setArguments({statusInterface, QStringLiteral("IsEnabled")});
-    const QDBusMessage reply = session.call(get, QDBus::Block, atspi::requestTimeoutMs * 2);
+    return get;
+}
+
+// The value of IsEnabled in `reply`; absent, with a reason, on an error or a wrong type.
+std::optional<bool> isEnabledAnswer(const QDBusMessage& reply, QString* whyNot)
+{
     if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
         if (whyNot)
             *whyNot = QStringLiteral("org.a11y.Bus does not answer: ") + reply.errorMessage();
@@ -42,6 +38,22 @@ std::optional<bool> AccessibilitySwitch::isEnabled(QString* whyNot)
         return std::nullopt;
     }
     return value.toBool();
+}
+
+} // namespace
+
+AccessibilitySwitch::AccessibilitySwitch(QObject* parent) : AccessibilityTrust(parent) {}
+
+std::optional<bool> AccessibilitySwitch::isEnabled(QString* whyNot)
+{
+    QDBusConnection session = QDBusConnection::sessionBus();
+    if (!session.isConnected()) {
+        if (whyNot)
+            *whyNot = QStringLiteral("no D-Bus session bus");
+        return std::nullopt;
+    }
+    return isEnabledAnswer(
+        session.call(isEnabledRequest(), QDBus::Block, atspi::requestTimeoutMs * 2), whyNot);
 }
 
 bool AccessibilitySwitch::setEnabled(bool enabled)
@@ -86,14 +98,8 @@ void AccessibilitySwitch::refresh(std::function<void(bool trusted)> completion)
                     then(watcher->reply());
                 });
     };
-    QDBusMessage get = QDBusMessage::createMethodCall(
-        service, path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
-    get.setArguments({statusInterface, QStringLiteral("IsEnabled")});
-    ask(get, [this, ask](const QDBusMessage& reply) {
-        const bool isOn =
-            reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty() &&
-            reply.arguments().constFirst().value<QDBusVariant>().variant() == QVariant(true);
-        if (!isOn) {
+    ask(isEnabledRequest(), [this, ask](const QDBusMessage& reply) {
+        if (!isEnabledAnswer(reply, nullptr).value_or(false)) {
             m_reading = false;
             answer(false);
             return;
