@@ -3,10 +3,11 @@
 // subsystem libraries.
 
 #include "app/AppDelegate.h"
-#include "app/SecondaryWindows.h"
+#include "app/SettingsWindow.h"
 #include "platform/UserDefaults.h"
 #include "platform/linux/AccessibilitySwitch.h"
 #include "platform/linux/AtspiClient.h"
+#include "platform/linux/LinuxDesktop.h"
 #include "platform/linux/SingleInstance.h"
 #include "platform/linux/X11Compositing.h"
 #include "platform/linux/X11Workspace.h"
@@ -60,6 +61,11 @@ int main(int argc, char* argv[])
                           .isCompositing = &X11Compositing::isActive,
                           .requestBlurBehind = &X11Compositing::requestBlurBehind});
     AppDelegate::shared = &delegate;
+    LinuxDesktop desktop;
+    WindowServices::shared() = {.trust = &trust,
+                                .desktop = &desktop,
+                                .triggerName = [&delegate] { return delegate.triggerSymbol(); },
+                                .globalInputWatched = monitors.isAvailable()};
     // Input meant for the panel is Corvane's own, not a hold or an interruption (PLATFORM.md).
     monitors.keyboardHeldByUs = [&delegate] { return delegate.overlay.keyMonitorInstalled(); };
     monitors.ownPanelFrame = [&delegate] { return delegate.visiblePanelFrame(); };

@@ -1,6 +1,6 @@
 #include "AppDelegate.h"
 
-#include "SecondaryWindows.h"
+#include "SettingsWindow.h"
 #include "StatusMenuController.h"
 #include "TriggerSettings.h"
 #include "menus/MenuCrawler.h"
@@ -9,6 +9,8 @@
 #include "platform/InputMonitors.h"
 #include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
+#include "whatsnew/WelcomeWindowController.h"
+#include "whatsnew/WhatsNewWindowController.h"
 
 #include <QLoggingCategory>
 

@@ -1,10 +1,12 @@
 #include "StatusMenuController.h"
 
 #include "AppDelegate.h"
-#include "SecondaryWindows.h"
+#include "SettingsWindow.h"
 #include "overlay/SymbolImageProvider.h"
 #include "update/UpdateChecker.h"
 #include "whatsnew/ReleaseNotes.h"
+#include "whatsnew/WelcomeWindowController.h"
+#include "whatsnew/WhatsNewWindowController.h"
 
 #include <QAction>
 #include <QApplication>

@@ -21,6 +21,9 @@ public:
     virtual void refresh(std::function<void(bool trusted)> completion) = 0;
     // Starts listening for the broadcast; false when it cannot be heard.
     virtual bool watch() = 0;
+    // The spec's AXIsProcessTrustedWithOptions with the prompt: asks for the permission without
+    // waiting for the answer (on Linux the user's click is the consent: IsEnabled is set).
+    virtual void requestTrust() = 0;
 
 Q_SIGNALS:
     // The platform's accessibility broadcast (the spec's "com.apple.accessibility.api").

@@ -6,13 +6,16 @@
 #include "CrawlThread.h"
 #include "FakeMenuTree.h"
 #include "FakeMonitors.h"
+#include "OverlayHarness.h"
 #include "app/AppDelegate.h"
-#include "app/SecondaryWindows.h"
+#include "app/SettingsWindow.h"
 #include "app/StatusMenuController.h"
 #include "menus/MenuCrawler.h"
 #include "platform/AccessibilityTrust.h"
 #include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
+#include "whatsnew/WelcomeWindowController.h"
+#include "whatsnew/WhatsNewWindowController.h"
 
 #include <QAction>
 #include <QMenu>
@@ -46,6 +49,7 @@ public:
     bool granted = true;
     int reads = 0;
     int answers = 0;
+    int requests = 0;
     bool isTrusted() const override { return m_last; }
     void refresh(std::function<void(bool)> completion) override
     {
@@ -57,6 +61,7 @@ public:
         });
     }
     bool watch() override { return true; }
+    void requestTrust() override { ++requests; }
     void announce() { Q_EMIT broadcast(); }
     void setNow(bool value) { granted = m_last = value; }
 
@@ -735,7 +740,7 @@ void TestAppDelegate::peekWithoutPermissionOpensWelcome()
     QCOMPARE(m_delegate->detector.machine.state, State::idle);
     QVERIFY(!panelVisible());
     // A second choice brings the same window forward.
-    QPointer<QMessageBox> first = WelcomeWindowController::shared().window();
+    QPointer<QQuickWindow> first = WelcomeWindowController::shared().window();
     m_delegate->statusMenuController->permissionItem->trigger();
     QCOMPARE(WelcomeWindowController::shared().window(), first.data());
 }
@@ -765,11 +770,10 @@ void TestAppDelegate::whatsNewShowsEveryRelease()
     QVERIFY(features > 0);
     const auto actions = m_delegate->statusMenuController->menu->actions();
     actions.at(7)->trigger(); // "What's New in Corvane…"
-    QMessageBox* window = WhatsNewWindowController::shared().window();
-    QVERIFY(window);
-    QCOMPARE(window->informativeText().split(u'\n').size(), features);
-    for (const auto& release : releases)
-        QVERIFY(window->informativeText().contains(release.version.description()));
+    QVERIFY(WhatsNewWindowController::shared().window());
+    QQuickItem* view = WhatsNewWindowController::shared().view();
+    QCOMPARE(test::items(view, QStringLiteral("featureRow")).size(), features);
+    QCOMPARE(test::items(view, QStringLiteral("release")).size(), releases.size());
 }
 
 QTEST_MAIN(TestAppDelegate)

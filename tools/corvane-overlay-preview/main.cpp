@@ -8,6 +8,7 @@
 
 #include "menus/MenuCatalogJson.h"
 #include "overlay/OverlayPanelController.h"
+#include "overlay/Palettes.h"
 
 #include <QCommandLineParser>
 #include <QFile>
@@ -20,22 +21,6 @@
 using namespace corvane;
 
 namespace {
-
-QPalette palette(bool dark)
-{
-    QPalette p;
-    const QColor window = dark ? QColor(0x2b, 0x2b, 0x2e) : QColor(0xf4, 0xf4, 0xf5);
-    const QColor text = dark ? QColor(0xf2, 0xf2, 0xf2) : QColor(0x1d, 0x1d, 0x1f);
-    for (auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
-        p.setColor(group, QPalette::Window, window);
-        p.setColor(group, QPalette::WindowText, text);
-        p.setColor(group, QPalette::Base, window);
-        p.setColor(group, QPalette::Text, text);
-        p.setColor(group, QPalette::Button, window);
-        p.setColor(group, QPalette::ButtonText, text);
-    }
-    return p;
-}
 
 int fail(const QString& message, int status = 1)
 {
@@ -120,7 +105,7 @@ int main(int argc, char** argv)
 
     const QString paletteName = parser.value(theme);
     if (paletteName == QStringLiteral("light") || paletteName == QStringLiteral("dark"))
-        QGuiApplication::setPalette(palette(paletteName == QStringLiteral("dark")));
+        QGuiApplication::setPalette(previewPalette(paletteName == QStringLiteral("dark")));
     else if (paletteName != QStringLiteral("system"))
         return fail(
             QStringLiteral("--palette takes light, dark or system, not \"%1\"").arg(paletteName),

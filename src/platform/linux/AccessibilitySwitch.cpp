@@ -67,6 +67,15 @@ bool AccessibilitySwitch::setEnabled(bool enabled)
     return reply.type() == QDBusMessage::ReplyMessage;
 }
 
+void AccessibilitySwitch::requestTrust()
+{
+    QDBusMessage set = QDBusMessage::createMethodCall(
+        service, path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Set"));
+    set.setArguments(
+        {statusInterface, QStringLiteral("IsEnabled"), QVariant::fromValue(QDBusVariant(true))});
+    QDBusConnection::sessionBus().asyncCall(set, atspi::requestTimeoutMs * 2);
+}
+
 bool AccessibilitySwitch::watch()
 {
     return QDBusConnection::sessionBus().connect(

@@ -26,6 +26,8 @@ public:
     bool isTrusted() const override { return m_trusted; }
     void refresh(std::function<void(bool trusted)> completion) override;
     bool watch() override;
+    // Sets IsEnabled to true asynchronously; the broadcast then reports the change.
+    void requestTrust() override;
 
 private Q_SLOTS:
     void onPropertiesChanged(const QString& interface, const QVariantMap& changed,

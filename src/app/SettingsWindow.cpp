@@ -1,0 +1,169 @@
+#include "SettingsWindow.h"
+
+#include "AppDelegate.h"
+#include "TriggerSettings.h"
+#include "platform/AccessibilityTrust.h"
+#include "platform/DesktopIntegration.h"
+#include "platform/UserDefaults.h"
+
+#include <cmath>
+
+namespace corvane {
+
+GeneralPaneModel::GeneralPaneModel(UserDefaults& defaults, const WindowServices& services,
+                                   QObject* parent)
+    : QObject(parent), m_defaults(defaults), m_services(services),
+      m_launchAtLogin(services.desktop && services.desktop->launchesAtLogin()),
+      m_trusted(services.trust && services.trust->isTrusted())
+{
+    // The permission as shown, refreshed every second while the pane exists.
+    m_trustTimer.setInterval(1000);
+    connect(&m_trustTimer, &QTimer::timeout, this, &GeneralPaneModel::checkPermission);
+    m_trustTimer.start();
+}
+
+double GeneralPaneModel::holdDelay() const
+{
+    return m_defaults.doubleValue(TriggerSettings::holdDelayKey)
+        .value_or(TriggerSettings::defaultHoldDelay);
+}
+
+QString GeneralPaneModel::holdDelayText() const
+{
+    // The localised format "%.2f s": 0.85 shows as "0.85 s".
+    return QString::asprintf(qPrintable(tr("%.2f s")), holdDelay());
+}
+
+QString GeneralPaneModel::triggerModifier() const
+{
+    return TriggerSettings::triggerSetting(m_defaults);
+}
+
+bool GeneralPaneModel::showDisabledItems() const
+{
+    return m_defaults.boolValue(TriggerSettings::showDisabledItemsKey).value_or(true);
+}
+
+bool GeneralPaneModel::showItemsWithoutShortcut() const
+{
+    return m_defaults.boolValue(TriggerSettings::showItemsWithoutShortcutKey).value_or(true);
+}
+
+bool GeneralPaneModel::glassyBackground() const
+{
+    return m_defaults.boolValue(TriggerSettings::glassyBackgroundKey).value_or(true);
+}
+
+void GeneralPaneModel::setHoldDelay(double seconds)
+{
+    // The slider's steps of 0.05 between 0.3 and 2.0, stored without binary noise.
+    const double clamped = std::clamp(seconds, minimumDelay, maximumDelay);
+    const double stepped = std::round(clamped / delayStep) * delayStep;
+    const double value = std::round(stepped * 100.0) / 100.0;
+    if (m_defaults.setDouble(TriggerSettings::holdDelayKey, value) && AppDelegate::shared)
+        AppDelegate::shared->reloadTriggerSettings();
+    Q_EMIT holdDelayChanged();
+}
+
+void GeneralPaneModel::setTriggerModifier(const QString& value)
+{
+    static const QStringList choices{QStringLiteral("command"), QStringLiteral("option"),
+                                     QStringLiteral("control"), QStringLiteral("off")};
+    if (choices.contains(value) &&
+        m_defaults.setString(TriggerSettings::triggerModifierKey, value) && AppDelegate::shared)
+        AppDelegate::shared->reloadTriggerSettings();
+    Q_EMIT triggerModifierChanged();
+}
+
+void GeneralPaneModel::storeBool(const QString& key, bool value,
+                                 void (GeneralPaneModel::*changed)())
+{
+    m_defaults.setBool(key, value); // refused: the stored value shows again
+    Q_EMIT(this->*changed)();
+}
+
+void GeneralPaneModel::setShowDisabledItems(bool show)
+{
+    storeBool(TriggerSettings::showDisabledItemsKey, show,
+              &GeneralPaneModel::showDisabledItemsChanged);
+}
+
+void GeneralPaneModel::setShowItemsWithoutShortcut(bool show)
+{
+    storeBool(TriggerSettings::showItemsWithoutShortcutKey, show,
+              &GeneralPaneModel::showItemsWithoutShortcutChanged);
+}
+
+void GeneralPaneModel::setGlassyBackground(bool glassy)
+{
+    storeBool(TriggerSettings::glassyBackgroundKey, glassy,
+              &GeneralPaneModel::glassyBackgroundChanged);
+}
+
+void GeneralPaneModel::setLaunchAtLogin(bool enabled)
+{
+    DesktopIntegration* desktop = m_services.desktop;
+    if (desktop && desktop->setLaunchAtLogin(enabled))
+        m_launchAtLogin = enabled;
+    else
+        m_launchAtLogin = desktop && desktop->launchesAtLogin(); // silently the real state
+    Q_EMIT launchAtLoginChanged();
+}
+
+void GeneralPaneModel::openSystemSettings()
+{
+    if (m_services.trust)
+        m_services.trust->requestTrust();
+    if (m_services.desktop)
+        m_services.desktop->openAccessibilitySettings();
+}
+
+void GeneralPaneModel::reload()
+{
+    m_launchAtLogin = m_services.desktop && m_services.desktop->launchesAtLogin();
+    Q_EMIT holdDelayChanged();
+    Q_EMIT triggerModifierChanged();
+    Q_EMIT showDisabledItemsChanged();
+    Q_EMIT showItemsWithoutShortcutChanged();
+    Q_EMIT glassyBackgroundChanged();
+    Q_EMIT launchAtLoginChanged();
+}
+
+void GeneralPaneModel::checkPermission()
+{
+    if (!m_services.trust)
+        return;
+    m_services.trust->refresh([self = QPointer<GeneralPaneModel>(this)](bool trusted) {
+        if (!self || self->m_trusted == trusted)
+            return;
+        self->m_trusted = trusted;
+        Q_EMIT self->trustedChanged();
+    });
+}
+
+SettingsWindowPresenter& SettingsWindowPresenter::shared()
+{
+    static SettingsWindowPresenter presenter;
+    return presenter;
+}
+
+void SettingsWindowPresenter::show()
+{
+    if (!window()) {
+        const WindowServices& services = WindowServices::shared();
+        auto* pane = new GeneralPaneModel(
+            services.defaults ? *services.defaults : UserDefaults::standard(), services);
+        create(QStringLiteral("Corvane.Settings"), QStringLiteral("GeneralPane"),
+               tr("Corvane Settings"), Buttons::closeAndMinimize, {}, pane);
+    } else if (GeneralPaneModel* open = pane()) {
+        open->reload();
+    }
+    bringForward();
+}
+
+GeneralPaneModel* SettingsWindowPresenter::pane() const
+{
+    return qobject_cast<GeneralPaneModel*>(model());
+}
+
+} // namespace corvane

@@ -1,0 +1,98 @@
+#pragma once
+
+// Part 1.5's settings window: SettingsWindowPresenter and its single form, GeneralPane, whose
+// state and actions GeneralPaneModel holds. Settings are stored at once; the trigger and the
+// delay take effect at once through AppDelegate::reloadTriggerSettings().
+
+#include "whatsnew/SecondaryWindow.h"
+
+#include <QObject>
+#include <QTimer>
+
+namespace corvane {
+
+class UserDefaults;
+
+class GeneralPaneModel : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(double holdDelay READ holdDelay WRITE setHoldDelay NOTIFY holdDelayChanged)
+    Q_PROPERTY(QString holdDelayText READ holdDelayText NOTIFY holdDelayChanged)
+    Q_PROPERTY(QString triggerModifier READ triggerModifier WRITE setTriggerModifier NOTIFY
+                   triggerModifierChanged)
+    Q_PROPERTY(bool showDisabledItems READ showDisabledItems WRITE setShowDisabledItems NOTIFY
+                   showDisabledItemsChanged)
+    Q_PROPERTY(bool showItemsWithoutShortcut READ showItemsWithoutShortcut WRITE
+                   setShowItemsWithoutShortcut NOTIFY showItemsWithoutShortcutChanged)
+    Q_PROPERTY(bool glassyBackground READ glassyBackground WRITE setGlassyBackground NOTIFY
+                   glassyBackgroundChanged)
+    Q_PROPERTY(
+        bool launchAtLogin READ launchAtLogin WRITE setLaunchAtLogin NOTIFY launchAtLoginChanged)
+    Q_PROPERTY(bool trusted READ trusted NOTIFY trustedChanged)
+
+public:
+    // The slider's range and step (Part 1.5).
+    static constexpr double minimumDelay = 0.3;
+    static constexpr double maximumDelay = 2.0;
+    static constexpr double delayStep = 0.05;
+
+    GeneralPaneModel(UserDefaults& defaults, const WindowServices& services,
+                     QObject* parent = nullptr);
+
+    double holdDelay() const;
+    QString holdDelayText() const;
+    QString triggerModifier() const;
+    bool showDisabledItems() const;
+    bool showItemsWithoutShortcut() const;
+    bool glassyBackground() const;
+    bool launchAtLogin() const { return m_launchAtLogin; }
+    bool trusted() const { return m_trusted; }
+
+    // Each stores the value at once; a value the store refuses is not kept, and the control
+    // shows the stored one again.
+    void setHoldDelay(double seconds);
+    void setTriggerModifier(const QString& value);
+    void setShowDisabledItems(bool show);
+    void setShowItemsWithoutShortcut(bool show);
+    void setGlassyBackground(bool glassy);
+    // The spec's setLaunchAtLogin(_:): a failed change silently shows the real state again.
+    void setLaunchAtLogin(bool enabled);
+
+    // "Open System Settings…": asks for the permission, then opens the accessibility settings.
+    Q_INVOKABLE void openSystemSettings();
+    // Reads every stored value again (a change made elsewhere shows in the pane).
+    void reload();
+
+Q_SIGNALS:
+    void holdDelayChanged();
+    void triggerModifierChanged();
+    void showDisabledItemsChanged();
+    void showItemsWithoutShortcutChanged();
+    void glassyBackgroundChanged();
+    void launchAtLoginChanged();
+    void trustedChanged();
+
+private:
+    void storeBool(const QString& key, bool value, void (GeneralPaneModel::*changed)());
+    void checkPermission();
+
+    UserDefaults& m_defaults;
+    WindowServices m_services;
+    bool m_launchAtLogin = false;
+    bool m_trusted = false;
+    QTimer m_trustTimer;
+};
+
+class SettingsWindowPresenter : public SecondaryWindow {
+    Q_DECLARE_TR_FUNCTIONS(SettingsWindowPresenter)
+
+public:
+    static SettingsWindowPresenter& shared();
+
+    // Creates the window on first use and brings it forward, centred on the screen under the
+    // pointer, every time.
+    void show();
+    // The open window's pane, or null.
+    GeneralPaneModel* pane() const;
+};
+
+} // namespace corvane

@@ -1,0 +1,205 @@
+import QtQuick
+import QtQuick.Controls.Fusion
+import QtQuick.Layouts
+import Corvane.Overlay
+
+// Part 1.5's GeneralPane: a grouped form of four sections, 470 × 470 points. Every control reads
+// and writes the settings store through the model at once.
+Rectangle {
+    id: root
+    required property QtObject model
+
+    implicitWidth: 470
+    implicitHeight: 470
+    color: Theme.windowBackground
+
+    readonly property font captionFont: Theme.font(10, Font.Normal)
+
+    component SectionHeader: Label {
+        Layout.fillWidth: true
+        Layout.topMargin: 4
+        font: Theme.font(11, Font.DemiBold)
+        color: Theme.secondary
+    }
+    component Group: Rectangle {
+        default property alias rows: column.data
+        Layout.fillWidth: true
+        implicitHeight: column.implicitHeight + 2 * 6
+        radius: 8
+        color: Theme.primaryAt(0.045)
+        border.width: 1
+        border.color: Theme.primaryAt(0.08)
+        ColumnLayout {
+            id: column
+            anchors {
+                fill: parent
+                margins: 6
+                leftMargin: 14
+                rightMargin: 14
+            }
+            spacing: 2
+        }
+    }
+    component Footer: Label {
+        Layout.fillWidth: true
+        wrapMode: Text.Wrap
+        font: root.captionFont
+        color: Theme.secondary
+    }
+    component ToggleRow: RowLayout {
+        id: toggleRow
+        property alias text: label.text
+        property alias checked: toggle.checked
+        property alias toggleName: toggle.objectName
+        signal toggled(bool checked)
+        Layout.fillWidth: true
+        Label {
+            id: label
+            Layout.fillWidth: true
+            color: Theme.primary
+        }
+        Switch {
+            id: toggle
+            onToggled: toggleRow.toggled(checked)
+        }
+    }
+
+    Flickable {
+        anchors.fill: parent
+        contentHeight: form.implicitHeight + 2 * 16
+        boundsBehavior: Flickable.StopAtBounds
+        clip: true
+
+        ColumnLayout {
+            id: form
+            x: 20
+            y: 16
+            width: root.width - 40
+            spacing: 5
+
+            // 1. Trigger.
+            SectionHeader { text: qsTr("Trigger") }
+            Group {
+                RowLayout {
+                    Layout.fillWidth: true
+                    Label {
+                        text: qsTr("Hold to peek:")
+                        color: Theme.primary
+                        Layout.fillWidth: true
+                    }
+                    ComboBox {
+                        id: trigger
+                        objectName: "triggerPicker"
+                        Layout.preferredWidth: 170
+                        textRole: "label"
+                        valueRole: "value"
+                        model: [
+                            { label: qsTr("Ctrl"), value: "command" },
+                            { label: qsTr("Alt"), value: "option" },
+                            { label: qsTr("Super"), value: "control" },
+                            { label: qsTr("Off"), value: "off" }
+                        ]
+                        currentIndex: ["command", "option", "control", "off"].indexOf(root.model.triggerModifier)
+                        onActivated: root.model.triggerModifier = currentValue
+                    }
+                }
+                ColumnLayout {
+                    Layout.fillWidth: true
+                    spacing: 2
+                    RowLayout {
+                        Layout.fillWidth: true
+                        Label {
+                            text: qsTr("Hold delay:")
+                            color: Theme.primary
+                        }
+                        Slider {
+                            objectName: "delaySlider"
+                            Layout.fillWidth: true
+                            from: 0.3
+                            to: 2.0
+                            stepSize: 0.05
+                            snapMode: Slider.SnapAlways
+                            value: root.model.holdDelay
+                            onMoved: root.model.holdDelay = value
+                        }
+                    }
+                    Label {
+                        objectName: "delayText"
+                        text: root.model.holdDelayText
+                        font: root.captionFont
+                        color: Theme.secondary
+                    }
+                }
+            }
+
+            // 2. Commands.
+            SectionHeader { text: qsTr("Commands") }
+            Group {
+                ToggleRow {
+                    toggleName: "showDisabledToggle"
+                    text: qsTr("Show disabled commands")
+                    checked: root.model.showDisabledItems
+                    onToggled: checked => root.model.showDisabledItems = checked
+                }
+                ToggleRow {
+                    toggleName: "showWithoutShortcutToggle"
+                    text: qsTr("Show commands without shortcuts")
+                    checked: root.model.showItemsWithoutShortcut
+                    onToggled: checked => root.model.showItemsWithoutShortcut = checked
+                }
+            }
+
+            // 3. Appearance.
+            SectionHeader { text: qsTr("Appearance") }
+            Group {
+                ToggleRow {
+                    toggleName: "glassyToggle"
+                    text: qsTr("Glassy background")
+                    checked: root.model.glassyBackground
+                    onToggled: checked => root.model.glassyBackground = checked
+                }
+            }
+            Footer { text: qsTr("Turn off for a solid, higher-contrast background.") }
+
+            // 4. System.
+            SectionHeader { text: qsTr("System") }
+            Group {
+                ToggleRow {
+                    toggleName: "launchAtLoginToggle"
+                    text: qsTr("Launch Corvane at login")
+                    checked: root.model.launchAtLogin
+                    onToggled: checked => root.model.launchAtLogin = checked
+                }
+                RowLayout {
+                    objectName: "accessibilityRow"
+                    visible: !root.model.trusted
+                    Layout.fillWidth: true
+                    Label {
+                        text: qsTr("Accessibility:")
+                        color: Theme.primary
+                        Layout.fillWidth: true
+                    }
+                    RowLayout {
+                        spacing: 6
+                        Rectangle {
+                            implicitWidth: 8
+                            implicitHeight: 8
+                            radius: 4
+                            color: "#ff9500"
+                        }
+                        Label {
+                            text: qsTr("Not granted")
+                            color: Theme.secondary
+                        }
+                        Button {
+                            objectName: "openSystemSettingsButton"
+                            text: qsTr("Open System Settings…")
+                            onClicked: root.model.openSystemSettings()
+                        }
+                    }
+                }
+            }
+            Footer { text: qsTr("Corvane reads menus on your Mac, locally. Nothing is stored or sent anywhere.") }
+        }
+    }
+}

@@ -1,0 +1,129 @@
+#include "SecondaryWindow.h"
+
+#include "WindowPlacement.h"
+#include "overlay/SymbolImageProvider.h"
+
+#include <QEvent>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQmlProperty>
+#include <QQuickItem>
+
+namespace corvane {
+
+WindowServices& WindowServices::shared()
+{
+    static WindowServices services;
+    return services;
+}
+
+QString WindowServices::triggerNameForTexts() const
+{
+    const QString name = triggerName ? triggerName() : QString();
+    return name.isEmpty() ? QStringLiteral("Ctrl") : name;
+}
+
+bool SecondaryView::event(QEvent* event)
+{
+    if (event->type() == QEvent::Close)
+        Q_EMIT willClose();
+    return QQuickWindow::event(event);
+}
+
+QQmlEngine& secondaryWindowEngine()
+{
+    static QQmlEngine* engine = [] {
+        auto* made = new QQmlEngine(qApp);
+        made->addImportPath(QStringLiteral("qrc:/qt/qml"));
+        made->addImageProvider(QStringLiteral("symbol"), new SymbolImageProvider);
+        return made;
+    }();
+    return *engine;
+}
+
+SecondaryWindow::~SecondaryWindow()
+{
+    // The shared presenters end after the application; then the process is ending anyway.
+    if (!QCoreApplication::instance())
+        return;
+    delete m_window;
+    delete m_model;
+}
+
+QQuickItem* SecondaryWindow::view() const
+{
+    return m_view;
+}
+
+void SecondaryWindow::create(const QString& module, const QString& type, const QString& title,
+                             Buttons buttons, const QVariantMap& properties, QObject* model)
+{
+    QQmlEngine& engine = secondaryWindowEngine();
+    // The module's files sit under its URI in the resources (qt_add_qml_module).
+    QString folder = module;
+    folder.replace(u'.', u'/');
+    QQmlComponent component(&engine,
+                            QUrl(QStringLiteral("qrc:/qt/qml/%1/%2.qml").arg(folder, type)),
+                            QQmlComponent::PreferSynchronous);
+    auto* window = new SecondaryView;
+    QObject* created = component.beginCreate(engine.rootContext());
+    auto* item = qobject_cast<QQuickItem*>(created);
+    if (!item)
+        qFatal("%s does not load: %s", qPrintable(type), qPrintable(component.errorString()));
+    QQmlEngine::setObjectOwnership(item, QQmlEngine::CppOwnership);
+    item->setParentItem(window->contentItem());
+    QVariantMap initial = properties;
+    initial.insert(QStringLiteral("model"), QVariant::fromValue(model));
+    component.setInitialProperties(item, initial);
+    component.completeCreate();
+    // The view goes with its window; the model after them, so that no binding sees it vanish.
+    item->setParent(window);
+
+    Qt::WindowFlags flags =
+        Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint;
+    if (buttons == Buttons::closeAndMinimize)
+        flags |= Qt::WindowMinimizeButtonHint;
+    window->setFlags(flags);
+    window->setTitle(title);
+    m_window = window;
+    m_view = item;
+    m_model = model;
+    // The window follows its content's size, as the spec's hosting windows do.
+    const auto fit = [window, item] { fitToContent(*window, item); };
+    QObject::connect(item, &QQuickItem::implicitHeightChanged, window, fit);
+    QObject::connect(item, &QQuickItem::implicitWidthChanged, window, fit);
+    QObject::connect(window, &SecondaryView::willClose, window, [this] { willClose(); });
+}
+
+void SecondaryWindow::willClose()
+{
+    // The spec's will-close handling: the view (and a playing clip) and the model go, the
+    // fields are cleared; the window itself is deleted once its close has been handled.
+    SecondaryView* window = m_window;
+    QObject* model = m_model;
+    m_window = nullptr;
+    m_view = nullptr;
+    m_model = nullptr;
+    if (window)
+        window->deleteLater();
+    if (model)
+        model->deleteLater(); // after the window and its view
+}
+
+void SecondaryWindow::close()
+{
+    if (m_window)
+        m_window->close();
+}
+
+void SecondaryWindow::bringForward()
+{
+    if (!m_window)
+        return;
+    centerOnActiveScreen(*m_window, m_view);
+    m_window->show();
+    m_window->raise();
+    m_window->requestActivate();
+}
+
+} // namespace corvane

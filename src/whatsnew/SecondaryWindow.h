@@ -1,0 +1,87 @@
+#pragma once
+
+// What the settings, Welcome and What's New windows share (Parts 1.5, 6.3, 6.4): a normal titled
+// window of fixed size whose content is a QML view of the module Corvane.Windows, made on demand
+// with a model object, brought forward and centred on the screen under the pointer, and
+// forgotten when it closes (the spec's will-close handling: the view and its model go, the
+// fields are cleared, so the next show builds a fresh view). PLATFORM.md maps the rest. The
+// views live in the QML modules Corvane.Windows (Welcome, What's New) and Corvane.Settings.
+
+#include <QCoreApplication>
+#include <QPointer>
+#include <QQuickWindow>
+#include <QString>
+#include <QVariantMap>
+#include <functional>
+
+class QQmlEngine;
+class QQuickItem;
+
+namespace corvane {
+
+class AccessibilityTrust;
+class DesktopIntegration;
+class UserDefaults;
+
+// The platform services the windows use; main() fills them in, tests may pass their own.
+struct WindowServices {
+    AccessibilityTrust* trust = nullptr;   // the permission shown and asked for
+    DesktopIntegration* desktop = nullptr; // start at login, settings, reveal
+    std::function<QString()> triggerName;  // "Ctrl", "Alt", "Super" or "" (off)
+    bool globalInputWatched = true;        // false: the Welcome window says why holding fails
+    UserDefaults* defaults = nullptr;      // the settings store; null: UserDefaults::standard()
+
+    static WindowServices& shared();
+    // The configured trigger's name for texts; the default "Ctrl" when the trigger is off.
+    QString triggerNameForTexts() const;
+};
+
+// The window itself: reports its close before it goes, so that the owner can let it go.
+class SecondaryView : public QQuickWindow {
+    Q_OBJECT
+
+public:
+    using QQuickWindow::QQuickWindow;
+
+Q_SIGNALS:
+    void willClose();
+
+protected:
+    bool event(QEvent* event) override;
+};
+
+class SecondaryWindow {
+public:
+    virtual ~SecondaryWindow();
+
+    // The window on screen, or null, and its view.
+    QQuickWindow* window() const { return m_window; }
+    QQuickItem* view() const;
+    // The open view's model, or null.
+    QObject* model() const { return m_model; }
+
+    // Closes the window, if any; the will-close handling runs at once.
+    void close();
+
+protected:
+    enum class Buttons { closeOnly, closeAndMinimize };
+
+    // Makes the window: the view `type` of the QML module `module` with `properties`, titled
+    // `title`. `model` is owned by the window and goes with it.
+    void create(const QString& module, const QString& type, const QString& title, Buttons buttons,
+                const QVariantMap& properties, QObject* model);
+    // Raises and activates the window, centred on the screen under the pointer.
+    void bringForward();
+
+private:
+    void willClose();
+
+    QPointer<SecondaryView> m_window;
+    QPointer<QQuickItem> m_view;
+    QPointer<QObject> m_model;
+};
+
+// The engine that builds every secondary window's view, with the symbols.
+QQmlEngine& secondaryWindowEngine();
+
+} // namespace corvane

@@ -1,0 +1,71 @@
+#include "WelcomeWindowController.h"
+
+#include "platform/AccessibilityTrust.h"
+#include "platform/DesktopIntegration.h"
+
+namespace corvane {
+
+WelcomeModel::WelcomeModel(const WindowServices& services, std::function<void()> close)
+    : m_services(services), m_close(std::move(close)),
+      m_trusted(services.trust && services.trust->isTrusted()),
+      m_trigger(services.triggerNameForTexts()), m_globalInputWatched(services.globalInputWatched)
+{
+    m_trustTimer.setInterval(1000);
+    connect(&m_trustTimer, &QTimer::timeout, this, &WelcomeModel::checkPermission);
+    m_trustTimer.start();
+}
+
+void WelcomeModel::checkPermission()
+{
+    if (!m_services.trust)
+        return;
+    // Asked for, never waited on: the answer arrives later on the main thread.
+    m_services.trust->refresh([self = QPointer<WelcomeModel>(this)](bool trusted) {
+        if (!self || self->m_trusted == trusted)
+            return;
+        self->m_trusted = trusted;
+        Q_EMIT self->trustedChanged();
+    });
+}
+
+void WelcomeModel::grantAccess()
+{
+    if (m_services.trust)
+        m_services.trust->requestTrust();
+}
+
+void WelcomeModel::openAccessibilitySettings()
+{
+    if (m_services.desktop)
+        m_services.desktop->openAccessibilitySettings();
+}
+
+void WelcomeModel::revealApplication()
+{
+    if (m_services.desktop)
+        m_services.desktop->revealApplication();
+}
+
+void WelcomeModel::close()
+{
+    if (m_close)
+        m_close();
+}
+
+WelcomeWindowController& WelcomeWindowController::shared()
+{
+    static WelcomeWindowController controller;
+    return controller;
+}
+
+void WelcomeWindowController::show()
+{
+    if (!window()) {
+        auto* model = new WelcomeModel(WindowServices::shared(), [] { shared().close(); });
+        create(QStringLiteral("Corvane.Windows"), QStringLiteral("WelcomeView"),
+               tr("Welcome to Corvane"), Buttons::closeOnly, {}, model);
+    }
+    bringForward();
+}
+
+} // namespace corvane

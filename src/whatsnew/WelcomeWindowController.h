@@ -1,0 +1,56 @@
+#pragma once
+
+// Part 6.4's Welcome window: what Corvane does, the permission with the ways to grant it, re-read
+// once a second while the window is open, and a closing button that depends on it.
+
+#include "SecondaryWindow.h"
+
+#include <QObject>
+#include <QTimer>
+
+namespace corvane {
+
+// The view's state and actions (the spec's WelcomeView fields and buttons).
+class WelcomeModel : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(bool trusted READ trusted NOTIFY trustedChanged)
+    Q_PROPERTY(QString trigger READ trigger CONSTANT)
+    Q_PROPERTY(bool globalInputWatched READ globalInputWatched CONSTANT)
+
+public:
+    WelcomeModel(const WindowServices& services, std::function<void()> close);
+
+    bool trusted() const { return m_trusted; }
+    QString trigger() const { return m_trigger; }
+    bool globalInputWatched() const { return m_globalInputWatched; }
+
+    Q_INVOKABLE void grantAccess();
+    Q_INVOKABLE void openAccessibilitySettings();
+    Q_INVOKABLE void revealApplication();
+    Q_INVOKABLE void close();
+
+Q_SIGNALS:
+    void trustedChanged();
+
+private:
+    void checkPermission();
+
+    WindowServices m_services;
+    std::function<void()> m_close;
+    bool m_trusted = false;
+    QString m_trigger;
+    bool m_globalInputWatched = true;
+    QTimer m_trustTimer;
+};
+
+class WelcomeWindowController : public SecondaryWindow {
+    Q_DECLARE_TR_FUNCTIONS(WelcomeWindowController)
+
+public:
+    static WelcomeWindowController& shared();
+
+    // Opens the Welcome window, or brings the open one forward (its state carries on).
+    void show();
+};
+
+} // namespace corvane

@@ -1,0 +1,69 @@
+import QtQuick
+import QtQuick.Controls.Fusion
+import Corvane.Overlay
+
+// Part 6.3's FeatureRow: the symbol, then title, detail, the optional button and media.
+Row {
+    id: row
+    required property var feature
+    signal actionRequested()
+
+    objectName: "featureRow"
+    spacing: 12
+
+    Item {
+        width: 30
+        height: 24
+        Symbol {
+            objectName: "featureSymbol"
+            anchors.centerIn: parent
+            name: row.feature.symbol
+            size: 20
+            color: Theme.accentDeep
+        }
+    }
+    Column {
+        id: texts
+        width: row.width - 30 - row.spacing
+        spacing: 5
+        Label {
+            objectName: "featureTitle"
+            width: parent.width
+            text: row.feature.title
+            font: Theme.font(13, Font.DemiBold)
+            color: Theme.primary
+        }
+        Label {
+            objectName: "featureDetail"
+            width: parent.width
+            wrapMode: Text.Wrap
+            text: row.feature.detail
+            font: Theme.font(12, Font.Normal)
+            color: Theme.secondary
+        }
+        Item {
+            visible: row.feature.actionTitle !== ""
+            width: action.implicitWidth
+            height: action.implicitHeight + 2
+            Button {
+                id: action
+                objectName: "featureAction"
+                y: 2
+                text: row.feature.actionTitle
+                onClicked: row.actionRequested()
+            }
+        }
+        Loader {
+            objectName: "featureMedia"
+            active: row.feature.mediaKind !== ""
+            visible: active
+            width: 400
+            height: active ? 250 + 6 : 0
+            sourceComponent: MediaView {
+                y: 6
+                kind: row.feature.mediaKind
+                source: row.feature.mediaUrl
+            }
+        }
+    }
+}
