@@ -9,7 +9,9 @@
 #include "platform/InputMonitors.h"
 #include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
+#include "whatsnew/VersionTracker.h"
 #include "whatsnew/WelcomeWindowController.h"
+#include "whatsnew/WhatsNewPolicy.h"
 #include "whatsnew/WhatsNewWindowController.h"
 
 #include <QLoggingCategory>
@@ -47,12 +49,46 @@ void AppDelegate::applicationDidFinishLaunching()
     if (m_platform.requestBlurBehind)
         m_platform.requestBlurBehind(*overlay.panel());
     connect(overlay.panel(), &QQuickWindow::frameSwapped, this, &AppDelegate::firstFrameSwapped);
-    // Step 9, the launch announcements of Part 1.6, arrives with the Welcome and What's New
-    // windows.
+    // Step 9, the launch announcements of Part 1.6, once the permission has been read (never
+    // waited for: the answer arrives later on this thread).
+    m_platform.trust.refresh([self = QPointer<AppDelegate>(this)](bool) {
+        if (self)
+            self->announceLaunch();
+    });
     qCInfo(lcApp, "Corvane %s started: trigger %s, hold delay %.2f s, %lld event monitors",
            qUtf8Printable(QCoreApplication::applicationVersion()),
            qUtf8Printable(triggerSymbol().isEmpty() ? QStringLiteral("off") : triggerSymbol()),
            detector.holdDelay, qint64(detector.installedMonitorCount()));
+}
+
+void AppDelegate::announceLaunch()
+{
+    // 1. Whether Corvane ran on this account before.
+    const bool launchedBefore = m_defaults.boolValue(launchedBeforeKey).value_or(false);
+    // 2. The version record, committed before any window is chosen.
+    VersionTracker::Outcome outcome = VersionTracker::Outcome::sameVersion();
+    if (const auto version = AppVersion::current()) {
+        VersionTracker tracker(*version, launchedBefore, m_defaults);
+        outcome = tracker.outcome();
+        tracker.commit();
+    }
+    // 3. The releases to announce.
+    const QList<WhatsNewRelease> releases = WhatsNewPolicy::releasesToShow(
+        outcome, ReleaseNotes::all(whatsNewActions(), triggerSymbol()), ReleaseNotes::floor());
+    // 4. The window: the permission first, then the announcement; never What's New on a first
+    // launch.
+    if (!launchedBefore) {
+        m_defaults.setBool(launchedBeforeKey, true);
+        qCInfo(lcApp, "launch: first launch, the Welcome window opens");
+        WelcomeWindowController::shared().show();
+    } else if (!isTrusted()) {
+        qCInfo(lcApp, "launch: accessibility is off, the Welcome window opens");
+        WelcomeWindowController::shared().show();
+    } else if (!releases.isEmpty()) {
+        qCInfo(lcApp, "launch: What's New opens with %lld releases", qint64(releases.size()));
+        WhatsNewWindowController::shared().show(releases);
+    }
+    Q_EMIT launchAnnounced();
 }
 
 void AppDelegate::registerDefaults()

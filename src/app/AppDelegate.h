@@ -54,8 +54,13 @@ public:
     // Set once by main() and never cleared (Part 1.1).
     static inline AppDelegate* shared = nullptr;
 
-    // The launch sequence of Part 1.1, steps 1 to 8.
+    // Part 1.6's flag: written true at the end of the first launch on this account.
+    static inline const QString launchedBeforeKey = QStringLiteral("launchedBefore");
+
+    // The launch sequence of Part 1.1, steps 1 to 9 (step 9 once the permission has been read).
     void applicationDidFinishLaunching();
+    // Part 1.6: the Welcome window, What's New, or nothing (step 9).
+    void announceLaunch();
     void reloadTriggerSettings();
     QString triggerSymbol() const;
     // Part 1.6: the release notes' buttons (open the settings window).
@@ -85,6 +90,8 @@ public:
     void startTrustPolling();
 
 Q_SIGNALS:
+    // Part 1.6 has run: the Welcome window, What's New or nothing is showing.
+    void launchAnnounced();
     // For tests and benchmarks: a crawl's catalog was stored (on the main thread, after the
     // overlay was refreshed or left alone).
     void crawlFinished(const corvane::RunningApp& app, bool refreshedOverlay);

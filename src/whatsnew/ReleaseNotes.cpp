@@ -30,7 +30,10 @@ QList<WhatsNewRelease> ReleaseNotes::all(const WhatsNewActions& actions, const Q
                                 tr("Release %1 over the panel to keep it open, then type. Return "
                                    "runs the command.")
                                     .arg(trigger),
-                                std::nullopt, std::nullopt},
+                                WhatsNewFeature::Media{
+                                    WhatsNewFeature::Media::Kind::video,
+                                    QUrl(QStringLiteral("qrc:/corvane/media/peek-and-pin.webm"))},
+                                std::nullopt},
                 WhatsNewFeature{QStringLiteral("star"), tr("Star your favorites"),
                                 tr("Star the commands you keep forgetting and they float to the "
                                    "top for that app."),

@@ -1,5 +1,6 @@
 #include "SecondaryWindow.h"
 
+#include "LoopingPlayer.h"
 #include "WindowPlacement.h"
 #include "overlay/SymbolImageProvider.h"
 
@@ -33,6 +34,11 @@ bool SecondaryView::event(QEvent* event)
 QQmlEngine& secondaryWindowEngine()
 {
     static QQmlEngine* engine = [] {
+        // Debian's Qt 6.4 GStreamer backend lacks the elements to play a clip; the FFmpeg one
+        // decodes with the libavcodec Qt Multimedia depends on anyway.
+        if (!qEnvironmentVariableIsSet("QT_MEDIA_BACKEND"))
+            qputenv("QT_MEDIA_BACKEND", "ffmpeg");
+        qmlRegisterType<LoopingPlayer>("Corvane.Windows", 1, 0, "LoopingPlayer");
         auto* made = new QQmlEngine(qApp);
         made->addImportPath(QStringLiteral("qrc:/qt/qml"));
         made->addImageProvider(QStringLiteral("symbol"), new SymbolImageProvider);

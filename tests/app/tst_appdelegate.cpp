@@ -14,6 +14,7 @@
 #include "platform/AccessibilityTrust.h"
 #include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
+#include "whatsnew/VersionTracker.h"
 #include "whatsnew/WelcomeWindowController.h"
 #include "whatsnew/WhatsNewWindowController.h"
 
@@ -179,9 +180,21 @@ private Q_SLOTS:
     void peekWithoutPermissionOpensWelcome();
     void peekItemToggles();
     void whatsNewShowsEveryRelease();
+    // Part 1.6
+    void firstLaunchOpensWelcomeEvenAfterAnUpdate();
+    void updateWithPermissionOpensWhatsNew();
+    void updateWithoutNewNotesOpensNothing();
+    void updateWithoutPermissionOpensWelcomeAndGivesUpTheNotes();
+    void sameVersionOpensNothing();
+    void downgradeOpensNothing();
+    void buildWithoutVersionOpensNothingAndWritesNoRecord();
 
 private:
     void launch(bool trusted = true);
+    void launchAndAnnounce(bool trusted = true);
+    void recordPreviousLaunch(bool launchedBefore, const QString& lastSeen);
+    bool welcomeOpen() const;
+    bool whatsNewOpen() const;
     void makeDelegate();
     void pinOverlayFor(const RunningApp& app);
     bool panelVisible() const;
@@ -204,6 +217,10 @@ void TestAppDelegate::init()
 {
     m_dir = std::make_unique<QTemporaryDir>();
     m_defaults = std::make_unique<UserDefaults>(m_dir->filePath(QStringLiteral("corvane.conf")));
+    // Not the first launch, and no version compiled in: no window opens at launch unless the
+    // permission is missing (Part 1.6). The launch tests below set their own.
+    QVERIFY(m_defaults->setBool(AppDelegate::launchedBeforeKey, true));
+    QCoreApplication::setApplicationVersion(QString());
     m_source = std::make_shared<FakeSource>();
     m_source->set(editor.pid, editorMenus());
     m_source->set(viewer.pid, viewerMenus());
@@ -225,10 +242,10 @@ void TestAppDelegate::cleanup()
     drainCrawlQueue();
     AppDelegate::shared = nullptr;
     m_delegate.reset();
-    for (auto* window :
-         {SettingsWindowPresenter::shared().window(), WelcomeWindowController::shared().window(),
-          WhatsNewWindowController::shared().window()})
-        delete window;
+    SettingsWindowPresenter::shared().close();
+    WelcomeWindowController::shared().close();
+    WhatsNewWindowController::shared().close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 void TestAppDelegate::makeDelegate()
@@ -288,7 +305,9 @@ void TestAppDelegate::launchInstallsEverything()
     QCOMPARE(m_delegate->overlay.viewModel().triggerSymbol(), QStringLiteral("Ctrl"));
     QVERIFY(!m_delegate->trustPollTimer);
     // Registered defaults are fallbacks, never written.
-    QVERIFY(!QFile::exists(m_defaults->filePath()));
+    for (const char* key : {"holdDelay", "triggerModifier", "showDisabledItems",
+                            "showItemsWithoutShortcut", "glassyBackground"})
+        QVERIFY2(!m_defaults->contains(QString::fromLatin1(key)), key);
 }
 
 void TestAppDelegate::holdDelayIsClamped_data()
@@ -368,7 +387,7 @@ void TestAppDelegate::favoriteToggleWithoutTargetChangesNothing()
     m_delegate->overlay.viewModel().onToggleFavorite(command);
     QVERIFY(m_delegate->favorites.ids(*editor.appId).isEmpty());
     QVERIFY(m_delegate->overlay.viewModel().favoriteOrder().isEmpty());
-    QVERIFY(!QFile::exists(m_defaults->filePath()));
+    QVERIFY(!m_defaults->contains(QStringLiteral("favorites.") + *editor.appId));
 }
 
 void TestAppDelegate::favoriteToggleReadsTheStoreBack()
@@ -732,6 +751,8 @@ void TestAppDelegate::grantingHidesTheWarningAtNextOpening()
 void TestAppDelegate::peekWithoutPermissionOpensWelcome()
 {
     launch(false);
+    QTRY_VERIFY(WelcomeWindowController::shared().window()); // the launch's announcement
+    WelcomeWindowController::shared().close();
     QVERIFY(!WelcomeWindowController::shared().window());
     m_delegate->statusMenuController->peekItem->trigger();
     QVERIFY(WelcomeWindowController::shared().window());
@@ -774,6 +795,121 @@ void TestAppDelegate::whatsNewShowsEveryRelease()
     QQuickItem* view = WhatsNewWindowController::shared().view();
     QCOMPARE(test::items(view, QStringLiteral("featureRow")).size(), features);
     QCOMPARE(test::items(view, QStringLiteral("release")).size(), releases.size());
+}
+
+// ---- Part 1.6 -------------------------------------------------------------------------------
+
+// A settings file as the previous launch left it: `lastSeen` recorded (absent: none), and
+// "launchedBefore" as given.
+void TestAppDelegate::recordPreviousLaunch(bool launchedBefore, const QString& lastSeen)
+{
+    QVERIFY(m_defaults->remove(AppDelegate::launchedBeforeKey));
+    if (launchedBefore)
+        QVERIFY(m_defaults->setBool(AppDelegate::launchedBeforeKey, true));
+    if (!lastSeen.isEmpty()) {
+        QVERIFY(m_defaults->setString(VersionTracker::lastSeenKey, lastSeen));
+        QVERIFY(m_defaults->setString(VersionTracker::installedKey, lastSeen));
+    }
+}
+
+// Launches and lets the announcement (after the permission's first answer) happen.
+void TestAppDelegate::launchAndAnnounce(bool trusted)
+{
+    m_trust.setNow(trusted);
+    makeDelegate();
+    QSignalSpy announced(m_delegate.get(), &AppDelegate::launchAnnounced);
+    m_delegate->applicationDidFinishLaunching();
+    QTRY_COMPARE(announced.size(), 1);
+}
+
+bool TestAppDelegate::welcomeOpen() const
+{
+    return WelcomeWindowController::shared().window() &&
+           WelcomeWindowController::shared().window()->isVisible();
+}
+
+bool TestAppDelegate::whatsNewOpen() const
+{
+    return WhatsNewWindowController::shared().window() &&
+           WhatsNewWindowController::shared().window()->isVisible();
+}
+
+void TestAppDelegate::firstLaunchOpensWelcomeEvenAfterAnUpdate()
+{
+    // A record of 0.9 (say, from an earlier account copy) but no "launchedBefore".
+    recordPreviousLaunch(false, QStringLiteral("0.9"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("1.0"));
+    launchAndAnnounce();
+    QVERIFY(welcomeOpen());
+    QVERIFY(!whatsNewOpen());
+    QCOMPARE(m_defaults->boolValue(AppDelegate::launchedBeforeKey), std::optional(true));
+    QCOMPARE(m_defaults->string(VersionTracker::lastSeenKey), QStringLiteral("1.0"));
+}
+
+void TestAppDelegate::updateWithPermissionOpensWhatsNew()
+{
+    recordPreviousLaunch(true, QStringLiteral("0.9"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("1.0"));
+    launchAndAnnounce();
+    QVERIFY(whatsNewOpen());
+    QVERIFY(!welcomeOpen());
+    // The 1.0 notes: one release, so no version line.
+    QQuickItem* view = WhatsNewWindowController::shared().view();
+    QCOMPARE(test::items(view, QStringLiteral("release")).size(), 1);
+    QCOMPARE(m_defaults->string(VersionTracker::lastSeenKey), QStringLiteral("1.0"));
+}
+
+void TestAppDelegate::updateWithoutNewNotesOpensNothing()
+{
+    // 1.0 → 1.0.1: the catalogue has nothing newer than 1.0, so the policy returns nothing.
+    recordPreviousLaunch(true, QStringLiteral("1.0"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("1.0.1"));
+    launchAndAnnounce();
+    QVERIFY(!whatsNewOpen());
+    QVERIFY(!welcomeOpen());
+    QCOMPARE(m_defaults->string(VersionTracker::lastSeenKey), QStringLiteral("1.0.1"));
+}
+
+void TestAppDelegate::updateWithoutPermissionOpensWelcomeAndGivesUpTheNotes()
+{
+    recordPreviousLaunch(true, QStringLiteral("0.9"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("1.0"));
+    launchAndAnnounce(false);
+    QVERIFY(welcomeOpen());
+    QVERIFY(!whatsNewOpen());
+    // The next launch, with the permission: the notes are not offered again.
+    cleanup();
+    launchAndAnnounce();
+    QVERIFY(!whatsNewOpen());
+    QVERIFY(!welcomeOpen());
+}
+
+void TestAppDelegate::sameVersionOpensNothing()
+{
+    recordPreviousLaunch(true, QStringLiteral("1.0"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("1.0"));
+    launchAndAnnounce();
+    QVERIFY(!whatsNewOpen());
+    QVERIFY(!welcomeOpen());
+}
+
+void TestAppDelegate::downgradeOpensNothing()
+{
+    recordPreviousLaunch(true, QStringLiteral("2.0"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("1.0"));
+    launchAndAnnounce();
+    QVERIFY(!whatsNewOpen());
+    QVERIFY(!welcomeOpen());
+}
+
+void TestAppDelegate::buildWithoutVersionOpensNothingAndWritesNoRecord()
+{
+    recordPreviousLaunch(true, QStringLiteral("0.9"));
+    QCoreApplication::setApplicationVersion(QString());
+    launchAndAnnounce();
+    QVERIFY(!whatsNewOpen());
+    QVERIFY(!welcomeOpen());
+    QCOMPARE(m_defaults->string(VersionTracker::lastSeenKey), QStringLiteral("0.9"));
 }
 
 QTEST_MAIN(TestAppDelegate)

@@ -14,7 +14,12 @@ CorvaneProcess::CorvaneProcess(const QString& program, const QVariantMap& settin
 {
     QDir(m_config.path()).mkpath(QStringLiteral("corvane"));
     QSettings file(m_config.filePath(QStringLiteral("corvane/corvane.conf")), QSettings::IniFormat);
-    for (auto it = settings.cbegin(); it != settings.cend(); ++it)
+    // An account that ran this version before: no Welcome or What's New window at launch while
+    // the permission is on (Part 1.6), unless the test's settings say otherwise.
+    QVariantMap all{{QStringLiteral("launchedBefore"), QStringLiteral("true")},
+                    {QStringLiteral("whatsNew.lastSeenVersion"), QStringLiteral(CORVANE_VERSION)}};
+    all.insert(settings);
+    for (auto it = all.cbegin(); it != all.cend(); ++it)
         file.setValue(it.key(), it.value());
     file.sync();
     m_process.setProcessChannelMode(QProcess::MergedChannels);
