@@ -18,6 +18,15 @@ LoopingPlayer::LoopingPlayer(QQuickItem* parent)
     m_player->setVideoSink(m_sink.get());
     m_player->setLoops(QMediaPlayer::Infinite);
     connect(m_sink.get(), &QVideoSink::videoFrameChanged, this, &LoopingPlayer::showFrame);
+    // Over and over: Qt 6.4's FFmpeg backend stops at the end whatever the loop count says, so
+    // the end starts the clip again (the spec's AVPlayerLooper).
+    connect(m_player.get(), &QMediaPlayer::mediaStatusChanged, this,
+            [this](QMediaPlayer::MediaStatus status) {
+                if (status != QMediaPlayer::EndOfMedia || !m_looping)
+                    return;
+                m_player->setPosition(0);
+                m_player->play();
+            });
     connect(m_player.get(), &QMediaPlayer::playbackStateChanged, this, [this] {
         if (m_player->playbackState() == QMediaPlayer::PlayingState)
             ++m_timesStarted;
@@ -28,7 +37,7 @@ LoopingPlayer::LoopingPlayer(QQuickItem* parent)
 LoopingPlayer::~LoopingPlayer()
 {
     // Dismantled: the clip stops here.
-    m_player->pause();
+    pause();
 }
 
 void LoopingPlayer::setSource(const QUrl& source)
@@ -37,7 +46,8 @@ void LoopingPlayer::setSource(const QUrl& source)
         return;
     m_source = source;
     m_player->setSource(source);
-    if (!source.isEmpty())
+    m_looping = !source.isEmpty();
+    if (m_looping)
         m_player->play();
     Q_EMIT sourceChanged();
 }
@@ -59,6 +69,7 @@ int LoopingPlayer::loops() const
 
 void LoopingPlayer::pause()
 {
+    m_looping = false;
     m_player->pause();
 }
 

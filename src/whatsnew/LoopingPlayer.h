@@ -65,6 +65,7 @@ private:
     QImage m_frame;
     int m_framesShown = 0;
     int m_timesStarted = 0;
+    bool m_looping = false; // starts again at the end until paused
     QPointer<QQuickWindow> m_window;
 };
 

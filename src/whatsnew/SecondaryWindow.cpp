@@ -99,6 +99,15 @@ void SecondaryWindow::create(const QString& module, const QString& type, const Q
     QObject::connect(item, &QQuickItem::implicitHeightChanged, window, fit);
     QObject::connect(item, &QQuickItem::implicitWidthChanged, window, fit);
     QObject::connect(window, &SecondaryView::willClose, window, [this] { willClose(); });
+    // Placed before the window manager framed it, the window is centred again by its real frame
+    // once it is on screen (only the first window of a session moves).
+    QObject::connect(
+        window, &QQuickWindow::frameSwapped, window,
+        [window, item] {
+            if (!window->frameMargins().isNull())
+                centerOnActiveScreen(*window, item);
+        },
+        Qt::SingleShotConnection);
 }
 
 void SecondaryWindow::willClose()

@@ -54,10 +54,19 @@ void centerOnActiveScreen(QWindow& window, const QQuickItem* content)
             primary = static_cast<int>(screens.size());
         screens.append({screen->geometry(), screen->availableGeometry()});
     }
-    const QMargins margins = window.frameMargins();
+    // The window manager's frame is known once a window has been mapped; before that, the frame
+    // of the last window placed stands in for it.
+    static QMargins lastKnownMargins;
+    QMargins margins = window.frameMargins();
+    if (margins.isNull())
+        margins = lastKnownMargins;
+    else
+        lastKnownMargins = margins;
     const QSize frameSize = window.size().grownBy(margins);
     if (const auto origin = centeredOrigin(frameSize, QCursor::pos(), screens, primary))
-        window.setFramePosition(*origin);
+        // The client area's position: window managers (openbox among them) place a framed
+        // window by it, whatever gravity the frame-inclusive position asks for.
+        window.setPosition(*origin + QPoint(margins.left(), margins.top()));
 }
 
 } // namespace corvane

@@ -53,16 +53,21 @@ Row {
                 onClicked: row.actionRequested()
             }
         }
-        Loader {
+        Item {
             objectName: "featureMedia"
-            active: row.feature.mediaKind !== ""
-            visible: active
+            visible: media.active
             width: 400
-            height: active ? 250 + 6 : 0
-            sourceComponent: MediaView {
+            height: 250 + 6 // 6 points of padding above
+            Loader {
+                id: media
+                active: row.feature.mediaKind !== ""
                 y: 6
-                kind: row.feature.mediaKind
-                source: row.feature.mediaUrl
+                width: 400
+                height: 250
+                sourceComponent: MediaView {
+                    kind: row.feature.mediaKind
+                    source: row.feature.mediaUrl
+                }
             }
         }
     }
