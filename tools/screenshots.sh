@@ -28,4 +28,13 @@ for palette in light dark; do
         --png "$out/favorites-$palette.png"
     "$preview" --app-name Geany --app-icon geany --palette $palette --png "$out/loading-$palette.png"
 done
+# The secondary windows: settings, Welcome (without and with the permission), What's New.
+windows="$build/tools/corvane-window-preview/corvane-window-preview"
+for palette in light dark; do
+    xdotool mousemove 0 0
+    "$windows" settings --palette $palette --png "$out/settings-$palette.png"
+    "$windows" welcome --palette $palette --png "$out/welcome-$palette.png"
+    "$windows" welcome --trusted --palette $palette --png "$out/welcome-granted-$palette.png"
+    "$windows" whatsnew --palette $palette --png "$out/whatsnew-$palette.png"
+done
 echo "screenshots: $(ls "$out" | wc -l) images in $out"

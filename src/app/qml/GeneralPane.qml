@@ -2,16 +2,16 @@ import QtQuick
 import QtQuick.Controls.Fusion
 import QtQuick.Layouts
 import Corvane.Overlay
+import Corvane.Windows
 
 // Part 1.5's GeneralPane: a grouped form of four sections, 470 × 470 points. Every control reads
 // and writes the settings store through the model at once.
-Rectangle {
+WindowSurface {
     id: root
     required property QtObject model
 
     implicitWidth: 470
     implicitHeight: 470
-    color: Theme.windowBackground
 
     readonly property font captionFont: Theme.font(10, Font.Normal)
 

@@ -2,17 +2,17 @@ import QtQuick
 import QtQuick.Controls.Fusion
 import QtQuick.Layouts
 import Corvane.Overlay
+import Corvane.Windows
 
 // Part 6.4's WelcomeView: header, how-to card, permission section, privacy note and the closing
 // button, 440 points wide, as high as its content.
-Rectangle {
+WindowSurface {
     id: root
     required property QtObject model
     readonly property bool trusted: model.trusted
 
     implicitWidth: 440
     implicitHeight: content.implicitHeight + 2 * 28
-    color: Theme.windowBackground
     focus: true
 
     // Return presses the default button: "Grant Accessibility Access…" while the permission is

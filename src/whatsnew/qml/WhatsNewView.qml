@@ -1,17 +1,17 @@
 import QtQuick
 import QtQuick.Controls.Fusion
 import Corvane.Overlay
+import Corvane.Windows
 
 // Part 6.3's WhatsNewView: a scrolling column with the key cap, the heading and each release's
 // features, then a divider and the bar with "Continue". 520 points wide, at most 640 high.
-Rectangle {
+WindowSurface {
     id: root
     required property QtObject model
     readonly property var releases: model.releases
 
     implicitWidth: 520
     implicitHeight: Math.min(640, scrolled.height + divider.height + bar.height)
-    color: Theme.windowBackground
     focus: true
 
     // Return presses "Continue", the default button.
