@@ -15,10 +15,12 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QQuickItem>
 #include <QQuickWindow>
 #include <QTemporaryDir>
 #include <QTextStream>
 #include <QTimer>
+#include <QTranslator>
 
 using namespace corvane;
 
@@ -62,6 +64,24 @@ public:
     }
 };
 
+// Every text shown under `item`: text items, labels, buttons, the picker's current choice.
+void printTexts(QQuickItem* item, QTextStream& out)
+{
+    if (!item->isVisible())
+        return;
+    const QMetaObject* meta = item->metaObject();
+    for (const char* property : {"text", "displayText"}) {
+        if (meta->indexOfProperty(property) < 0)
+            continue;
+        const QString text = item->property(property).toString();
+        if (!text.isEmpty())
+            out << text << "\n";
+        break;
+    }
+    for (QQuickItem* child : item->childItems())
+        printTexts(child, out);
+}
+
 int fail(const QString& message, int status = 1)
 {
     QTextStream(stderr) << "corvane-window-preview: " << message << "\n";
@@ -96,7 +116,13 @@ int main(int argc, char** argv)
     const QCommandLineOption png(QStringLiteral("png"),
                                  QStringLiteral("Save a PNG of the window and quit."),
                                  QStringLiteral("file"));
-    parser.addOptions({trusted, palette, trigger, noInput, png});
+    const QCommandLineOption translation(QStringLiteral("translation"),
+                                         QStringLiteral("Load this compiled translation (.qm)."),
+                                         QStringLiteral("file"));
+    const QCommandLineOption texts(QStringLiteral("texts"),
+                                   QStringLiteral("Print every text the window shows, one per "
+                                                  "line, and quit."));
+    parser.addOptions({trusted, palette, trigger, noInput, png, translation, texts});
     parser.process(app);
 
     const QStringList arguments = parser.positionalArguments();
@@ -110,6 +136,14 @@ int main(int argc, char** argv)
         if (name != QStringLiteral("light") && name != QStringLiteral("dark"))
             return fail(QStringLiteral("unknown palette \"%1\" (light or dark)").arg(name), 2);
         QApplication::setPalette(previewPalette(name == QStringLiteral("dark")));
+    }
+
+    QTranslator translator;
+    if (parser.isSet(translation)) {
+        if (!translator.load(parser.value(translation)))
+            return fail(
+                QStringLiteral("cannot load the translation %1").arg(parser.value(translation)));
+        QApplication::installTranslator(&translator);
     }
 
     QTemporaryDir scratch;
@@ -139,7 +173,14 @@ int main(int argc, char** argv)
     if (!window)
         return fail(QStringLiteral("the window did not open"));
 
-    if (parser.isSet(png)) {
+    if (parser.isSet(texts)) {
+        QTimer::singleShot(300, &app, [&app, window] {
+            QTextStream out(stdout);
+            out << window->title() << "\n";
+            printTexts(window->contentItem(), out);
+            app.quit();
+        });
+    } else if (parser.isSet(png)) {
         const QString file = parser.value(png);
         QTimer::singleShot(500, &app, [&app, window, file] {
             const QImage image = window->grabWindow();
