@@ -5,6 +5,7 @@
 #include "whatsnew/VersionTracker.h"
 #include "whatsnew/WhatsNewPolicy.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimeZone>
@@ -197,12 +198,15 @@ void TestVersionTracker::catalogue()
     const QStringList symbols{"command", "pin", "star", "square.on.square"};
     for (int i = 0; i < 4; ++i) {
         QCOMPARE(all[0].features[i].symbol, symbols[i]);
-        QVERIFY(!all[0].features[i].media);
+        // The pin feature carries the looping clip of Part 6.3, compiled into the program.
+        QCOMPARE(all[0].features[i].media.has_value(), i == 1);
         QCOMPARE(all[0].features[i].action.has_value(), i == 3);
     }
     QCOMPARE(all[0].features[0].title, QStringLiteral("Hold Alt and see everything"));
     QVERIFY(all[0].features[1].detail.startsWith(QStringLiteral("Release Alt over the panel")));
     QCOMPARE(all[0].features[3].action->title, QStringLiteral("Open Settings"));
+    QCOMPARE(all[0].features[1].media->kind, WhatsNewFeature::Media::Kind::video);
+    QVERIFY(QFile::exists(QLatin1Char(':') + all[0].features[1].media->url.path()));
     all[0].features[3].action->perform();
     QCOMPARE(opened, 1);
     // The trigger off: the default is named.
