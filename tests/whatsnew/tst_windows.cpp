@@ -712,9 +712,14 @@ void TestWindows::settingsReopenShowsLoginItemAndPermission()
     QCOMPARE(settingsItem("launchAtLoginToggle")->property("checked").toBool(), true);
     QVERIFY(shownIn(settingsItem("accessibilityRow")));
     QVERIFY(shownIn(settingsItem("openSystemSettingsButton")));
-    setPermission(true);
+    // "Open System Settings…" asks for the permission (IsEnabled on) and opens the settings.
+    QFile::remove(m_recordFile);
+    click(settingsItem("openSystemSettingsButton"));
+    QTRY_COMPARE_WITH_TIMEOUT(AccessibilitySwitch::isEnabled(), std::optional(true), 3000);
+    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(m_recordFile), 3000);
     // The row goes within about a second once the permission is granted.
     QTRY_VERIFY_WITH_TIMEOUT(!shownIn(settingsItem("accessibilityRow")), 2500);
+    setPermission(true);
     QVERIFY(m_desktop->setLaunchAtLogin(false));
 }
 
