@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# `cmake --install` puts the programs and the desktop integration in place, and the installed
+# desktop entry and metainfo pass desktop-file-validate and appstreamcli validate.
+#
+#   check_install.sh BUILD_DIR
+set -euo pipefail
+build=$1
+root=$(mktemp -d)
+trap 'rm -rf "$root"' EXIT
+cmake --install "$build" --prefix "$root/usr" > /dev/null
+cd "$root/usr"
+expected=(
+    bin/corvane bin/corvane-menus
+    share/applications/com.vantorel.Corvane.desktop
+    share/metainfo/com.vantorel.Corvane.metainfo.xml
+    share/icons/hicolor/scalable/apps/com.vantorel.Corvane.svg
+)
+for size in 16 22 24 32 48 64 128 256; do
+    expected+=("share/icons/hicolor/${size}x${size}/apps/com.vantorel.Corvane.png")
+done
+for file in "${expected[@]}"; do
+    [ -s "$file" ] || { echo "not installed: $file" >&2; exit 1; }
+done
+[ -x bin/corvane ] && [ -x bin/corvane-menus ]
+# Development tools stay in the build folder.
+for tool in corvane-overlay-preview corvane-window-preview render-icon; do
+    [ ! -e "bin/$tool" ] || { echo "installed a development tool: $tool" >&2; exit 1; }
+done
+desktop-file-validate share/applications/com.vantorel.Corvane.desktop
+appstreamcli validate --no-net share/metainfo/com.vantorel.Corvane.metainfo.xml
+# Each PNG is the size its folder says (the PNG header's width and height).
+for size in 16 22 24 32 48 64 128 256; do
+    header=$(od -An -tu1 -j16 -N8 "share/icons/hicolor/${size}x${size}/apps/com.vantorel.Corvane.png" | tr -s ' ')
+    read -r w0 w1 w2 w3 h0 h1 h2 h3 <<< "$header"
+    width=$(( (w0 << 24) | (w1 << 16) | (w2 << 8) | w3 ))
+    height=$(( (h0 << 24) | (h1 << 16) | (h2 << 8) | h3 ))
+    [ "$width" = "$size" ] && [ "$height" = "$size" ] || {
+        echo "${size}x${size} icon is ${width}x${height}" >&2; exit 1; }
+done
+echo "installed: ${#expected[@]} files, desktop entry and metainfo valid"
