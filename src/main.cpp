@@ -7,6 +7,7 @@
 #include "platform/UserDefaults.h"
 #include "platform/linux/AccessibilitySwitch.h"
 #include "platform/linux/AtspiClient.h"
+#include "platform/linux/JournalLog.h"
 #include "platform/linux/LinuxDesktop.h"
 #include "platform/linux/SingleInstance.h"
 #include "platform/linux/X11Compositing.h"
@@ -28,6 +29,9 @@ int main(int argc, char* argv[])
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     // Debug lines (the permission poll) only when asked for with QT_LOGGING_RULES.
     QLoggingCategory::setFilterRules(QStringLiteral("com.vantorel.corvane.*.debug=false"));
+
+    // The journal in a user session (`journalctl --user -t corvane`), stderr otherwise.
+    JournalLog::install();
 
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Corvane"));
