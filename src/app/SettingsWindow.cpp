@@ -14,12 +14,10 @@ GeneralPaneModel::GeneralPaneModel(UserDefaults& defaults, const WindowServices&
                                    QObject* parent)
     : QObject(parent), m_defaults(defaults), m_services(services),
       m_launchAtLogin(services.desktop && services.desktop->launchesAtLogin()),
-      m_trusted(services.trust && services.trust->isTrusted())
+      m_permission(services.trust)
 {
     // The permission as shown, refreshed every second while the pane exists.
-    m_trustTimer.setInterval(1000);
-    connect(&m_trustTimer, &QTimer::timeout, this, &GeneralPaneModel::checkPermission);
-    m_trustTimer.start();
+    connect(&m_permission, &PermissionWatch::changed, this, &GeneralPaneModel::trustedChanged);
 }
 
 double GeneralPaneModel::holdDelay() const
@@ -127,18 +125,6 @@ void GeneralPaneModel::reload()
     Q_EMIT showItemsWithoutShortcutChanged();
     Q_EMIT glassyBackgroundChanged();
     Q_EMIT launchAtLoginChanged();
-}
-
-void GeneralPaneModel::checkPermission()
-{
-    if (!m_services.trust)
-        return;
-    m_services.trust->refresh([self = QPointer<GeneralPaneModel>(this)](bool trusted) {
-        if (!self || self->m_trusted == trusted)
-            return;
-        self->m_trusted = trusted;
-        Q_EMIT self->trustedChanged();
-    });
 }
 
 SettingsWindowPresenter& SettingsWindowPresenter::shared()

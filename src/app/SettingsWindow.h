@@ -7,7 +7,6 @@
 #include "whatsnew/SecondaryWindow.h"
 
 #include <QObject>
-#include <QTimer>
 
 namespace corvane {
 
@@ -45,7 +44,7 @@ public:
     bool showItemsWithoutShortcut() const;
     bool glassyBackground() const;
     bool launchAtLogin() const { return m_launchAtLogin; }
-    bool trusted() const { return m_trusted; }
+    bool trusted() const { return m_permission.trusted(); }
 
     // Each stores the value at once; a value the store refuses is not kept, and the control
     // shows the stored one again.
@@ -73,13 +72,11 @@ Q_SIGNALS:
 
 private:
     void storeBool(const QString& key, bool value, void (GeneralPaneModel::*changed)());
-    void checkPermission();
 
     UserDefaults& m_defaults;
     WindowServices m_services;
     bool m_launchAtLogin = false;
-    bool m_trusted = false;
-    QTimer m_trustTimer;
+    PermissionWatch m_permission;
 };
 
 class SettingsWindowPresenter : public SecondaryWindow {

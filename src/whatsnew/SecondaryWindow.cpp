@@ -3,6 +3,7 @@
 #include "LoopingPlayer.h"
 #include "WindowPlacement.h"
 #include "overlay/SymbolImageProvider.h"
+#include "platform/AccessibilityTrust.h"
 
 #include <QEvent>
 #include <QQmlComponent>
@@ -22,6 +23,27 @@ QString WindowServices::triggerNameForTexts() const
 {
     const QString name = triggerName ? triggerName() : QString();
     return name.isEmpty() ? QStringLiteral("Ctrl") : name;
+}
+
+PermissionWatch::PermissionWatch(AccessibilityTrust* trust, QObject* parent)
+    : QObject(parent), m_trust(trust), m_trusted(trust && trust->isTrusted())
+{
+    m_timer.setInterval(1000);
+    connect(&m_timer, &QTimer::timeout, this, &PermissionWatch::check);
+    m_timer.start();
+}
+
+void PermissionWatch::check()
+{
+    if (!m_trust)
+        return;
+    // Asked for, never waited on: the answer arrives later on the main thread.
+    m_trust->refresh([self = QPointer<PermissionWatch>(this)](bool trusted) {
+        if (!self || self->m_trusted == trusted)
+            return;
+        self->m_trusted = trusted;
+        Q_EMIT self->changed();
+    });
 }
 
 bool SecondaryView::event(QEvent* event)

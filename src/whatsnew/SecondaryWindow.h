@@ -11,6 +11,7 @@
 #include <QPointer>
 #include <QQuickWindow>
 #include <QString>
+#include <QTimer>
 #include <QVariantMap>
 #include <functional>
 
@@ -34,6 +35,27 @@ struct WindowServices {
     static WindowServices& shared();
     // The configured trigger's name for texts; the default "Ctrl" when the trigger is off.
     QString triggerNameForTexts() const;
+};
+
+// The permission as a window shows it (the spec's `trusted` view state with its 1.0 s
+// `trustTimer`): read at once from the last answer, then asked for again every second, never
+// waited on; `changed` when the answer differs.
+class PermissionWatch : public QObject {
+    Q_OBJECT
+
+public:
+    explicit PermissionWatch(AccessibilityTrust* trust, QObject* parent = nullptr);
+    bool trusted() const { return m_trusted; }
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    void check();
+
+    AccessibilityTrust* m_trust;
+    bool m_trusted;
+    QTimer m_timer;
 };
 
 // The window itself: reports its close before it goes, so that the owner can let it go.

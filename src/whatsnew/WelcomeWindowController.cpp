@@ -6,26 +6,10 @@
 namespace corvane {
 
 WelcomeModel::WelcomeModel(const WindowServices& services, std::function<void()> close)
-    : m_services(services), m_close(std::move(close)),
-      m_trusted(services.trust && services.trust->isTrusted()),
-      m_trigger(services.triggerNameForTexts()), m_globalInputWatched(services.globalInputWatched)
+    : m_services(services), m_close(std::move(close)), m_trigger(services.triggerNameForTexts()),
+      m_globalInputWatched(services.globalInputWatched), m_permission(services.trust)
 {
-    m_trustTimer.setInterval(1000);
-    connect(&m_trustTimer, &QTimer::timeout, this, &WelcomeModel::checkPermission);
-    m_trustTimer.start();
-}
-
-void WelcomeModel::checkPermission()
-{
-    if (!m_services.trust)
-        return;
-    // Asked for, never waited on: the answer arrives later on the main thread.
-    m_services.trust->refresh([self = QPointer<WelcomeModel>(this)](bool trusted) {
-        if (!self || self->m_trusted == trusted)
-            return;
-        self->m_trusted = trusted;
-        Q_EMIT self->trustedChanged();
-    });
+    connect(&m_permission, &PermissionWatch::changed, this, &WelcomeModel::trustedChanged);
 }
 
 void WelcomeModel::grantAccess()

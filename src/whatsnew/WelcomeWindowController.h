@@ -6,7 +6,6 @@
 #include "SecondaryWindow.h"
 
 #include <QObject>
-#include <QTimer>
 
 namespace corvane {
 
@@ -20,7 +19,7 @@ class WelcomeModel : public QObject {
 public:
     WelcomeModel(const WindowServices& services, std::function<void()> close);
 
-    bool trusted() const { return m_trusted; }
+    bool trusted() const { return m_permission.trusted(); }
     QString trigger() const { return m_trigger; }
     bool globalInputWatched() const { return m_globalInputWatched; }
 
@@ -33,14 +32,11 @@ Q_SIGNALS:
     void trustedChanged();
 
 private:
-    void checkPermission();
-
     WindowServices m_services;
     std::function<void()> m_close;
-    bool m_trusted = false;
     QString m_trigger;
     bool m_globalInputWatched = true;
-    QTimer m_trustTimer;
+    PermissionWatch m_permission;
 };
 
 class WelcomeWindowController : public SecondaryWindow {

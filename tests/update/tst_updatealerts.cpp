@@ -3,6 +3,7 @@
 // keyboard and pointer (xdotool). "Download" is seen where a browser would be: the desktop's
 // handler for https addresses, replaced here by a recorder.
 
+#include "FeedServer.h"
 #include "SessionTools.h"
 #include "update/UpdateChecker.h"
 
@@ -48,7 +49,7 @@ private:
     // ("Return", "Escape") or the label of a button to click.
     Seen present(const QString& path, const std::optional<QString>& current, const QString& answer);
 
-    QProcess m_server;
+    FeedServer m_server;
     int m_port = 0;
     QList<QUrl> m_opened;
 };
@@ -56,22 +57,14 @@ private:
 void TestUpdateAlerts::initTestCase()
 {
     QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "openUrl");
-    m_server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_server.start(QStringLiteral("python3"), {QStringLiteral(FEED_SERVER)});
-    QVERIFY2(m_server.waitForStarted(5000), "python3 did not start");
-    QTRY_VERIFY_WITH_TIMEOUT(m_server.canReadLine(), 10000);
-    const QByteArray line = m_server.readLine().trimmed();
-    QVERIFY2(line.startsWith("PORT "), line.constData());
-    m_port = line.mid(5).toInt();
+    QString why;
+    QVERIFY2(m_server.start(QStringLiteral(FEED_SERVER), &why), qPrintable(why));
+    m_port = m_server.port();
 }
 
 void TestUpdateAlerts::cleanupTestCase()
 {
     QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
-    if (m_server.processId() > 0) {
-        m_server.kill();
-        m_server.waitForFinished(5000);
-    }
 }
 
 TestUpdateAlerts::Seen TestUpdateAlerts::present(const QString& path,

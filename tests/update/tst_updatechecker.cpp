@@ -1,6 +1,7 @@
 // Part 7.1's check against a real HTTP server on 127.0.0.1 (feed_server.py, started and stopped
 // by this test), and the feed parser on arbitrary bytes.
 
+#include "FeedServer.h"
 #include "update/UpdateChecker.h"
 
 #include <QElapsedTimer>
@@ -9,6 +10,7 @@
 #include <QTest>
 
 using namespace corvane;
+using corvane::test::FeedServer;
 using Result = UpdateChecker::Result;
 
 class TestUpdateChecker : public QObject {
@@ -28,29 +30,20 @@ private Q_SLOTS:
 
 private:
     Result run(const QString& path, const QString& current, int timeoutMs = 5000);
-    QProcess m_server;
+    FeedServer m_server;
     int m_port = 0;
 };
 
 void TestUpdateChecker::initTestCase()
 {
-    m_server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_server.start(QStringLiteral("python3"), {QStringLiteral(FEED_SERVER)});
-    QVERIFY2(m_server.waitForStarted(5000), "python3 did not start");
-    QTRY_VERIFY_WITH_TIMEOUT(m_server.canReadLine(), 10000);
-    const QByteArray line = m_server.readLine().trimmed();
-    QVERIFY2(line.startsWith("PORT "), line.constData());
-    m_port = line.mid(5).toInt();
-    QVERIFY(m_port > 0);
+    QString why;
+    QVERIFY2(m_server.start(QStringLiteral(FEED_SERVER), &why), qPrintable(why));
+    m_port = m_server.port();
 }
 
 void TestUpdateChecker::cleanupTestCase()
 {
-    // Stop what we started, by its process id.
-    if (m_server.processId() > 0) {
-        m_server.kill();
-        m_server.waitForFinished(5000);
-    }
+    // The server is stopped, by its process id, when the test object goes.
 }
 
 Result TestUpdateChecker::run(const QString& path, const QString& current, int timeoutMs)
