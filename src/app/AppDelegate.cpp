@@ -235,7 +235,7 @@ void AppDelegate::showOverlay()
     const auto catalog = cache->catalog(bundleID);
     const QStringList favoriteIDs = favorites.ids(bundleID);
     const auto flag = [this](const QString& key) {
-        return m_defaults.boolValue(key).value_or(true);
+        return TriggerSettings::displayOption(m_defaults, key);
     };
     // A compositor may have started or stopped since the last peek.
     overlay.setTranslucent(m_platform.isCompositing && m_platform.isCompositing());

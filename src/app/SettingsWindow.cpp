@@ -39,23 +39,23 @@ QString GeneralPaneModel::triggerModifier() const
 
 bool GeneralPaneModel::showDisabledItems() const
 {
-    return m_defaults.boolValue(TriggerSettings::showDisabledItemsKey).value_or(true);
+    return TriggerSettings::displayOption(m_defaults, TriggerSettings::showDisabledItemsKey);
 }
 
 bool GeneralPaneModel::showItemsWithoutShortcut() const
 {
-    return m_defaults.boolValue(TriggerSettings::showItemsWithoutShortcutKey).value_or(true);
+    return TriggerSettings::displayOption(m_defaults, TriggerSettings::showItemsWithoutShortcutKey);
 }
 
 bool GeneralPaneModel::glassyBackground() const
 {
-    return m_defaults.boolValue(TriggerSettings::glassyBackgroundKey).value_or(true);
+    return TriggerSettings::displayOption(m_defaults, TriggerSettings::glassyBackgroundKey);
 }
 
 void GeneralPaneModel::setHoldDelay(double seconds)
 {
     // The slider's steps of 0.05 between 0.3 and 2.0, stored without binary noise.
-    const double clamped = std::clamp(seconds, minimumDelay, maximumDelay);
+    const double clamped = TriggerSettings::clampHoldDelay(seconds);
     const double stepped = std::round(clamped / delayStep) * delayStep;
     const double value = std::round(stepped * 100.0) / 100.0;
     if (m_defaults.setDouble(TriggerSettings::holdDelayKey, value) && AppDelegate::shared)

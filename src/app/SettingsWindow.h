@@ -29,9 +29,7 @@ class GeneralPaneModel : public QObject {
     Q_PROPERTY(bool trusted READ trusted NOTIFY trustedChanged)
 
 public:
-    // The slider's range and step (Part 1.5).
-    static constexpr double minimumDelay = 0.3;
-    static constexpr double maximumDelay = 2.0;
+    // The slider's step (Part 1.5); its range is TriggerSettings' 0.3 to 2.0.
     static constexpr double delayStep = 0.05;
 
     GeneralPaneModel(UserDefaults& defaults, const WindowServices& services,

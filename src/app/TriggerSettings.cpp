@@ -32,6 +32,11 @@ double holdDelay(const UserDefaults& defaults)
     return clampHoldDelay(defaults.doubleValue(holdDelayKey).value_or(defaultHoldDelay));
 }
 
+bool displayOption(const UserDefaults& defaults, const QString& key)
+{
+    return defaults.boolValue(key).value_or(true);
+}
+
 QString triggerSetting(const UserDefaults& defaults)
 {
     return defaults.string(triggerModifierKey).value_or(QStringLiteral("command"));

@@ -31,6 +31,10 @@ void registerDefaults(UserDefaults& defaults);
 double clampHoldDelay(double seconds);
 double holdDelay(const UserDefaults& defaults);
 
+// A display setting ("showDisabledItems", "showItemsWithoutShortcut", "glassyBackground"),
+// true when absent.
+bool displayOption(const UserDefaults& defaults, const QString& key);
+
 // The stored "triggerModifier", "command" when absent.
 QString triggerSetting(const UserDefaults& defaults);
 // "option" → option, "control" → control, "off" → none, anything else → command.

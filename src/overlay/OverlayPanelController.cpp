@@ -2,15 +2,14 @@
 
 #include "PanelPlacement.h"
 #include "SymbolImageProvider.h"
+#include "ViewFactory.h"
 
 #include <QCursor>
-#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQmlProperty>
 #include <QQuickItem>
-#include <QScreen>
 #include <QTimer>
 #include <QVariantAnimation>
 
@@ -47,28 +46,14 @@ void OverlayPanelController::prepare()
 void OverlayPanelController::createPanel()
 {
     m_panel = std::make_unique<PeekPanel>();
-    m_engine = std::make_unique<QQmlEngine>();
-    m_engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
-    m_engine->addImageProvider(QStringLiteral("symbol"), new SymbolImageProvider);
+    m_engine = makeViewEngine();
     m_engine->addImageProvider(QStringLiteral("appicon"), new AppIconImageProvider);
     m_rootComponent = std::make_unique<QQmlComponent>(m_engine.get(), rootViewUrl,
                                                       QQmlComponent::PreferSynchronous);
-    if (m_rootComponent->isError())
-        qFatal("overlay: the root view does not load: %s",
-               qPrintable(m_rootComponent->errorString()));
-    // Put into the panel before it completes, so that its images load for that window.
-    QObject* created = m_rootComponent->beginCreate(m_engine->rootContext());
-    m_root = qobject_cast<QQuickItem*>(created);
-    if (!m_root)
-        qFatal("overlay: the root view could not be made: %s",
-               qPrintable(m_rootComponent->errorString()));
-    QQmlEngine::setObjectOwnership(m_root, QQmlEngine::CppOwnership);
-    m_root->setParentItem(m_panel->contentItem());
-    m_rootComponent->setInitialProperties(
-        m_root, {{QStringLiteral("model"), QVariant::fromValue(&m_viewModel)},
-                 {QStringLiteral("lists"), QVariant::fromValue(&m_lists)},
-                 {QStringLiteral("translucent"), m_translucent}});
-    m_rootComponent->completeCreate();
+    m_root = createViewIn(*m_rootComponent, *m_panel,
+                          {{QStringLiteral("model"), QVariant::fromValue(&m_viewModel)},
+                           {QStringLiteral("lists"), QVariant::fromValue(&m_lists)},
+                           {QStringLiteral("translucent"), m_translucent}});
     QQmlProperty(m_root, QStringLiteral("anchors.fill"))
         .write(QVariant::fromValue(m_panel->contentItem()));
 }
@@ -128,14 +113,8 @@ void OverlayPanelController::present(const RunningApp& app,
 
 void OverlayPanelController::place()
 {
-    const QList<QScreen*> screens = QGuiApplication::screens();
-    QList<ScreenFrames> frames;
     int mainScreen = -1;
-    for (QScreen* screen : screens) {
-        if (screen == QGuiApplication::primaryScreen())
-            mainScreen = int(frames.size());
-        frames.append({QRectF(screen->geometry()), QRectF(screen->availableGeometry())});
-    }
+    const QList<ScreenFrames> frames = currentScreens(&mainScreen);
     const std::optional<QRectF> frame = panelFrame(frames, mainScreen, QCursor::pos());
     if (!frame)
         return; // no screens: the panel keeps its frame

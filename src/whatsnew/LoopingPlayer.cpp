@@ -27,11 +27,8 @@ LoopingPlayer::LoopingPlayer(QQuickItem* parent)
                 m_player->setPosition(0);
                 m_player->play();
             });
-    connect(m_player.get(), &QMediaPlayer::playbackStateChanged, this, [this] {
-        if (m_player->playbackState() == QMediaPlayer::PlayingState)
-            ++m_timesStarted;
-        Q_EMIT playingChanged();
-    });
+    connect(m_player.get(), &QMediaPlayer::playbackStateChanged, this,
+            &LoopingPlayer::playingChanged);
 }
 
 LoopingPlayer::~LoopingPlayer()

@@ -26,7 +26,6 @@ class LoopingPlayer : public QQuickPaintedItem {
     Q_PROPERTY(bool muted READ muted CONSTANT)
     Q_PROPERTY(int loops READ loops CONSTANT)
     Q_PROPERTY(int framesShown READ framesShown NOTIFY frameShown)
-    Q_PROPERTY(int timesStarted READ timesStarted NOTIFY playingChanged)
 
 public:
     explicit LoopingPlayer(QQuickItem* parent = nullptr);
@@ -39,7 +38,6 @@ public:
     bool muted() const;
     int loops() const;
     int framesShown() const { return m_framesShown; }
-    int timesStarted() const { return m_timesStarted; }
     QMediaPlayer* player() const { return m_player.get(); }
 
     void paint(QPainter* painter) override;
@@ -64,7 +62,6 @@ private:
     std::unique_ptr<QVideoSink> m_sink;
     QImage m_frame;
     int m_framesShown = 0;
-    int m_timesStarted = 0;
     bool m_looping = false; // starts again at the end until paused
     QPointer<QQuickWindow> m_window;
 };

@@ -13,9 +13,14 @@ const AppVersion& ReleaseNotes::floor()
     return value;
 }
 
+QString ReleaseNotes::triggerNameInTexts(const QString& configured)
+{
+    return configured.isEmpty() ? QStringLiteral("Ctrl") : configured;
+}
+
 QList<WhatsNewRelease> ReleaseNotes::all(const WhatsNewActions& actions, const QString& triggerName)
 {
-    const QString trigger = triggerName.isEmpty() ? QStringLiteral("Ctrl") : triggerName;
+    const QString trigger = triggerNameInTexts(triggerName);
     const auto openSettings = actions.openSettings;
     return {
         WhatsNewRelease{

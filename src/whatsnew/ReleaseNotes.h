@@ -46,6 +46,9 @@ class ReleaseNotes {
 public:
     // The oldest release whose notes are shown when the previous version is unknown.
     static const AppVersion& floor();
+    // The trigger as texts name it: the configured trigger's name, or the default "Ctrl" when
+    // the trigger is off (empty).
+    static QString triggerNameInTexts(const QString& configured);
     // The whole catalogue, its texts translated on each call. The spec's "⌘" in the texts is the
     // configured trigger's name on Linux ("Ctrl", "Alt", "Super"); with the trigger off the
     // default "Ctrl" is named.

@@ -1,8 +1,9 @@
 #include "SecondaryWindow.h"
 
 #include "LoopingPlayer.h"
+#include "ReleaseNotes.h"
 #include "WindowPlacement.h"
-#include "overlay/SymbolImageProvider.h"
+#include "overlay/ViewFactory.h"
 #include "platform/AccessibilityTrust.h"
 
 #include <QEvent>
@@ -21,8 +22,7 @@ WindowServices& WindowServices::shared()
 
 QString WindowServices::triggerNameForTexts() const
 {
-    const QString name = triggerName ? triggerName() : QString();
-    return name.isEmpty() ? QStringLiteral("Ctrl") : name;
+    return ReleaseNotes::triggerNameInTexts(triggerName ? triggerName() : QString());
 }
 
 PermissionWatch::PermissionWatch(AccessibilityTrust* trust, QObject* parent)
@@ -61,9 +61,8 @@ QQmlEngine& secondaryWindowEngine()
         if (!qEnvironmentVariableIsSet("QT_MEDIA_BACKEND"))
             qputenv("QT_MEDIA_BACKEND", "ffmpeg");
         qmlRegisterType<LoopingPlayer>("Corvane.Windows", 1, 0, "LoopingPlayer");
-        auto* made = new QQmlEngine(qApp);
-        made->addImportPath(QStringLiteral("qrc:/qt/qml"));
-        made->addImageProvider(QStringLiteral("symbol"), new SymbolImageProvider);
+        QQmlEngine* made = makeViewEngine().release();
+        made->setParent(qApp);
         return made;
     }();
     return *engine;
@@ -94,16 +93,9 @@ void SecondaryWindow::create(const QString& module, const QString& type, const Q
                             QUrl(QStringLiteral("qrc:/qt/qml/%1/%2.qml").arg(folder, type)),
                             QQmlComponent::PreferSynchronous);
     auto* window = new SecondaryView;
-    QObject* created = component.beginCreate(engine.rootContext());
-    auto* item = qobject_cast<QQuickItem*>(created);
-    if (!item)
-        qFatal("%s does not load: %s", qPrintable(type), qPrintable(component.errorString()));
-    QQmlEngine::setObjectOwnership(item, QQmlEngine::CppOwnership);
-    item->setParentItem(window->contentItem());
     QVariantMap initial = properties;
     initial.insert(QStringLiteral("model"), QVariant::fromValue(model));
-    component.setInitialProperties(item, initial);
-    component.completeCreate();
+    QQuickItem* item = createViewIn(component, *window, initial);
     // The view goes with its window; the model after them, so that no binding sees it vanish.
     item->setParent(window);
 

@@ -1,32 +1,21 @@
 #include "WindowPlacement.h"
 
 #include <QCursor>
-#include <QGuiApplication>
 #include <QQuickItem>
-#include <QScreen>
 #include <QWindow>
 #include <cmath>
 
 namespace corvane {
 
-std::optional<QPoint> centeredOrigin(QSize frameSize, QPoint pointer,
-                                     const QList<ScreenArea>& screens, int primary)
+std::optional<QPoint> centeredOrigin(QSize frameSize, QPointF pointer,
+                                     const QList<ScreenFrames>& screens, int primary)
 {
-    if (screens.isEmpty())
-        return std::nullopt;
-    const ScreenArea* target = nullptr;
-    for (const ScreenArea& screen : screens) {
-        if (screen.frame.contains(pointer)) { // left and top edges in, right and bottom out
-            target = &screen;
-            break;
-        }
-    }
+    const ScreenFrames* target = screenUnderPointer(screens, primary, pointer);
     if (!target)
-        target = &screens.at(primary >= 0 && primary < screens.size() ? primary : 0);
-    const QRect& area = target->visible;
-    return QPoint(
-        static_cast<int>(std::lround(area.x() + area.width() / 2.0 - frameSize.width() / 2.0)),
-        static_cast<int>(std::lround(area.y() + area.height() / 2.0 - frameSize.height() / 2.0)));
+        return std::nullopt;
+    const QRectF& area = target->visibleFrame;
+    return QPoint(static_cast<int>(std::lround(area.center().x() - frameSize.width() / 2.0)),
+                  static_cast<int>(std::lround(area.center().y() - frameSize.height() / 2.0)));
 }
 
 void fitToContent(QWindow& window, const QQuickItem* content)
@@ -46,14 +35,8 @@ void fitToContent(QWindow& window, const QQuickItem* content)
 void centerOnActiveScreen(QWindow& window, const QQuickItem* content)
 {
     fitToContent(window, content);
-    QList<ScreenArea> screens;
-    const QList<QScreen*> all = QGuiApplication::screens();
-    int primary = 0;
-    for (QScreen* screen : all) {
-        if (screen == QGuiApplication::primaryScreen())
-            primary = static_cast<int>(screens.size());
-        screens.append({screen->geometry(), screen->availableGeometry()});
-    }
+    int primary = -1;
+    const QList<ScreenFrames> screens = currentScreens(&primary);
     // The window manager's frame is known once a window has been mapped; before that, the frame
     // of the last window placed stands in for it.
     static QMargins lastKnownMargins;

@@ -3,6 +3,8 @@
 // Part 6.3's centerOnActiveScreen(): a secondary window takes the size its content asks for and
 // is centred in the available area of the screen under the pointer.
 
+#include "overlay/PanelPlacement.h"
+
 #include <QList>
 #include <QPoint>
 #include <QRect>
@@ -14,11 +16,6 @@ class QWindow;
 
 namespace corvane {
 
-struct ScreenArea {
-    QRect frame;   // the whole screen
-    QRect visible; // without panels and docks
-};
-
 // Step 1: fixes `window`'s size to `content`'s implicit size when both sides exceed 1 point.
 void fitToContent(QWindow& window, const QQuickItem* content);
 
@@ -27,9 +24,9 @@ void fitToContent(QWindow& window, const QQuickItem* content);
 void centerOnActiveScreen(QWindow& window, const QQuickItem* content);
 
 // Step 3 and 4 for any screens: the origin that centres a frame of `frameSize` in the visible
-// area of the first screen that contains `pointer`, else of screens[primary], else of the first;
-// absent when there is no screen.
-std::optional<QPoint> centeredOrigin(QSize frameSize, QPoint pointer,
-                                     const QList<ScreenArea>& screens, int primary);
+// area of the screen under `pointer` (screenUnderPointer(), shared with the overlay); absent
+// when there is no screen.
+std::optional<QPoint> centeredOrigin(QSize frameSize, QPointF pointer,
+                                     const QList<ScreenFrames>& screens, int primary);
 
 } // namespace corvane

@@ -9,16 +9,32 @@
 
 namespace corvane::test {
 
-// Every item named `name` under `from` (depth first, in visual order), visible or not.
-inline void findItems(QQuickItem* from, const QString& name, QList<QQuickItem*>& into)
+// Every item under `from` (itself included) that `keep` accepts, depth first, in visual order,
+// visible or not.
+template <typename Predicate>
+inline void findItemsWhere(QQuickItem* from, const Predicate& keep, QList<QQuickItem*>& into)
 {
     if (!from)
         return;
-    if (from->objectName() == name)
+    if (keep(from))
         into.append(from);
     const QList<QQuickItem*> children = from->childItems();
     for (QQuickItem* child : children)
-        findItems(child, name, into);
+        findItemsWhere(child, keep, into);
+}
+template <typename Predicate>
+inline QList<QQuickItem*> itemsWhere(QQuickItem* from, const Predicate& keep)
+{
+    QList<QQuickItem*> found;
+    findItemsWhere(from, keep, found);
+    return found;
+}
+
+// Every item named `name` under `from` (depth first, in visual order), visible or not.
+inline void findItems(QQuickItem* from, const QString& name, QList<QQuickItem*>& into)
+{
+    findItemsWhere(
+        from, [&name](QQuickItem* item) { return item->objectName() == name; }, into);
 }
 inline QList<QQuickItem*> items(QQuickItem* from, const QString& name)
 {

@@ -234,8 +234,8 @@ bool TestWindows::shownIn(QQuickItem* item)
 void TestWindows::centredOnTheScreenUnderThePointer()
 {
     // Two displays side by side, each with a panel at the top; the pointer on the second.
-    const QList<ScreenArea> screens{{{0, 0, 1440, 900}, {0, 30, 1440, 870}},
-                                    {{1440, 0, 1920, 1080}, {1440, 40, 1920, 1040}}};
+    const QList<ScreenFrames> screens{{{0, 0, 1440, 900}, {0, 30, 1440, 870}},
+                                      {{1440, 0, 1920, 1080}, {1440, 40, 1920, 1040}}};
     QCOMPARE(centeredOrigin({520, 400}, {2000, 500}, screens, 0),
              std::optional(QPoint(1440 + 960 - 260, 40 + 520 - 200)));
     QCOMPARE(centeredOrigin({520, 400}, {100, 100}, screens, 0),
@@ -248,8 +248,8 @@ void TestWindows::centredOnTheScreenUnderThePointer()
 void TestWindows::pointerInAGapOrNoScreen()
 {
     // Displays of different heights leave a gap under the shorter one: the main screen wins.
-    const QList<ScreenArea> screens{{{0, 0, 1920, 1080}, {0, 0, 1920, 1080}},
-                                    {{1920, 0, 1280, 720}, {1920, 0, 1280, 720}}};
+    const QList<ScreenFrames> screens{{{0, 0, 1920, 1080}, {0, 0, 1920, 1080}},
+                                      {{1920, 0, 1280, 720}, {1920, 0, 1280, 720}}};
     QCOMPARE(centeredOrigin({400, 300}, {2500, 900}, screens, 1),
              std::optional(QPoint(1920 + 640 - 200, 360 - 150)));
     QCOMPARE(centeredOrigin({400, 300}, {2500, 900}, screens, 0),
@@ -602,18 +602,13 @@ void TestWindows::settingsPickerOffSilencesTheTrigger()
     // The open list's "Off" entry.
     QQuickItem* off = nullptr;
     QTRY_VERIFY([&] {
-        QList<QQuickItem*> all;
-        std::function<void(QQuickItem*)> walk = [&](QQuickItem* from) {
-            all << from;
-            for (QQuickItem* child : from->childItems())
-                walk(child);
-        };
-        walk(window->contentItem());
-        for (QQuickItem* candidate : all)
-            if (candidate->inherits("QQuickAbstractButton") && candidate != picker &&
-                candidate->property("text").toString() == QStringLiteral("Off") &&
-                candidate->isVisible() && candidate->height() > 0)
-                off = candidate;
+        const QList<QQuickItem*> entries =
+            itemsWhere(window->contentItem(), [picker](QQuickItem* candidate) {
+                return candidate->inherits("QQuickAbstractButton") && candidate != picker &&
+                       candidate->property("text").toString() == QStringLiteral("Off") &&
+                       candidate->isVisible() && candidate->height() > 0;
+            });
+        off = entries.isEmpty() ? nullptr : entries.last();
         return off != nullptr;
     }());
     QTest::qWait(250); // the list has finished opening

@@ -56,24 +56,26 @@ std::optional<bool> AccessibilitySwitch::isEnabled(QString* whyNot)
         session.call(isEnabledRequest(), QDBus::Block, atspi::requestTimeoutMs * 2), whyNot);
 }
 
-bool AccessibilitySwitch::setEnabled(bool enabled)
+// Properties.Set of IsEnabled, for the blocking and the asynchronous change alike.
+QDBusMessage AccessibilitySwitch::setEnabledMessage(bool enabled)
 {
     QDBusMessage set = QDBusMessage::createMethodCall(
         service, path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Set"));
     set.setArguments(
         {statusInterface, QStringLiteral("IsEnabled"), QVariant::fromValue(QDBusVariant(enabled))});
-    const QDBusMessage reply =
-        QDBusConnection::sessionBus().call(set, QDBus::Block, atspi::requestTimeoutMs * 2);
+    return set;
+}
+
+bool AccessibilitySwitch::setEnabled(bool enabled)
+{
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(
+        setEnabledMessage(enabled), QDBus::Block, atspi::requestTimeoutMs * 2);
     return reply.type() == QDBusMessage::ReplyMessage;
 }
 
 void AccessibilitySwitch::requestTrust()
 {
-    QDBusMessage set = QDBusMessage::createMethodCall(
-        service, path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Set"));
-    set.setArguments(
-        {statusInterface, QStringLiteral("IsEnabled"), QVariant::fromValue(QDBusVariant(true))});
-    QDBusConnection::sessionBus().asyncCall(set, atspi::requestTimeoutMs * 2);
+    QDBusConnection::sessionBus().asyncCall(setEnabledMessage(true), atspi::requestTimeoutMs * 2);
 }
 
 bool AccessibilitySwitch::watch()

@@ -7,6 +7,7 @@
 
 #include "platform/AccessibilityTrust.h"
 
+#include <QDBusMessage>
 #include <QList>
 #include <optional>
 
@@ -34,6 +35,7 @@ private Q_SLOTS:
                              const QStringList& invalidated);
 
 private:
+    static QDBusMessage setEnabledMessage(bool enabled);
     void answer(bool trusted);
 
     bool m_trusted = false;

@@ -69,10 +69,9 @@ LinuxDesktop::LinuxDesktop() : m_autostartFile(autostartFilePath()) {}
 
 QString LinuxDesktop::autostartFilePath()
 {
-    QString config = qEnvironmentVariable("XDG_CONFIG_HOME");
-    if (config.isEmpty() || !QDir::isAbsolutePath(config))
-        config = QDir::homePath() + QStringLiteral("/.config");
-    return config + QStringLiteral("/autostart/corvane.desktop");
+    // The same configuration folder as the settings file (UserDefaults::standardFilePath()).
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           QStringLiteral("/autostart/corvane.desktop");
 }
 
 QByteArray LinuxDesktop::autostartEntry(const QString& executable)

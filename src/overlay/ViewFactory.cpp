@@ -1,0 +1,38 @@
+#include "ViewFactory.h"
+
+#include "SymbolImageProvider.h"
+
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+
+namespace corvane {
+
+std::unique_ptr<QQmlEngine> makeViewEngine()
+{
+    auto engine = std::make_unique<QQmlEngine>();
+    engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
+    engine->addImageProvider(QStringLiteral("symbol"), new SymbolImageProvider);
+    return engine;
+}
+
+QQuickItem* createViewIn(QQmlComponent& component, QQuickWindow& window,
+                         const QVariantMap& properties)
+{
+    if (component.isError())
+        qFatal("%s does not load: %s", qPrintable(component.url().toString()),
+               qPrintable(component.errorString()));
+    QQmlEngine* engine = component.engine();
+    auto* item = qobject_cast<QQuickItem*>(component.beginCreate(engine->rootContext()));
+    if (!item)
+        qFatal("%s could not be made: %s", qPrintable(component.url().toString()),
+               qPrintable(component.errorString()));
+    QQmlEngine::setObjectOwnership(item, QQmlEngine::CppOwnership);
+    item->setParentItem(window.contentItem());
+    component.setInitialProperties(item, properties);
+    component.completeCreate();
+    return item;
+}
+
+} // namespace corvane
