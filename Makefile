@@ -6,7 +6,8 @@ BUILD_TYPE  ?= RelWithDebInfo
 CMAKE_FLAGS ?=
 JOBS        ?= $(shell nproc)
 
-.PHONY: all deps configure build run test test-core bench screenshots format format-check clean
+.PHONY: all deps configure build run test test-core bench screenshots translations format \
+        format-check clean
 
 all: build
 
@@ -20,7 +21,7 @@ build: configure
 	@cmake --build $(BUILD_DIR) -j $(JOBS)
 
 run: build
-	$(BUILD_DIR)/src/corvane
+	$(BUILD_DIR)/bin/corvane
 
 test: build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS)
@@ -33,6 +34,12 @@ bench: build
 
 screenshots: build
 	@bash tools/screenshots.sh $(BUILD_DIR) docs/screenshots
+
+# Brings the German and French catalogs up to date with the sources; translate what it marks
+# unfinished (Qt Linguist, or any editor), then commit the .ts files.
+translations: deps
+	/usr/lib/qt6/bin/lupdate -locations none -extensions cpp,h,qml src \
+	    -ts data/translations/corvane_de.ts data/translations/corvane_fr.ts
 
 format:
 	@git ls-files --cached --others --exclude-standard '*.cpp' '*.h' | xargs clang-format -i

@@ -4,6 +4,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/SettingsWindow.h"
+#include "app/Translations.h"
 #include "platform/UserDefaults.h"
 #include "platform/linux/AccessibilitySwitch.h"
 #include "platform/linux/AtspiClient.h"
@@ -39,6 +40,8 @@ int main(int argc, char* argv[])
     QApplication::setDesktopFileName(QStringLiteral("com.vantorel.Corvane"));
     // The secondary windows come and go; Corvane lives in the tray until "Quit Corvane".
     QApplication::setQuitOnLastWindowClosed(false);
+    // German and French from the system locale (LC_ALL, LC_MESSAGES, LANG, LANGUAGE).
+    Translations::install();
 
     SingleInstance instance;
     if (instance.claim() == SingleInstance::Claim::second) {

@@ -13,7 +13,7 @@ fi
 build=$(cd "$1" && pwd)
 mkdir -p "$2"
 out=$(cd "$2" && pwd)
-preview="$build/tools/corvane-overlay-preview/corvane-overlay-preview"
+preview="$build/bin/corvane-overlay-preview"
 catalog="$here/../docs/examples/geany.json"
 favorites=(--favorite "File>Save" --favorite "Build>Compile" --favorite "Edit>Preferences"
            --favorite "Search>Find in Files...")
@@ -29,7 +29,7 @@ for palette in light dark; do
     "$preview" --app-name Geany --app-icon geany --palette $palette --png "$out/loading-$palette.png"
 done
 # The secondary windows: settings, Welcome (without and with the permission), What's New.
-windows="$build/tools/corvane-window-preview/corvane-window-preview"
+windows="$build/bin/corvane-window-preview"
 for palette in light dark; do
     xdotool mousemove 0 0
     "$windows" settings --palette $palette --png "$out/settings-$palette.png"

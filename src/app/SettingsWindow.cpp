@@ -6,6 +6,7 @@
 #include "platform/DesktopIntegration.h"
 #include "platform/UserDefaults.h"
 
+#include <QLocale>
 #include <cmath>
 
 namespace corvane {
@@ -28,8 +29,10 @@ double GeneralPaneModel::holdDelay() const
 
 QString GeneralPaneModel::holdDelayText() const
 {
-    // The localised format "%.2f s": 0.85 shows as "0.85 s".
-    return QString::asprintf(qPrintable(tr("%.2f s")), holdDelay());
+    // The localised format "%.2f s": 0.85 shows as "0.85 s", and with the locale's decimal
+    // sign ("0,85 s" in German).
+    QString text = tr("%.2f s");
+    return text.replace(QStringLiteral("%.2f"), QLocale().toString(holdDelay(), 'f', 2));
 }
 
 QString GeneralPaneModel::triggerModifier() const

@@ -14,7 +14,7 @@ from pathlib import Path
 
 root, build = Path(sys.argv[1]), Path(sys.argv[2])
 qt_bin = Path("/usr/lib/qt6/bin")
-preview = build / "tools/corvane-window-preview/corvane-window-preview"
+preview = build / "bin/corvane-window-preview"
 
 # The key cap shows the trigger key's own name, as the keyboard says it.
 not_text = {"Ctrl"}

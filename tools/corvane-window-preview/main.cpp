@@ -6,6 +6,7 @@
 //   corvane-window-preview settings|welcome|whatsnew [options]
 
 #include "app/SettingsWindow.h"
+#include "app/Translations.h"
 #include "overlay/Palettes.h"
 #include "platform/AccessibilityTrust.h"
 #include "platform/DesktopIntegration.h"
@@ -116,9 +117,11 @@ int main(int argc, char** argv)
     const QCommandLineOption png(QStringLiteral("png"),
                                  QStringLiteral("Save a PNG of the window and quit."),
                                  QStringLiteral("file"));
-    const QCommandLineOption translation(QStringLiteral("translation"),
-                                         QStringLiteral("Load this compiled translation (.qm)."),
-                                         QStringLiteral("file"));
+    const QCommandLineOption translation(
+        QStringLiteral("translation"),
+        QStringLiteral("Load this compiled translation (.qm) instead of the "
+                       "system locale's."),
+        QStringLiteral("file"));
     const QCommandLineOption texts(QStringLiteral("texts"),
                                    QStringLiteral("Print every text the window shows, one per "
                                                   "line, and quit."));
@@ -144,6 +147,8 @@ int main(int argc, char** argv)
             return fail(
                 QStringLiteral("cannot load the translation %1").arg(parser.value(translation)));
         QApplication::installTranslator(&translator);
+    } else {
+        Translations::install(); // the system locale's, as Corvane does
     }
 
     QTemporaryDir scratch;

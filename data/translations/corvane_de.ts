@@ -1,0 +1,375 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="de">
+<context>
+    <name>GeneralPane</name>
+    <message>
+        <source>Trigger</source>
+        <translation>Auslöser</translation>
+    </message>
+    <message>
+        <source>Hold to peek:</source>
+        <translation>Zum Einblenden halten:</translation>
+    </message>
+    <message>
+        <source>Ctrl</source>
+        <translation>Ctrl</translation>
+    </message>
+    <message>
+        <source>Alt</source>
+        <translation>Alt</translation>
+    </message>
+    <message>
+        <source>Super</source>
+        <translation>Super</translation>
+    </message>
+    <message>
+        <source>Off</source>
+        <translation>Aus</translation>
+    </message>
+    <message>
+        <source>Hold delay:</source>
+        <translation>Haltedauer:</translation>
+    </message>
+    <message>
+        <source>Commands</source>
+        <translation>Befehle</translation>
+    </message>
+    <message>
+        <source>Show disabled commands</source>
+        <translation>Deaktivierte Befehle anzeigen</translation>
+    </message>
+    <message>
+        <source>Show commands without shortcuts</source>
+        <translation>Befehle ohne Tastenkürzel anzeigen</translation>
+    </message>
+    <message>
+        <source>Appearance</source>
+        <translation>Erscheinungsbild</translation>
+    </message>
+    <message>
+        <source>Glassy background</source>
+        <translation>Gläserner Hintergrund</translation>
+    </message>
+    <message>
+        <source>Turn off for a solid, higher-contrast background.</source>
+        <translation>Ausschalten für einen deckenden Hintergrund mit höherem Kontrast.</translation>
+    </message>
+    <message>
+        <source>System</source>
+        <translation>System</translation>
+    </message>
+    <message>
+        <source>Launch Corvane at login</source>
+        <translation>Corvane bei der Anmeldung starten</translation>
+    </message>
+    <message>
+        <source>Accessibility:</source>
+        <translation>Barrierefreiheit:</translation>
+    </message>
+    <message>
+        <source>Not granted</source>
+        <translation>Nicht erteilt</translation>
+    </message>
+    <message>
+        <source>Open System Settings…</source>
+        <translation>Systemeinstellungen öffnen…</translation>
+    </message>
+    <message>
+        <source>Corvane reads menus on your Mac, locally. Nothing is stored or sent anywhere.</source>
+        <translation>Corvane liest Menüs nur hier auf Ihrem Computer. Nichts davon wird gespeichert oder irgendwohin gesendet.</translation>
+    </message>
+</context>
+<context>
+    <name>OverlayRoot</name>
+    <message>
+        <source>%1 command</source>
+        <translation>%1 Befehl</translation>
+    </message>
+    <message>
+        <source>%1 commands</source>
+        <translation>%1 Befehle</translation>
+    </message>
+    <message>
+        <source>Search commands</source>
+        <translation>Befehle suchen</translation>
+    </message>
+    <message>
+        <source>Pinned</source>
+        <translation>Angeheftet</translation>
+    </message>
+    <message>
+        <source>Reading menus…</source>
+        <translation>Menüs werden gelesen…</translation>
+    </message>
+    <message>
+        <source>Favorites</source>
+        <translation>Favoriten</translation>
+    </message>
+    <message>
+        <source>Navigate</source>
+        <translation>Navigieren</translation>
+    </message>
+    <message>
+        <source>Run</source>
+        <translation>Ausführen</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>Click a command to run it</source>
+        <translation>Klicken Sie auf einen Befehl, um ihn auszuführen</translation>
+    </message>
+    <message>
+        <source>Hover a command and click ★ to favorite it</source>
+        <translation>Zeigen Sie auf einen Befehl und klicken Sie auf ★, um ihn zu den Favoriten zu legen</translation>
+    </message>
+    <message>
+        <source>Release %1 over this panel to keep it open</source>
+        <translation>Lassen Sie %1 über dieser Übersicht los, damit sie offen bleibt</translation>
+    </message>
+</context>
+<context>
+    <name>ReleaseNotes</name>
+    <message>
+        <source>Hold %1 and see everything</source>
+        <translation>%1 halten und alles sehen</translation>
+    </message>
+    <message>
+        <source>Every menu command and shortcut of the app in front of you, grouped by menu.</source>
+        <translation>Jeder Menübefehl und jedes Tastenkürzel der Anwendung im Vordergrund, nach Menüs geordnet.</translation>
+    </message>
+    <message>
+        <source>Pin it and search</source>
+        <translation>Anheften und suchen</translation>
+    </message>
+    <message>
+        <source>Release %1 over the panel to keep it open, then type. Return runs the command.</source>
+        <translation>Lassen Sie %1 über der Übersicht los, damit sie offen bleibt, und tippen Sie los. Die Eingabetaste führt den Befehl aus.</translation>
+    </message>
+    <message>
+        <source>Star your favorites</source>
+        <translation>Favoriten markieren</translation>
+    </message>
+    <message>
+        <source>Star the commands you keep forgetting and they float to the top for that app.</source>
+        <translation>Markieren Sie die Befehle, die Sie immer wieder vergessen, mit einem Stern, und sie stehen bei dieser Anwendung ganz oben.</translation>
+    </message>
+    <message>
+        <source>Glassy or solid</source>
+        <translation>Gläsern oder deckend</translation>
+    </message>
+    <message>
+        <source>Prefer a solid panel? Switch the material in Settings.</source>
+        <translation>Lieber eine deckende Übersicht? Stellen Sie das Material in den Einstellungen um.</translation>
+    </message>
+    <message>
+        <source>Open Settings</source>
+        <translation>Einstellungen öffnen</translation>
+    </message>
+</context>
+<context>
+    <name>SettingsWindowPresenter</name>
+    <message>
+        <source>Corvane Settings</source>
+        <translation>Corvane-Einstellungen</translation>
+    </message>
+</context>
+<context>
+    <name>StarButton</name>
+    <message>
+        <source>Remove from favorites</source>
+        <translation>Aus den Favoriten entfernen</translation>
+    </message>
+    <message>
+        <source>Add to favorites</source>
+        <translation>Zu den Favoriten hinzufügen</translation>
+    </message>
+</context>
+<context>
+    <name>UpdateChecker</name>
+    <message>
+        <source>Couldn&apos;t check for updates.</source>
+        <translation>Die Suche nach Aktualisierungen ist fehlgeschlagen.</translation>
+    </message>
+    <message>
+        <source>Try again in a minute, or grab the newest version at %1.</source>
+        <translation>Versuchen Sie es in einer Minute erneut oder holen Sie sich die neueste Version unter %1.</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>Version %1 is available.</source>
+        <translation>Version %1 ist verfügbar.</translation>
+    </message>
+    <message>
+        <source>You have %1. The update is a quick download from %2.</source>
+        <translation>Sie haben Version %1. Die Aktualisierung ist schnell von %2 heruntergeladen.</translation>
+    </message>
+    <message>
+        <source>Download</source>
+        <translation>Herunterladen</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>Später</translation>
+    </message>
+    <message>
+        <source>You&apos;re up to date.</source>
+        <translation>Sie sind auf dem neuesten Stand.</translation>
+    </message>
+    <message>
+        <source>Corvane %1 is the latest version.</source>
+        <translation>Corvane %1 ist die neueste Version.</translation>
+    </message>
+</context>
+<context>
+    <name>WelcomeView</name>
+    <message>
+        <source>Welcome to Corvane</source>
+        <translation>Willkommen bei Corvane</translation>
+    </message>
+    <message>
+        <source>Every menu command and shortcut of the app you&apos;re using — one held key away.</source>
+        <translation>Jeder Menübefehl und jedes Tastenkürzel der Anwendung, die Sie gerade nutzen – nur eine gehaltene Taste entfernt.</translation>
+    </message>
+    <message>
+        <source>Hold %1 for a moment — the overlay appears. Release — it&apos;s gone.</source>
+        <translation>Halten Sie %1 einen Moment – die Übersicht erscheint. Loslassen – sie ist weg.</translation>
+    </message>
+    <message>
+        <source>Release %1 over the panel to pin it: search, arrow around, hit ↩ to run any menu command.</source>
+        <translation>Lassen Sie %1 über der Übersicht los, um sie anzuheften: suchen, mit den Pfeiltasten wählen, mit ↩ jeden Menübefehl ausführen.</translation>
+    </message>
+    <message>
+        <source>Star the commands you keep forgetting — they float to the top for that app.</source>
+        <translation>Markieren Sie die Befehle, die Sie immer wieder vergessen – sie stehen bei dieser Anwendung ganz oben.</translation>
+    </message>
+    <message>
+        <source>This session does not let Corvane watch held keys, so holding %1 does nothing here; choose &quot;Peek Current App&quot; in Corvane&apos;s tray menu instead.</source>
+        <translation>Diese Sitzung lässt Corvane keine gehaltenen Tasten beobachten, daher bewirkt das Halten von %1 hier nichts; wählen Sie stattdessen „Aktuelle Anwendung zeigen“ im Menü von Corvane in der Systemleiste.</translation>
+    </message>
+    <message>
+        <source>Accessibility access granted — you&apos;re all set.</source>
+        <translation>Zugriff auf die Barrierefreiheit erteilt – alles bereit.</translation>
+    </message>
+    <message>
+        <source>Corvane needs Accessibility access to read menus.</source>
+        <translation>Corvane braucht Zugriff auf die Barrierefreiheit, um Menüs zu lesen.</translation>
+    </message>
+    <message>
+        <source>Grant Accessibility Access…</source>
+        <translation>Zugriff auf die Barrierefreiheit erteilen…</translation>
+    </message>
+    <message>
+        <source>Corvane appears in the Accessibility list — switch it on. If it&apos;s missing, click + and add Corvane from Applications.</source>
+        <translation>Schalten Sie in den Einstellungen zur Barrierefreiheit die Hilfstechnologien ein – Corvane bemerkt es sofort.</translation>
+    </message>
+    <message>
+        <source>Open Accessibility Settings…</source>
+        <translation>Einstellungen zur Barrierefreiheit öffnen…</translation>
+    </message>
+    <message>
+        <source>Reveal Corvane in Finder</source>
+        <translation>Corvane im Dateimanager zeigen</translation>
+    </message>
+    <message>
+        <source>Corvane reads menus on your Mac, locally. Nothing is stored or sent anywhere.</source>
+        <translation>Corvane liest Menüs nur hier auf Ihrem Computer. Nichts davon wird gespeichert oder irgendwohin gesendet.</translation>
+    </message>
+    <message>
+        <source>Start Peeking</source>
+        <translation>Loslegen</translation>
+    </message>
+    <message>
+        <source>I&apos;ll grant it later</source>
+        <translation>Später erteilen</translation>
+    </message>
+</context>
+<context>
+    <name>WelcomeWindowController</name>
+    <message>
+        <source>Welcome to Corvane</source>
+        <translation>Willkommen bei Corvane</translation>
+    </message>
+</context>
+<context>
+    <name>WhatsNewView</name>
+    <message>
+        <source>What&apos;s New in Corvane</source>
+        <translation>Neu in Corvane</translation>
+    </message>
+    <message>
+        <source>Version %1</source>
+        <translation>Version %1</translation>
+    </message>
+    <message>
+        <source>Continue</source>
+        <translation>Weiter</translation>
+    </message>
+</context>
+<context>
+    <name>WhatsNewWindowController</name>
+    <message>
+        <source>What&apos;s New in Corvane</source>
+        <translation>Neu in Corvane</translation>
+    </message>
+</context>
+<context>
+    <name>corvane::GeneralPaneModel</name>
+    <message>
+        <source>%.2f s</source>
+        <translation>%.2f s</translation>
+    </message>
+</context>
+<context>
+    <name>corvane::OverlayLists</name>
+    <message>
+        <source>Favorites</source>
+        <translation>Favoriten</translation>
+    </message>
+</context>
+<context>
+    <name>corvane::StatusMenuController</name>
+    <message>
+        <source>Accessibility access needed — click to fix</source>
+        <translation>Zugriff auf die Barrierefreiheit nötig – zum Beheben klicken</translation>
+    </message>
+    <message>
+        <source>Peek Current App</source>
+        <translation>Aktuelle Anwendung zeigen</translation>
+    </message>
+    <message>
+        <source>Settings…</source>
+        <translation>Einstellungen…</translation>
+    </message>
+    <message>
+        <source>Welcome to Corvane…</source>
+        <translation>Willkommen bei Corvane…</translation>
+    </message>
+    <message>
+        <source>What&apos;s New in Corvane…</source>
+        <translation>Neu in Corvane…</translation>
+    </message>
+    <message>
+        <source>Check for Updates…</source>
+        <translation>Nach Aktualisierungen suchen…</translation>
+    </message>
+    <message>
+        <source>Quit Corvane</source>
+        <translation>Corvane beenden</translation>
+    </message>
+    <message>
+        <source>Hold-to-peek is off</source>
+        <translation>Halten zum Einblenden ist aus</translation>
+    </message>
+    <message>
+        <source>Hold %1 to peek at any app&apos;s shortcuts</source>
+        <translation>Halten Sie %1, um die Tastenkürzel jeder Anwendung zu sehen</translation>
+    </message>
+</context>
+</TS>

@@ -1,0 +1,375 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="fr">
+<context>
+    <name>GeneralPane</name>
+    <message>
+        <source>Trigger</source>
+        <translation>Déclencheur</translation>
+    </message>
+    <message>
+        <source>Hold to peek:</source>
+        <translation>Maintenir pour afficher&#xa0;:</translation>
+    </message>
+    <message>
+        <source>Ctrl</source>
+        <translation>Ctrl</translation>
+    </message>
+    <message>
+        <source>Alt</source>
+        <translation>Alt</translation>
+    </message>
+    <message>
+        <source>Super</source>
+        <translation>Super</translation>
+    </message>
+    <message>
+        <source>Off</source>
+        <translation>Désactivé</translation>
+    </message>
+    <message>
+        <source>Hold delay:</source>
+        <translation>Délai de maintien&#xa0;:</translation>
+    </message>
+    <message>
+        <source>Commands</source>
+        <translation>Commandes</translation>
+    </message>
+    <message>
+        <source>Show disabled commands</source>
+        <translation>Afficher les commandes désactivées</translation>
+    </message>
+    <message>
+        <source>Show commands without shortcuts</source>
+        <translation>Afficher les commandes sans raccourci</translation>
+    </message>
+    <message>
+        <source>Appearance</source>
+        <translation>Apparence</translation>
+    </message>
+    <message>
+        <source>Glassy background</source>
+        <translation>Arrière-plan translucide</translation>
+    </message>
+    <message>
+        <source>Turn off for a solid, higher-contrast background.</source>
+        <translation>Désactivez-le pour un arrière-plan opaque et plus contrasté.</translation>
+    </message>
+    <message>
+        <source>System</source>
+        <translation>Système</translation>
+    </message>
+    <message>
+        <source>Launch Corvane at login</source>
+        <translation>Lancer Corvane à l’ouverture de session</translation>
+    </message>
+    <message>
+        <source>Accessibility:</source>
+        <translation>Accessibilité&#xa0;:</translation>
+    </message>
+    <message>
+        <source>Not granted</source>
+        <translation>Non accordée</translation>
+    </message>
+    <message>
+        <source>Open System Settings…</source>
+        <translation>Ouvrir les paramètres du système…</translation>
+    </message>
+    <message>
+        <source>Corvane reads menus on your Mac, locally. Nothing is stored or sent anywhere.</source>
+        <translation>Corvane lit les menus ici même, sur votre ordinateur. Rien n’est enregistré ni envoyé nulle part.</translation>
+    </message>
+</context>
+<context>
+    <name>OverlayRoot</name>
+    <message>
+        <source>%1 command</source>
+        <translation>%1 commande</translation>
+    </message>
+    <message>
+        <source>%1 commands</source>
+        <translation>%1 commandes</translation>
+    </message>
+    <message>
+        <source>Search commands</source>
+        <translation>Rechercher des commandes</translation>
+    </message>
+    <message>
+        <source>Pinned</source>
+        <translation>Épinglé</translation>
+    </message>
+    <message>
+        <source>Reading menus…</source>
+        <translation>Lecture des menus…</translation>
+    </message>
+    <message>
+        <source>Favorites</source>
+        <translation>Favoris</translation>
+    </message>
+    <message>
+        <source>Navigate</source>
+        <translation>Naviguer</translation>
+    </message>
+    <message>
+        <source>Run</source>
+        <translation>Exécuter</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>Fermer</translation>
+    </message>
+    <message>
+        <source>Click a command to run it</source>
+        <translation>Cliquez sur une commande pour l’exécuter</translation>
+    </message>
+    <message>
+        <source>Hover a command and click ★ to favorite it</source>
+        <translation>Survolez une commande et cliquez sur ★ pour l’ajouter aux favoris</translation>
+    </message>
+    <message>
+        <source>Release %1 over this panel to keep it open</source>
+        <translation>Relâchez %1 au-dessus de ce panneau pour le garder ouvert</translation>
+    </message>
+</context>
+<context>
+    <name>ReleaseNotes</name>
+    <message>
+        <source>Hold %1 and see everything</source>
+        <translation>Maintenez %1 et voyez tout</translation>
+    </message>
+    <message>
+        <source>Every menu command and shortcut of the app in front of you, grouped by menu.</source>
+        <translation>Chaque commande de menu et chaque raccourci de l’application au premier plan, groupés par menu.</translation>
+    </message>
+    <message>
+        <source>Pin it and search</source>
+        <translation>Épinglez et cherchez</translation>
+    </message>
+    <message>
+        <source>Release %1 over the panel to keep it open, then type. Return runs the command.</source>
+        <translation>Relâchez %1 au-dessus du panneau pour le garder ouvert, puis tapez. Entrée exécute la commande.</translation>
+    </message>
+    <message>
+        <source>Star your favorites</source>
+        <translation>Marquez vos favoris</translation>
+    </message>
+    <message>
+        <source>Star the commands you keep forgetting and they float to the top for that app.</source>
+        <translation>Ajoutez une étoile aux commandes que vous oubliez sans cesse et elles remontent en tête pour cette application.</translation>
+    </message>
+    <message>
+        <source>Glassy or solid</source>
+        <translation>Translucide ou opaque</translation>
+    </message>
+    <message>
+        <source>Prefer a solid panel? Switch the material in Settings.</source>
+        <translation>Vous préférez un panneau opaque&#xa0;? Changez de matière dans les réglages.</translation>
+    </message>
+    <message>
+        <source>Open Settings</source>
+        <translation>Ouvrir les réglages</translation>
+    </message>
+</context>
+<context>
+    <name>SettingsWindowPresenter</name>
+    <message>
+        <source>Corvane Settings</source>
+        <translation>Réglages de Corvane</translation>
+    </message>
+</context>
+<context>
+    <name>StarButton</name>
+    <message>
+        <source>Remove from favorites</source>
+        <translation>Retirer des favoris</translation>
+    </message>
+    <message>
+        <source>Add to favorites</source>
+        <translation>Ajouter aux favoris</translation>
+    </message>
+</context>
+<context>
+    <name>UpdateChecker</name>
+    <message>
+        <source>Couldn&apos;t check for updates.</source>
+        <translation>Impossible de rechercher les mises à jour.</translation>
+    </message>
+    <message>
+        <source>Try again in a minute, or grab the newest version at %1.</source>
+        <translation>Réessayez dans une minute, ou téléchargez la dernière version sur %1.</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>Version %1 is available.</source>
+        <translation>La version %1 est disponible.</translation>
+    </message>
+    <message>
+        <source>You have %1. The update is a quick download from %2.</source>
+        <translation>Vous avez la version %1. La mise à jour se télécharge rapidement depuis %2.</translation>
+    </message>
+    <message>
+        <source>Download</source>
+        <translation>Télécharger</translation>
+    </message>
+    <message>
+        <source>Later</source>
+        <translation>Plus tard</translation>
+    </message>
+    <message>
+        <source>You&apos;re up to date.</source>
+        <translation>Vous êtes à jour.</translation>
+    </message>
+    <message>
+        <source>Corvane %1 is the latest version.</source>
+        <translation>Corvane %1 est la dernière version.</translation>
+    </message>
+</context>
+<context>
+    <name>WelcomeView</name>
+    <message>
+        <source>Welcome to Corvane</source>
+        <translation>Bienvenue dans Corvane</translation>
+    </message>
+    <message>
+        <source>Every menu command and shortcut of the app you&apos;re using — one held key away.</source>
+        <translation>Chaque commande de menu et chaque raccourci de l’application que vous utilisez, à une touche maintenue près.</translation>
+    </message>
+    <message>
+        <source>Hold %1 for a moment — the overlay appears. Release — it&apos;s gone.</source>
+        <translation>Maintenez %1 un instant&#xa0;: la vue d’ensemble apparaît. Relâchez&#xa0;: elle disparaît.</translation>
+    </message>
+    <message>
+        <source>Release %1 over the panel to pin it: search, arrow around, hit ↩ to run any menu command.</source>
+        <translation>Relâchez %1 au-dessus du panneau pour l’épingler&#xa0;: cherchez, naviguez avec les flèches, appuyez sur ↩ pour exécuter n’importe quelle commande.</translation>
+    </message>
+    <message>
+        <source>Star the commands you keep forgetting — they float to the top for that app.</source>
+        <translation>Ajoutez une étoile aux commandes que vous oubliez sans cesse&#xa0;: elles remontent en tête pour cette application.</translation>
+    </message>
+    <message>
+        <source>This session does not let Corvane watch held keys, so holding %1 does nothing here; choose &quot;Peek Current App&quot; in Corvane&apos;s tray menu instead.</source>
+        <translation>Cette session ne permet pas à Corvane de surveiller les touches maintenues&#xa0;: maintenir %1 n’a donc aucun effet ici. Choisissez plutôt «&#xa0;Aperçu de l’application active&#xa0;» dans le menu de Corvane de la zone de notification.</translation>
+    </message>
+    <message>
+        <source>Accessibility access granted — you&apos;re all set.</source>
+        <translation>Accès à l’accessibilité accordé&#xa0;: tout est prêt.</translation>
+    </message>
+    <message>
+        <source>Corvane needs Accessibility access to read menus.</source>
+        <translation>Corvane a besoin de l’accès à l’accessibilité pour lire les menus.</translation>
+    </message>
+    <message>
+        <source>Grant Accessibility Access…</source>
+        <translation>Accorder l’accès à l’accessibilité…</translation>
+    </message>
+    <message>
+        <source>Corvane appears in the Accessibility list — switch it on. If it&apos;s missing, click + and add Corvane from Applications.</source>
+        <translation>Activez les technologies d’assistance dans les paramètres d’accessibilité&#xa0;: Corvane le remarque aussitôt.</translation>
+    </message>
+    <message>
+        <source>Open Accessibility Settings…</source>
+        <translation>Ouvrir les paramètres d’accessibilité…</translation>
+    </message>
+    <message>
+        <source>Reveal Corvane in Finder</source>
+        <translation>Afficher Corvane dans le gestionnaire de fichiers</translation>
+    </message>
+    <message>
+        <source>Corvane reads menus on your Mac, locally. Nothing is stored or sent anywhere.</source>
+        <translation>Corvane lit les menus ici même, sur votre ordinateur. Rien n’est enregistré ni envoyé nulle part.</translation>
+    </message>
+    <message>
+        <source>Start Peeking</source>
+        <translation>Commencer</translation>
+    </message>
+    <message>
+        <source>I&apos;ll grant it later</source>
+        <translation>Je l’accorderai plus tard</translation>
+    </message>
+</context>
+<context>
+    <name>WelcomeWindowController</name>
+    <message>
+        <source>Welcome to Corvane</source>
+        <translation>Bienvenue dans Corvane</translation>
+    </message>
+</context>
+<context>
+    <name>WhatsNewView</name>
+    <message>
+        <source>What&apos;s New in Corvane</source>
+        <translation>Nouveautés de Corvane</translation>
+    </message>
+    <message>
+        <source>Version %1</source>
+        <translation>Version %1</translation>
+    </message>
+    <message>
+        <source>Continue</source>
+        <translation>Continuer</translation>
+    </message>
+</context>
+<context>
+    <name>WhatsNewWindowController</name>
+    <message>
+        <source>What&apos;s New in Corvane</source>
+        <translation>Nouveautés de Corvane</translation>
+    </message>
+</context>
+<context>
+    <name>corvane::GeneralPaneModel</name>
+    <message>
+        <source>%.2f s</source>
+        <translation>%.2f&#xa0;s</translation>
+    </message>
+</context>
+<context>
+    <name>corvane::OverlayLists</name>
+    <message>
+        <source>Favorites</source>
+        <translation>Favoris</translation>
+    </message>
+</context>
+<context>
+    <name>corvane::StatusMenuController</name>
+    <message>
+        <source>Accessibility access needed — click to fix</source>
+        <translation>Accès à l’accessibilité requis&#xa0;: cliquez pour y remédier</translation>
+    </message>
+    <message>
+        <source>Peek Current App</source>
+        <translation>Aperçu de l’application active</translation>
+    </message>
+    <message>
+        <source>Settings…</source>
+        <translation>Réglages…</translation>
+    </message>
+    <message>
+        <source>Welcome to Corvane…</source>
+        <translation>Bienvenue dans Corvane…</translation>
+    </message>
+    <message>
+        <source>What&apos;s New in Corvane…</source>
+        <translation>Nouveautés de Corvane…</translation>
+    </message>
+    <message>
+        <source>Check for Updates…</source>
+        <translation>Rechercher des mises à jour…</translation>
+    </message>
+    <message>
+        <source>Quit Corvane</source>
+        <translation>Quitter Corvane</translation>
+    </message>
+    <message>
+        <source>Hold-to-peek is off</source>
+        <translation>Le maintien pour afficher est désactivé</translation>
+    </message>
+    <message>
+        <source>Hold %1 to peek at any app&apos;s shortcuts</source>
+        <translation>Maintenez %1 pour voir les raccourcis de n’importe quelle application</translation>
+    </message>
+</context>
+</TS>

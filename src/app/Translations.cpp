@@ -1,0 +1,55 @@
+#include "app/Translations.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QLibraryInfo>
+#include <QLoggingCategory>
+#include <QStandardPaths>
+#include <QTranslator>
+
+namespace corvane {
+
+Q_LOGGING_CATEGORY(lcTranslations, "com.vantorel.corvane.app")
+
+QStringList Translations::folders()
+{
+    QStringList candidates = QStandardPaths::locateAll(QStandardPaths::GenericDataLocation,
+                                                       QStringLiteral("corvane/translations"),
+                                                       QStandardPaths::LocateDirectory);
+    candidates << QDir::cleanPath(QCoreApplication::applicationDirPath() +
+                                  QStringLiteral("/../share/corvane/translations"));
+    QStringList found;
+    for (const QString& folder : std::as_const(candidates)) {
+        const QString canonical = QFileInfo(folder).canonicalFilePath();
+        if (!canonical.isEmpty() && !found.contains(canonical))
+            found << canonical;
+    }
+    return found;
+}
+
+QString Translations::install(const QLocale& locale)
+{
+    // Owned by the application: they stay installed until it ends.
+    auto* qt = new QTranslator(QCoreApplication::instance());
+    if (qt->load(locale, QStringLiteral("qtbase"), QStringLiteral("_"),
+                 QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(qt);
+    else
+        delete qt;
+
+    auto* own = new QTranslator(QCoreApplication::instance());
+    for (const QString& folder : folders()) {
+        if (own->load(locale, QStringLiteral("corvane"), QStringLiteral("_"), folder)) {
+            QCoreApplication::installTranslator(own);
+            return own->filePath();
+        }
+    }
+    delete own;
+    if (locale.language() != QLocale::English && locale.language() != QLocale::C)
+        qCInfo(lcTranslations, "no translation for %s; the texts stay English",
+               qPrintable(locale.name()));
+    return {};
+}
+
+} // namespace corvane
