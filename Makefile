@@ -6,7 +6,7 @@ BUILD_TYPE  ?= RelWithDebInfo
 CMAKE_FLAGS ?=
 JOBS        ?= $(shell nproc)
 
-.PHONY: all deps configure build run test test-core package bench screenshots translations format \
+.PHONY: all deps configure build run test test-core package demo bench screenshots translations format \
         format-check clean
 
 all: build
@@ -28,6 +28,10 @@ test: build
 
 test-core: build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS) -L core
+
+# The main job, on a machine without a desktop: screenshots, steps and log in demo-output/.
+demo: build
+	@bash tools/demo.sh $(BUILD_DIR) demo-output
 
 # The Debian package, in the build folder (corvane_VERSION_ARCH.deb).
 package: build

@@ -63,6 +63,8 @@ void OverlayPanelController::setTranslucent(bool translucent)
     m_translucent = translucent;
     if (m_root)
         m_root->setProperty("translucent", translucent);
+    if (m_panel)
+        m_panel->cutToCard(!translucent);
 }
 
 qint64 OverlayPanelController::nextGeneration()
@@ -119,6 +121,7 @@ void OverlayPanelController::place()
     if (!frame)
         return; // no screens: the panel keeps its frame
     m_panel->setGeometry(frame->toRect());
+    m_panel->cutToCard(!m_translucent);
 }
 
 void OverlayPanelController::fade(qreal to, int milliseconds, std::function<void()> completion)

@@ -1,5 +1,8 @@
 #include "PeekPanel.h"
 
+#include <QPainterPath>
+#include <QRegion>
+
 namespace corvane {
 
 PeekPanel::PeekPanel()
@@ -11,6 +14,17 @@ PeekPanel::PeekPanel()
     setColor(Qt::transparent);   // the rounded card drawn by the root view is the only shape
     setGeometry(0, 0, 900, 600); // replaced by placement before the first display
     setTitle(QStringLiteral("Corvane"));
+}
+
+void PeekPanel::cutToCard(bool cut)
+{
+    if (!cut) {
+        setMask(QRegion());
+        return;
+    }
+    QPainterPath card;
+    card.addRoundedRect(QRectF(QPointF(0, 0), size()), cornerRadius, cornerRadius);
+    setMask(QRegion(card.toFillPolygon().toPolygon()));
 }
 
 bool PeekPanel::takeKeyboard(bool take)

@@ -19,6 +19,13 @@ public:
     bool takeKeyboard(bool take);
     bool hasKeyboard() const { return m_hasKeyboard; }
 
+    // The card's corner radius (OverlayRoot.qml).
+    static constexpr int cornerRadius = 22;
+
+    // Cuts the window to the card's rounded shape (an X shape) when nothing composites its
+    // transparent corners, which would otherwise show black; `false` removes the cut.
+    void cutToCard(bool cut);
+
 private:
     bool m_hasKeyboard = false;
 };

@@ -6,7 +6,10 @@
 #include "SessionTools.h"
 #include "overlay/OverlayPanelController.h"
 
+#include <QColor>
 #include <QGuiApplication>
+#include <QImage>
+#include <QProcess>
 #include <QQuickItem>
 #include <QScreen>
 #include <QTest>
@@ -64,6 +67,7 @@ private Q_SLOTS:
 
     void placedByTheSizeRule();
     void panelIsAToolWindowAboveOthers();
+    void cornersShowTheWindowBehindWithoutACompositor();
     void createdOnceAndReused();
     void fadesInAndOut();
     void dismissThenPresentWithinTheFadeStaysVisible();
@@ -183,6 +187,34 @@ void TestOverlayPanel::panelIsAToolWindowAboveOthers()
     // Shown without taking activation.
     QTest::qWait(200);
     QCOMPARE(activeWindowPid(), m_mousepad);
+}
+
+void TestOverlayPanel::cornersShowTheWindowBehindWithoutACompositor()
+{
+    // Xvfb has no compositor, so the panel is not translucent: the window behind (mousepad,
+    // filling the screen) shows through the card's rounded corners, not black.
+    QCOMPARE(
+        QProcess::execute(QStringLiteral("xdotool"),
+                          {"search", "--onlyvisible", "--pid", QString::number(m_mousepad), ".",
+                           "windowmove", "%@", "0", "0", "windowsize", "%@", "100%", "100%"}),
+        0);
+    QTest::qWait(300);
+    const QImage behind = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
+    present();
+    QTest::qWait(300); // the fade-in
+    const QImage shown = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
+    const QRect frame = m_controller->panel()->geometry();
+    const QList<QPoint> corners{frame.topLeft() + QPoint(1, 1), frame.topRight() + QPoint(-1, 1),
+                                frame.bottomLeft() + QPoint(1, -1),
+                                frame.bottomRight() + QPoint(-1, -1)};
+    for (const QPoint& corner : corners) {
+        QVERIFY2(behind.pixelColor(corner) != QColor(Qt::black), "mousepad does not cover it");
+        QCOMPARE(shown.pixelColor(corner), behind.pixelColor(corner));
+    }
+    // The card itself is drawn: its middle is not what was behind.
+    QVERIFY(shown.pixelColor(frame.center()) != behind.pixelColor(frame.center()) ||
+            shown.pixelColor(frame.center() + QPoint(0, 40)) !=
+                behind.pixelColor(frame.center() + QPoint(0, 40)));
 }
 
 void TestOverlayPanel::createdOnceAndReused()
