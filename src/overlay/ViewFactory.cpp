@@ -35,4 +35,23 @@ QQuickItem* createViewIn(QQmlComponent& component, QQuickWindow& window,
     return item;
 }
 
+QStringList shownTexts(const QQuickItem* item)
+{
+    if (!item->isVisible())
+        return {};
+    QStringList texts;
+    const QMetaObject* meta = item->metaObject();
+    for (const char* property : {"text", "displayText"}) {
+        if (meta->indexOfProperty(property) < 0)
+            continue;
+        const QString text = item->property(property).toString();
+        if (!text.isEmpty())
+            texts << text;
+        break;
+    }
+    for (const QQuickItem* child : item->childItems())
+        texts << shownTexts(child);
+    return texts;
+}
+
 } // namespace corvane

@@ -4,6 +4,7 @@
 // that finds the modules compiled into the program and the project's symbols, and a view's root
 // item made inside its window.
 
+#include <QStringList>
 #include <QVariantMap>
 #include <memory>
 
@@ -22,5 +23,9 @@ std::unique_ptr<QQmlEngine> makeViewEngine();
 // the build and stops the program.
 QQuickItem* createViewIn(QQmlComponent& component, QQuickWindow& window,
                          const QVariantMap& properties);
+
+// Every text shown under `item`, in item order: text items, labels, buttons, a picker's current
+// choice. For the preview tools' --texts (the translation checks read it).
+QStringList shownTexts(const QQuickItem* item);
 
 } // namespace corvane

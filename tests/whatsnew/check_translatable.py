@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Every text of the secondary windows goes through tr() (qsTr in QML): a pseudo-translation of
+"""Every text of the secondary windows and the overlay goes through tr() (qsTr in QML): a pseudo-translation of
 every source text lupdate finds is compiled, each window is opened with it in every state, and
 every text it shows must come out translated (wrapped in ⟦ ⟧). A text that is not looked up
 shows untranslated and fails the check.
@@ -15,9 +15,13 @@ from pathlib import Path
 root, build = Path(sys.argv[1]), Path(sys.argv[2])
 qt_bin = Path("/usr/lib/qt6/bin")
 preview = build / "bin/corvane-window-preview"
+overlay = build / "bin/corvane-overlay-preview"
+catalog = root / "tests/support/data/tiny-catalog.json"
 
 # The key cap shows the trigger key's own name, as the keyboard says it.
 not_text = {"Ctrl"}
+# The overlay's tiny catalog: the application's titles and its key caps, and the key glyphs.
+not_text |= {"Fixture", "Alpha", "ALPHA", "Beta", "Gamma", "B", "be", "↑↓", "↩", "⎋"}
 
 with tempfile.TemporaryDirectory() as tmp:
     ts, qm = Path(tmp) / "pseudo.ts", Path(tmp) / "pseudo.qm"
@@ -44,8 +48,13 @@ with tempfile.TemporaryDirectory() as tmp:
     failures = []
     for window, options in [("settings", []), ("settings", ["--trusted"]),
                             ("welcome", []), ("welcome", ["--trusted"]),
-                            ("welcome", ["--no-global-input"]), ("whatsnew", [])]:
-        result = subprocess.run([preview, window, *options, "--translation", qm, "--texts"],
+                            ("welcome", ["--no-global-input"]), ("whatsnew", []),
+                            ("overlay", [str(catalog)]), ("overlay", [str(catalog), "--pinned"]),
+                            ("overlay", [str(catalog), "--query", "be"]),
+                            ("overlay", [str(catalog), "--favorite", "Alpha>Beta"]),
+                            ("overlay", ["--app-name", "Fixture"])]:
+        command = [overlay, *options] if window == "overlay" else [preview, window, *options]
+        result = subprocess.run([*command, "--translation", qm, "--texts"],
                                 capture_output=True, text=True, timeout=60)
         assert result.returncode == 0, f"{window}: preview failed: {result.stderr}"
         shown = [line for line in result.stdout.splitlines() if line.strip()]

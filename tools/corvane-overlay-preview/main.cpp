@@ -6,9 +6,11 @@
 // It shows the panel as Corvane would and quits when the panel closes (Escape when pinned, or
 // closing the window), or saves a PNG of the panel with --png and quits.
 
+#include "app/Translations.h"
 #include "menus/MenuCatalogJson.h"
 #include "overlay/OverlayPanelController.h"
 #include "overlay/Palettes.h"
+#include "overlay/ViewFactory.h"
 
 #include <QCommandLineParser>
 #include <QFile>
@@ -17,6 +19,7 @@
 #include <QQuickItem>
 #include <QTextStream>
 #include <QTimer>
+#include <QTranslator>
 
 using namespace corvane;
 
@@ -84,9 +87,26 @@ int main(int argc, char** argv)
     const QCommandLineOption png(QStringLiteral("png"),
                                  QStringLiteral("Save a PNG of the panel to FILE and quit."),
                                  QStringLiteral("FILE"));
+    const QCommandLineOption texts(QStringLiteral("texts"),
+                                   QStringLiteral("Print every text the panel shows, one per line, "
+                                                  "and quit."));
+    const QCommandLineOption translation(QStringLiteral("translation"),
+                                         QStringLiteral("Load this compiled translation (.qm) "
+                                                        "instead of the system locale's."),
+                                         QStringLiteral("FILE"));
     parser.addOptions({pinned, query, selection, favorite, hideDisabled, hideNoShortcut, solid,
-                       theme, size, trigger, icon, appName, png});
+                       theme, size, trigger, icon, appName, png, texts, translation});
     parser.process(app);
+
+    QTranslator translator;
+    if (parser.isSet(translation)) {
+        if (!translator.load(parser.value(translation)))
+            return fail(
+                QStringLiteral("cannot load the translation %1").arg(parser.value(translation)));
+        QCoreApplication::installTranslator(&translator);
+    } else {
+        Translations::install(); // the system locale's, as Corvane does
+    }
 
     std::optional<MenuCatalog> catalog;
     if (!parser.positionalArguments().isEmpty()) {
@@ -164,7 +184,14 @@ int main(int argc, char** argv)
         model.setQuery(parser.value(query));
     model.setSelection(selected);
 
-    if (parser.isSet(png)) {
+    if (parser.isSet(texts)) {
+        QTimer::singleShot(400, &app, [&] {
+            QTextStream out(stdout);
+            for (const QString& text : shownTexts(controller.rootView()))
+                out << text << "\n";
+            app.quit();
+        });
+    } else if (parser.isSet(png)) {
         const QString file = parser.value(png);
         // After the fade-in has ended and the panel has drawn itself.
         QTimer::singleShot(400, &app, [&] {

@@ -8,6 +8,7 @@
 #include "app/SettingsWindow.h"
 #include "app/Translations.h"
 #include "overlay/Palettes.h"
+#include "overlay/ViewFactory.h"
 #include "platform/AccessibilityTrust.h"
 #include "platform/DesktopIntegration.h"
 #include "platform/UserDefaults.h"
@@ -64,24 +65,6 @@ public:
         QTextStream(stdout) << "preview: the file manager would show Corvane\n";
     }
 };
-
-// Every text shown under `item`: text items, labels, buttons, the picker's current choice.
-void printTexts(QQuickItem* item, QTextStream& out)
-{
-    if (!item->isVisible())
-        return;
-    const QMetaObject* meta = item->metaObject();
-    for (const char* property : {"text", "displayText"}) {
-        if (meta->indexOfProperty(property) < 0)
-            continue;
-        const QString text = item->property(property).toString();
-        if (!text.isEmpty())
-            out << text << "\n";
-        break;
-    }
-    for (QQuickItem* child : item->childItems())
-        printTexts(child, out);
-}
 
 int fail(const QString& message, int status = 1)
 {
@@ -182,7 +165,8 @@ int main(int argc, char** argv)
         QTimer::singleShot(300, &app, [&app, window] {
             QTextStream out(stdout);
             out << window->title() << "\n";
-            printTexts(window->contentItem(), out);
+            for (const QString& text : shownTexts(window->contentItem()))
+                out << text << "\n";
             app.quit();
         });
     } else if (parser.isSet(png)) {
