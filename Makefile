@@ -5,8 +5,10 @@ BUILD_DIR   ?= build
 BUILD_TYPE  ?= RelWithDebInfo
 CMAKE_FLAGS ?=
 JOBS        ?= $(shell nproc)
+FUZZ_DIR    ?= build-fuzz
+FUZZ_SECONDS ?= 300
 
-.PHONY: all deps configure build run test test-core package demo bench screenshots translations format \
+.PHONY: all deps configure build run test test-core fuzz fuzz-build package demo bench screenshots translations format \
         format-check clean
 
 all: build
@@ -23,8 +25,19 @@ build: configure
 run: build
 	$(BUILD_DIR)/bin/corvane
 
-test: build
+test: build fuzz-build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS)
+	ctest --test-dir $(FUZZ_DIR) --output-on-failure -j $(JOBS) -L fuzz
+
+# The libFuzzer targets (tests/fuzz), built with clang and both sanitizers in a folder of their
+# own. `make test` runs each for 20 seconds on its corpus; `make fuzz` for FUZZ_SECONDS each.
+fuzz-build: deps
+	@cmake -S . -B $(FUZZ_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCORVANE_FUZZ=ON \
+	    -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ > /dev/null
+	@cmake --build $(FUZZ_DIR) --target corvane_fuzzers -j $(JOBS)
+
+fuzz: fuzz-build
+	CORVANE_FUZZ_SECONDS=$(FUZZ_SECONDS) ctest --test-dir $(FUZZ_DIR) --output-on-failure -j $(JOBS) -L fuzz
 
 test-core: build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS) -L core
@@ -56,4 +69,4 @@ format-check:
 	@git ls-files --cached --others --exclude-standard '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
 
 clean:
-	rm -rf $(BUILD_DIR)
+	rm -rf $(BUILD_DIR) $(FUZZ_DIR)

@@ -1,13 +1,17 @@
 #include "UserDefaults.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QLoggingCategory>
 #include <QStandardPaths>
 #include <cmath>
 
 namespace corvane {
+
+Q_LOGGING_CATEGORY(lcSettings, "com.vantorel.corvane.app")
 
 namespace DefaultsText {
 
@@ -113,7 +117,40 @@ std::optional<QString> fromVariant(const QVariant& value)
 
 UserDefaults::UserDefaults(const QString& filePath)
     : m_settings(std::make_unique<QSettings>(filePath, QSettings::IniFormat))
-{}
+{
+    // QSettings reads the file on first use; its status tells only after that.
+    (void)m_settings->allKeys();
+    if (m_settings->status() == QSettings::FormatError)
+        setAsideUnreadableFile();
+}
+
+void UserDefaults::setAsideUnreadableFile()
+{
+    const QString path = m_settings->fileName();
+    QVariantMap readable;
+    for (const QString& key : m_settings->allKeys())
+        readable.insert(key, m_settings->value(key));
+    m_settings.reset();
+
+    QString kept = path + QStringLiteral(".corrupt");
+    for (int n = 1; QFileInfo::exists(kept); ++n)
+        kept = path + QStringLiteral(".corrupt.%1").arg(n);
+    if (!QFile::rename(path, kept)) {
+        qCCritical(lcSettings,
+                   "settings: %s has a format error and cannot be set aside; changes will not "
+                   "be saved",
+                   qUtf8Printable(path));
+        m_settings = std::make_unique<QSettings>(path, QSettings::IniFormat);
+        return;
+    }
+    m_settings = std::make_unique<QSettings>(path, QSettings::IniFormat);
+    for (auto it = readable.cbegin(); it != readable.cend(); ++it)
+        m_settings->setValue(it.key(), it.value());
+    m_settings->sync();
+    qCCritical(lcSettings,
+               "settings: %s has a format error; kept as %s, %lld readable values carried over",
+               qUtf8Printable(path), qUtf8Printable(kept), qint64(readable.size()));
+}
 
 UserDefaults::~UserDefaults() = default;
 

@@ -54,6 +54,10 @@ public:
     bool contains(const QString& key) const;
 
 private:
+    // A file QSettings cannot parse would never be written again, so every change would fail:
+    // it is kept beside as "NAME.corrupt" (nothing is lost) and a new file starts from the values
+    // that could be read, with an error in the log.
+    void setAsideUnreadableFile();
     std::optional<QString> storedText(const QString& key) const;
     std::optional<QString> registeredText(const QString& key) const;
     template <typename T, typename Parse>

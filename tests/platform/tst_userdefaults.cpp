@@ -5,7 +5,9 @@
 #include "platform/UserDefaults.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimeZone>
@@ -25,6 +27,7 @@ private Q_SLOTS:
     void wronglyTypedValuesReadAsAbsent();
     void missingFolderIsCreatedOnWrite();
     void unwritableFileLosesNothing();
+    void fileWithAFormatErrorIsSetAsideAndWritesWork();
     void arbitraryBytesNeverCrash();
 
 private:
@@ -192,6 +195,37 @@ void TestUserDefaults::unwritableFileLosesNothing()
     QVERIFY(!d.boolValue("glassyBackground").has_value());
     QVERIFY(original.open(QIODevice::ReadOnly));
     QCOMPARE(original.readAll(), before);
+}
+
+void TestUserDefaults::fileWithAFormatErrorIsSetAsideAndWritesWork()
+{
+    // Found by fuzz_settings: a line without "=" is a format error, and QSettings then refuses
+    // to write the file again, so every settings change and favourite failed.
+    const QString file = path("broken.conf");
+    const QByteArray bytes("[General]\ntriggerKey=option\nlaunchedBefore!true\nholdDelay=1.25\n");
+    writeFile(file, bytes);
+    QTest::ignoreMessage(QtCriticalMsg,
+                         QRegularExpression("settings: .*broken.conf has a format error; kept as "
+                                            ".*broken.conf.corrupt, \\d+ readable values"));
+    {
+        UserDefaults d(file);
+        QCOMPARE(d.string("triggerKey"), QStringLiteral("option"));
+        QVERIFY(d.setBool("glassyBackground", false));
+        QCOMPARE(d.boolValue("glassyBackground"), false);
+    }
+    // The user's file is kept byte for byte; the new one holds what was readable and the write.
+    QFile kept(file + ".corrupt");
+    QVERIFY(kept.open(QIODevice::ReadOnly));
+    QCOMPARE(kept.readAll(), bytes);
+    UserDefaults reopened(file);
+    QCOMPARE(reopened.string("triggerKey"), QStringLiteral("option"));
+    QCOMPARE(reopened.boolValue("glassyBackground"), false);
+
+    // A second broken file does not replace the first one kept.
+    writeFile(file, bytes);
+    QTest::ignoreMessage(QtCriticalMsg, QRegularExpression("kept as .*broken.conf.corrupt.1,"));
+    UserDefaults again(file);
+    QVERIFY(QFileInfo::exists(file + ".corrupt.1"));
 }
 
 void TestUserDefaults::arbitraryBytesNeverCrash()
