@@ -52,4 +52,19 @@ QString Translations::install(const QLocale& locale)
     return {};
 }
 
+bool Translations::installFileOrLocale(const QString& qmFile)
+{
+    if (qmFile.isEmpty()) {
+        install();
+        return true;
+    }
+    auto* translator = new QTranslator(QCoreApplication::instance());
+    if (!translator->load(qmFile)) {
+        delete translator;
+        return false;
+    }
+    QCoreApplication::installTranslator(translator);
+    return true;
+}
+
 } // namespace corvane

@@ -20,6 +20,10 @@ public:
     // Corvane's catalog it loaded, or "" when the locale's language has none (English, the
     // source language, needs none).
     static QString install(const QLocale& locale = QLocale());
+
+    // The preview tools' --translation: installs this compiled catalog (.qm) instead of the
+    // locale's; "" installs the locale's. False when the file cannot be loaded.
+    static bool installFileOrLocale(const QString& qmFile);
 };
 
 } // namespace corvane

@@ -19,7 +19,6 @@
 #include <QQuickItem>
 #include <QTextStream>
 #include <QTimer>
-#include <QTranslator>
 
 using namespace corvane;
 
@@ -98,15 +97,10 @@ int main(int argc, char** argv)
                        theme, size, trigger, icon, appName, png, texts, translation});
     parser.process(app);
 
-    QTranslator translator;
-    if (parser.isSet(translation)) {
-        if (!translator.load(parser.value(translation)))
-            return fail(
-                QStringLiteral("cannot load the translation %1").arg(parser.value(translation)));
-        QCoreApplication::installTranslator(&translator);
-    } else {
-        Translations::install(); // the system locale's, as Corvane does
-    }
+    // The given catalog, or the system locale's as Corvane loads it.
+    if (!Translations::installFileOrLocale(parser.value(translation)))
+        return fail(
+            QStringLiteral("cannot load the translation %1").arg(parser.value(translation)));
 
     std::optional<MenuCatalog> catalog;
     if (!parser.positionalArguments().isEmpty()) {

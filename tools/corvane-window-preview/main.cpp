@@ -22,7 +22,6 @@
 #include <QTemporaryDir>
 #include <QTextStream>
 #include <QTimer>
-#include <QTranslator>
 
 using namespace corvane;
 
@@ -124,15 +123,10 @@ int main(int argc, char** argv)
         QApplication::setPalette(previewPalette(name == QStringLiteral("dark")));
     }
 
-    QTranslator translator;
-    if (parser.isSet(translation)) {
-        if (!translator.load(parser.value(translation)))
-            return fail(
-                QStringLiteral("cannot load the translation %1").arg(parser.value(translation)));
-        QApplication::installTranslator(&translator);
-    } else {
-        Translations::install(); // the system locale's, as Corvane does
-    }
+    // The given catalog, or the system locale's as Corvane loads it.
+    if (!Translations::installFileOrLocale(parser.value(translation)))
+        return fail(
+            QStringLiteral("cannot load the translation %1").arg(parser.value(translation)));
 
     QTemporaryDir scratch;
     UserDefaults defaults(scratch.filePath(QStringLiteral("corvane.conf")));
