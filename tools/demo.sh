@@ -9,6 +9,7 @@
 set -euo pipefail
 [ $# -eq 2 ] || { echo "usage: $0 BUILD_DIR OUTPUT_DIR" >&2; exit 2; }
 here=$(cd "$(dirname "$0")" && pwd)
+source "$here/shell-helpers.sh" # wait_for
 if [ -z "${CORVANE_SESSION:-}" ]; then
     exec "$here/test-session.sh" "$0" "$@"
 fi
@@ -36,13 +37,6 @@ shot() { # shot NAME CAPTION
     "$grab" "$out/$1.png"
     say "  → $1.png: $2"
 }
-wait_until() { # wait_until SECONDS COMMAND...
-    local deadline=$((SECONDS + $1)); shift
-    until "$@" > /dev/null 2>&1; do
-        ((SECONDS < deadline)) || return 1
-        sleep 0.1
-    done
-}
 panel_shown() { xdotool search --onlyvisible --name '^Corvane$'; }
 logged() { grep -q -- "$1" "$out/corvane.log"; }
 
@@ -50,12 +44,12 @@ say "1. geany, a real GTK 3 editor, in front"
 geany --new-instance --no-session > /dev/null 2>&1 &
 geany_pid=$!
 pids+=("$geany_pid")
-wait_until 20 xdotool search --onlyvisible --pid "$geany_pid" || fail "geany's window did not appear"
+wait_for 20 xdotool search --onlyvisible --pid "$geany_pid" || fail "geany's window did not appear"
 geany_window=$(xdotool search --onlyvisible --pid "$geany_pid" | head -n1)
 xdotool windowactivate --sync "$geany_window"
 # Filling the screen, as an editor usually does.
 xdotool windowmove --sync "$geany_window" 0 0 windowsize --sync "$geany_window" 100% 100%
-wait_until 20 sh -c "'$build/bin/corvane-menus' list | grep -q '^$geany_pid .*yes'" ||
+wait_for 20 sh -c "'$build/bin/corvane-menus' list | grep -q '^$geany_pid .*yes'" ||
     fail "geany's menu bar did not appear on the accessibility bus"
 
 say "2. Corvane starts (its log: corvane.log)"
@@ -65,7 +59,7 @@ printf '[General]\nlaunchedBefore=true\nwhatsNew.lastSeenVersion=%s\n' "$version
     > "$XDG_CONFIG_HOME/corvane/corvane.conf"
 QT_LOGGING_RULES="com.vantorel.corvane.*=true" "$corvane" > "$out/corvane.log" 2>&1 &
 pids+=($!)
-wait_until 20 logged "Corvane .* started" || fail "Corvane did not start"
+wait_for 20 logged "Corvane .* started" || fail "Corvane did not start"
 xdotool windowactivate --sync "$geany_window"
 sleep 0.5
 shot 01-geany "geany in front; Corvane waits in the background"
@@ -73,7 +67,7 @@ shot 01-geany "geany in front; Corvane waits in the background"
 say "3. Hold Ctrl alone for a moment: the overlay shows geany's menus"
 xdotool mousemove 720 450
 xdotool keydown ctrl
-wait_until 5 panel_shown || { xdotool keyup ctrl; fail "the overlay did not appear"; }
+wait_for 5 panel_shown || { xdotool keyup ctrl; fail "the overlay did not appear"; }
 sleep 0.4 # the fade-in
 shot 02-peek "peeking: every menu command of geany with its shortcut"
 logged "crawl: geany" || { xdotool keyup ctrl; fail "geany's menus were not read"; }
@@ -91,8 +85,8 @@ shot 04-search "the results for \"prefer\", the first one selected"
 
 say "6. Return: Corvane presses Edit ▸ Preferences in geany through the accessibility bus"
 xdotool key Return
-wait_until 5 sh -c '! xdotool search --onlyvisible --name "^Corvane$"' || fail "the overlay stayed open"
-wait_until 10 xdotool search --onlyvisible --pid "$geany_pid" --name "Preferences" ||
+wait_for 5 sh -c '! xdotool search --onlyvisible --name "^Corvane$"' || fail "the overlay stayed open"
+wait_for 10 xdotool search --onlyvisible --pid "$geany_pid" --name "Preferences" ||
     fail "geany's Preferences dialog did not open"
 sleep 0.5
 shot 05-ran "the overlay is gone and geany shows its Preferences dialog"

@@ -29,13 +29,7 @@ trap cleanup EXIT
 trap 'exit 130' INT TERM
 
 fail() { echo "test-session: $*" >&2; exit 1; }
-wait_for() { # wait_for SECONDS COMMAND...: poll until the command succeeds
-    local deadline=$((SECONDS + $1)); shift
-    until "$@" >/dev/null 2>&1; do
-        ((SECONDS < deadline)) || return 1
-        sleep 0.05
-    done
-}
+source "$(dirname "$0")/shell-helpers.sh" # wait_for
 
 # Private folders, so that nothing touches the user's own settings.
 export HOME="$workdir/home" XDG_CONFIG_HOME="$workdir/config" XDG_DATA_HOME="$workdir/data"

@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 
+#include "AppLog.h"
 #include "SettingsWindow.h"
 #include "StatusMenuController.h"
 #include "TriggerSettings.h"
@@ -13,10 +14,6 @@
 #include "whatsnew/WelcomeWindowController.h"
 #include "whatsnew/WhatsNewPolicy.h"
 #include "whatsnew/WhatsNewWindowController.h"
-
-#include <QLoggingCategory>
-
-Q_LOGGING_CATEGORY(lcApp, "com.vantorel.corvane.app")
 
 namespace corvane {
 

@@ -1,6 +1,7 @@
 #include "StatusMenuController.h"
 
 #include "AppDelegate.h"
+#include "AppLog.h"
 #include "SettingsWindow.h"
 #include "overlay/SymbolImageProvider.h"
 #include "update/UpdateChecker.h"
@@ -10,11 +11,8 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QLoggingCategory>
 #include <QMenu>
 #include <QSystemTrayIcon>
-
-Q_DECLARE_LOGGING_CATEGORY(lcApp)
 
 namespace corvane {
 

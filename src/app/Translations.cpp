@@ -1,16 +1,15 @@
 #include "app/Translations.h"
 
+#include "app/AppLog.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QLibraryInfo>
-#include <QLoggingCategory>
 #include <QStandardPaths>
 #include <QTranslator>
 
 namespace corvane {
-
-Q_LOGGING_CATEGORY(lcTranslations, "com.vantorel.corvane.app")
 
 QStringList Translations::folders()
 {
@@ -47,8 +46,7 @@ QString Translations::install(const QLocale& locale)
     }
     delete own;
     if (locale.language() != QLocale::English && locale.language() != QLocale::C)
-        qCInfo(lcTranslations, "no translation for %s; the texts stay English",
-               qPrintable(locale.name()));
+        qCInfo(lcApp, "no translation for %s; the texts stay English", qPrintable(locale.name()));
     return {};
 }
 

@@ -8,14 +8,10 @@ set -euo pipefail
 source=$1 build=$2
 out=$build/demo-output
 env -u CORVANE_SESSION bash "$source/tools/demo.sh" "$build" "$out"
-size() { # the PNG header's width x height
-    local h; h=$(od -An -tu1 -j16 -N8 "$1" | tr -s ' ')
-    read -r w0 w1 w2 w3 h0 h1 h2 h3 <<< "$h"
-    echo "$(( (w0 << 24) | (w1 << 16) | (w2 << 8) | w3 ))x$(( (h0 << 24) | (h1 << 16) | (h2 << 8) | h3 ))"
-}
+source "$source/tools/shell-helpers.sh" # png_size
 for shot in 01-geany 02-peek 03-pinned 04-search 05-ran; do
     [ -s "$out/$shot.png" ] || { echo "check_demo: no $shot.png" >&2; exit 1; }
-    [ "$(size "$out/$shot.png")" = 1440x900 ] || { echo "check_demo: $shot.png is $(size "$out/$shot.png")" >&2; exit 1; }
+    [ "$(png_size "$out/$shot.png")" = 1440x900 ] || { echo "check_demo: $shot.png is $(png_size "$out/$shot.png")" >&2; exit 1; }
 done
 ! cmp -s "$out/01-geany.png" "$out/02-peek.png" || { echo "check_demo: the peek shows nothing new" >&2; exit 1; }
 ! cmp -s "$out/03-pinned.png" "$out/04-search.png" || { echo "check_demo: the search changed nothing" >&2; exit 1; }

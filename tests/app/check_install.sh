@@ -5,6 +5,7 @@
 #   check_install.sh BUILD_DIR
 set -euo pipefail
 build=$1
+source "$(dirname "$0")/../../tools/shell-helpers.sh" # png_size
 root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
 cmake --install "$build" --prefix "$root/usr" > /dev/null
@@ -31,11 +32,7 @@ desktop-file-validate share/applications/com.vantorel.Corvane.desktop
 appstreamcli validate --no-net share/metainfo/com.vantorel.Corvane.metainfo.xml
 # Each PNG is the size its folder says (the PNG header's width and height).
 for size in 16 22 24 32 48 64 128 256; do
-    header=$(od -An -tu1 -j16 -N8 "share/icons/hicolor/${size}x${size}/apps/com.vantorel.Corvane.png" | tr -s ' ')
-    read -r w0 w1 w2 w3 h0 h1 h2 h3 <<< "$header"
-    width=$(( (w0 << 24) | (w1 << 16) | (w2 << 8) | w3 ))
-    height=$(( (h0 << 24) | (h1 << 16) | (h2 << 8) | h3 ))
-    [ "$width" = "$size" ] && [ "$height" = "$size" ] || {
-        echo "${size}x${size} icon is ${width}x${height}" >&2; exit 1; }
+    shown=$(png_size "share/icons/hicolor/${size}x${size}/apps/com.vantorel.Corvane.png")
+    [ "$shown" = "${size}x${size}" ] || { echo "${size}x${size} icon is $shown" >&2; exit 1; }
 done
 echo "installed: ${#expected[@]} files, desktop entry and metainfo valid"

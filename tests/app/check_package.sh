@@ -9,6 +9,7 @@
 # once per machine (debootstrap --variant=minbase) and kept as a tarball in the cache folder, with
 # the downloaded packages; every run unpacks a fresh copy.
 set -euo pipefail
+source "$(dirname "$0")/../../tools/shell-helpers.sh" # wait_for
 
 if [ "${1:-}" = "--inside-session" ]; then
     # Under tools/test-session.sh, with the session's /tmp (X socket, buses, XDG folders) bound
@@ -18,23 +19,16 @@ if [ "${1:-}" = "--inside-session" ]; then
     geany_pid=$!
     corvane_pid=
     trap 'kill $geany_pid $corvane_pid 2>/dev/null || true' EXIT
-    listed=
-    for _ in $(seq 100); do
-        listed=$(chroot "$root" corvane-menus list 2>&1) || true
-        grep -qi "^ *$geany_pid .*geany.*yes" <<< "$listed" && break
-        sleep 0.2
-    done
-    echo "$listed"
-    grep -qi "^ *$geany_pid .*geany.*yes" <<< "$listed" ||
+    listed_geany() { chroot "$root" corvane-menus list 2>&1 | grep -qi "^ *$geany_pid .*geany.*yes"; }
+    wait_for 20 listed_geany || true
+    chroot "$root" corvane-menus list 2>&1 || true
+    listed_geany ||
         { echo "check_package: the installed corvane-menus did not list geany ($geany_pid) with its menu bar" >&2; exit 1; }
     log=$(mktemp)
     chroot "$root" corvane > "$log" 2>&1 &
     corvane_pid=$!
-    for _ in $(seq 100); do
-        grep -q "Corvane .* started" "$log" && break
-        kill -0 $corvane_pid 2>/dev/null || break
-        sleep 0.1
-    done
+    started_or_ended() { grep -q "Corvane .* started" "$log" || ! kill -0 $corvane_pid; }
+    wait_for 10 started_or_ended || true
     cat "$log"
     grep -q "Corvane .* started" "$log" ||
         { echo "check_package: the installed corvane did not start" >&2; exit 1; }

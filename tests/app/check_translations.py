@@ -14,20 +14,15 @@
 import os
 import re
 import shutil
-import subprocess
 import sys
 import tempfile
 import xml.etree.ElementTree as ET
 from pathlib import Path
 
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
+import previews  # noqa: E402
+
 root, build = Path(sys.argv[1]), Path(sys.argv[2])
-lupdate = Path("/usr/lib/qt6/bin/lupdate")
-preview = build / "bin/corvane-window-preview"
-overlay = build / "bin/corvane-overlay-preview"
-# The overlay shows a tiny catalog: its titles, key caps and key glyphs are the application's or
-# the keyboard's, not Corvane's texts.
-catalog = root / "tests/support/data/tiny-catalog.json"
-not_text = {"Fixture", "Alpha", "ALPHA", "Beta", "Gamma", "Ctrl", "B", "be", "↑↓", "↩", "⎋"}
 languages = {"de": "de_DE.UTF-8", "fr": "fr_FR.UTF-8"}
 placeholder = re.compile(r"%(?:\d|\.2f)")
 failures = []
@@ -37,9 +32,7 @@ with tempfile.TemporaryDirectory() as tmp:
     for language in languages:
         ts = Path(tmp) / f"corvane_{language}.ts"
         shutil.copy(root / f"data/translations/corvane_{language}.ts", ts)
-        report = subprocess.run([lupdate, "-locations", "none", "-extensions", "cpp,h,qml",
-                                 root / "src", "-ts", ts], capture_output=True, text=True,
-                                check=True).stdout
+        report = previews.lupdate(root, ts, "-locations", "none")
         found = re.search(r"Found (\d+) source text\(s\) \((\d+) new and (\d+) already", report)
         assert found, f"lupdate said: {report}"
         total, new = int(found[1]), int(found[2])
@@ -70,11 +63,7 @@ def shown(window, options, lang):
     env = {k: v for k, v in os.environ.items()
            if k not in ("LC_ALL", "LC_MESSAGES", "LANGUAGE", "LANG")}
     env["LANG"] = lang
-    command = [overlay, *options] if window == "overlay" else [preview, window, *options]
-    result = subprocess.run([*command, "--texts"], env=env,
-                            capture_output=True, text=True, timeout=60)
-    assert result.returncode == 0, f"{window}: preview failed: {result.stderr}"
-    return {line for line in result.stdout.splitlines() if line.strip()}
+    return set(previews.shown_texts(build, window, options, env=env))
 
 
 def as_pattern(text):
@@ -82,17 +71,12 @@ def as_pattern(text):
                       + "$")
 
 
-states = [("settings", []), ("settings", ["--trusted"]), ("welcome", []),
-          ("welcome", ["--trusted"]), ("welcome", ["--no-global-input"]), ("whatsnew", []),
-          ("overlay", [str(catalog)]), ("overlay", [str(catalog), "--query", "be"]),
-          ("overlay", [str(catalog), "--favorite", "Alpha>Beta"]),
-          ("overlay", ["--app-name", "Fixture"])]
 for language, lang in languages.items():
     same_word = [as_pattern(s) for s, t in catalogs[language].items() if s == t]
-    for window, options in states:
+    for window, options in previews.states(root):
         english = shown(window, options, "C.UTF-8")
         local = shown(window, options, lang)
-        untranslated = [line for line in local & english if line not in not_text
+        untranslated = [line for line in local & english if line not in previews.NOT_TEXT
                         and not any(p.match(line) for p in same_word)]
         for line in untranslated:
             failures.append(f"{language} {window} {' '.join(options)}: shown in English: "
@@ -100,7 +84,7 @@ for language, lang in languages.items():
         print(f"{language} {window} {' '.join(options)}: {len(local)} texts, "
               f"{len(local - english)} differ from English")
     settings = shown("settings", [], lang)
-    delay = "0,85" if language in ("de", "fr") else "0.85"
+    delay = "0,85"  # German and French write a decimal comma
     if not any(delay in line for line in settings):
         failures.append(f"{language}: the hold delay is not written with the locale's decimal "
                         f"sign ({delay})")
