@@ -1,5 +1,6 @@
 #include "AtspiClient.h"
 
+#include "menus/MenuWalk.h"
 #include "shortcuts/ShortcutDisplay.h"
 
 #include <QCoreApplication>
@@ -10,6 +11,7 @@
 #include <QDBusVariant>
 #include <QMutex>
 #include <QThread>
+#include <deque>
 #include <mutex>
 
 namespace corvane::atspi {
@@ -74,6 +76,21 @@ bool isLeafMenuItem(uint role, int childCount)
 {
     return childCount == 0 &&
            (role == roleMenuItem || role == roleCheckMenuItem || role == roleRadioMenuItem);
+}
+
+// Sends `count` requests, `send(i)` making those of item i, with at most `requestWindow` items
+// unanswered at a time, and hands each item's pending calls to `receive(i, pending)` in order.
+template <typename Send, typename Receive>
+void pipelined(qsizetype count, Send send, Receive receive)
+{
+    std::deque<decltype(send(qsizetype(0)))> inFlight;
+    qsizetype sent = 0;
+    for (qsizetype i = 0; i < count; ++i) {
+        while (sent < count && sent - i < requestWindow)
+            inFlight.push_back(send(sent++));
+        receive(i, inFlight.front());
+        inFlight.pop_front();
+    }
 }
 
 } // namespace
@@ -177,44 +194,93 @@ std::optional<QDBusMessage> Session::call(const Reference& target, const QString
     return wait(pending, error);
 }
 
-QList<ApplicationEntry> applications(const std::shared_ptr<Session>& session)
+namespace {
+
+const Reference busDaemon{QStringLiteral("org.freedesktop.DBus"),
+                          QDBusObjectPath("/org/freedesktop/DBus")};
+
+std::optional<QList<Reference>> registryChildren(Session& session)
 {
     const Reference registry{registryService, QDBusObjectPath(rootPath)};
-    const auto roots = firstArgument<QList<Reference>>(
-        session->call(registry, accessibleInterface, QStringLiteral("GetChildren")), "a(so)");
+    auto roots = firstArgument<QList<Reference>>(
+        session.call(registry, accessibleInterface, QStringLiteral("GetChildren")), "a(so)");
+    if (roots)
+        roots->removeIf([](const Reference& root) { return root.isNull(); });
+    return roots;
+}
+
+QDBusPendingCall sendProcessId(Session& session, const Reference& root)
+{
+    return session.send(busDaemon, QStringLiteral("org.freedesktop.DBus"),
+                        QStringLiteral("GetConnectionUnixProcessID"), {root.service});
+}
+
+struct PendingEntry {
+    QDBusPendingCall name, toolkit;
+};
+
+PendingEntry sendNameAndToolkit(Session& session, const Reference& root)
+{
+    return {
+        session.send(root, propertiesInterface, QStringLiteral("Get"), propertyArguments("Name")),
+        session.send(root, propertiesInterface, QStringLiteral("Get"),
+                     {applicationInterface, QStringLiteral("ToolkitName")})};
+}
+
+ApplicationEntry entry(Session& session, const Reference& root, qint64 pid, PendingEntry& pending)
+{
+    const auto name = propertyValue(session.wait(pending.name), QMetaType::QString);
+    const auto toolkit = propertyValue(session.wait(pending.toolkit), QMetaType::QString);
+    return {root, pid, name ? name->toString().left(maxTitleLength) : QString(),
+            toolkit ? toolkit->toString().left(maxTitleLength) : QString()};
+}
+
+} // namespace
+
+QList<ApplicationEntry> applications(const std::shared_ptr<Session>& session)
+{
+    const auto roots = registryChildren(*session);
     if (!roots)
         return {};
     // Pipelined: each application's process id, name and toolkit.
-    const Reference bus{QStringLiteral("org.freedesktop.DBus"),
-                        QDBusObjectPath("/org/freedesktop/DBus")};
     struct Pending {
-        Reference root;
-        QDBusPendingCall pid, name, toolkit;
+        QDBusPendingCall pid;
+        PendingEntry entry;
     };
-    QList<Pending> pending;
-    for (const Reference& root : *roots) {
-        if (root.isNull())
-            continue;
-        pending.append({root,
-                        session->send(bus, QStringLiteral("org.freedesktop.DBus"),
-                                      QStringLiteral("GetConnectionUnixProcessID"), {root.service}),
-                        session->send(root, propertiesInterface, QStringLiteral("Get"),
-                                      propertyArguments("Name")),
-                        session->send(root, propertiesInterface, QStringLiteral("Get"),
-                                      {applicationInterface, QStringLiteral("ToolkitName")})});
-    }
     QList<ApplicationEntry> result;
     const qint64 self = QCoreApplication::applicationPid();
-    for (Pending& p : pending) {
-        const auto pid = firstArgument<uint>(session->wait(p.pid), "u");
-        const auto name = propertyValue(session->wait(p.name), QMetaType::QString);
-        const auto toolkit = propertyValue(session->wait(p.toolkit), QMetaType::QString);
-        if (!pid || qint64(*pid) == self) // Corvane's own windows are on the bus too
-            continue;
-        result.append({p.root, qint64(*pid), name ? name->toString() : QString(),
-                       toolkit ? toolkit->toString() : QString()});
-    }
+    pipelined(
+        roots->size(),
+        [&](qsizetype i) {
+            const Reference& root = (*roots)[i];
+            return Pending{sendProcessId(*session, root), sendNameAndToolkit(*session, root)};
+        },
+        [&](qsizetype i, Pending& p) {
+            const auto pid = firstArgument<uint>(session->wait(p.pid), "u");
+            ApplicationEntry e = entry(*session, (*roots)[i], pid.value_or(0), p.entry);
+            if (pid && qint64(*pid) != self) // Corvane's own windows are on the bus too
+                result.append(e);
+        });
     return result;
+}
+
+std::optional<ApplicationEntry> application(const std::shared_ptr<Session>& session, qint64 pid)
+{
+    const auto roots = registryChildren(*session);
+    if (!roots)
+        return std::nullopt;
+    // The bus answers the process ids; of several roots of one process, the last one counts.
+    std::optional<Reference> found;
+    pipelined(
+        roots->size(), [&](qsizetype i) { return sendProcessId(*session, (*roots)[i]); },
+        [&](qsizetype i, QDBusPendingCall& call) {
+            if (firstArgument<uint>(session->wait(call), "u") == uint(pid))
+                found = (*roots)[i];
+        });
+    if (!found)
+        return std::nullopt;
+    PendingEntry pending = sendNameAndToolkit(*session, *found);
+    return entry(*session, *found, pid, pending);
 }
 
 // Four requests per node. Properties.GetAll would fold Name and ChildCount into one, but Qt 6.4's
@@ -227,27 +293,42 @@ void Node::loadInfo(const QList<std::shared_ptr<Node>>& nodes)
     struct Pending {
         QDBusPendingCall role, name, state, count;
     };
-    QList<Pending> pending;
-    pending.reserve(nodes.size());
-    for (const auto& node : nodes) {
-        const Reference& r = node->m_reference;
-        pending.append(
-            {session.send(r, accessibleInterface, QStringLiteral("GetRole")),
-             session.send(r, propertiesInterface, QStringLiteral("Get"), propertyArguments("Name")),
-             session.send(r, accessibleInterface, QStringLiteral("GetState")),
-             session.send(r, propertiesInterface, QStringLiteral("Get"),
-                          propertyArguments("ChildCount"))});
+    pipelined(
+        nodes.size(),
+        [&](qsizetype i) {
+            const Reference& r = nodes[i]->m_reference;
+            return Pending{session.send(r, accessibleInterface, QStringLiteral("GetRole")),
+                           session.send(r, propertiesInterface, QStringLiteral("Get"),
+                                        propertyArguments("Name")),
+                           session.send(r, accessibleInterface, QStringLiteral("GetState")),
+                           session.send(r, propertiesInterface, QStringLiteral("Get"),
+                                        propertyArguments("ChildCount"))};
+        },
+        [&](qsizetype i, Pending& p) {
+            Node& node = *nodes[i];
+            node.m_infoLoaded = true;
+            node.m_role = firstArgument<uint>(session.wait(p.role), "u").value_or(0);
+            if (const auto name = propertyValue(session.wait(p.name), QMetaType::QString))
+                node.setName(name->toString());
+            if (const auto words = firstArgument<QList<uint>>(session.wait(p.state), "au"))
+                node.m_states = stateSet(*words);
+            node.m_childCount =
+                propertyValue(session.wait(p.count), QMetaType::Int).value_or(QVariant(-1)).toInt();
+        });
+}
+
+void Node::setName(const QString& name)
+{
+    if (name.size() <= maxTitleLength) {
+        m_name = name;
+        return;
     }
-    for (qsizetype i = 0; i < nodes.size(); ++i) {
-        Node& node = *nodes[i];
-        Pending& p = pending[i];
-        node.m_role = firstArgument<uint>(session.wait(p.role), "u").value_or(0);
-        if (const auto name = propertyValue(session.wait(p.name), QMetaType::QString))
-            node.m_name = name->toString();
-        if (const auto words = firstArgument<QList<uint>>(session.wait(p.state), "au"))
-            node.m_states = stateSet(*words);
-        node.m_childCount =
-            propertyValue(session.wait(p.count), QMetaType::Int).value_or(QVariant(-1)).toInt();
+    m_name.reset();
+    if (!m_session->notedOverlongTitle) {
+        m_session->notedOverlongTitle = true;
+        qCWarning(lcCrawl,
+                  "crawl: skipping items whose titles are longer than %ld characters (one is %ld)",
+                  long(maxTitleLength), long(name.size()));
     }
 }
 
@@ -256,62 +337,124 @@ void Session::prefetch(const QString& menuBarPath)
     if (!table)
         return;
     // Bounded like the crawl: depth 6 below the menu bar and a little past the item cap.
-    QList<std::pair<QString, QDBusPendingCall>> bindings, lists;
+    QStringList leaves, menus{menuBarPath};
     QList<std::pair<QString, int>> stack{{menuBarPath, 0}};
-    lists.append({menuBarPath, send(table->byPath.value(menuBarPath).object, accessibleInterface,
-                                    QStringLiteral("GetChildren"))});
-    while (!stack.isEmpty() && bindings.size() < 3000) {
+    while (!stack.isEmpty() && leaves.size() < 3000) {
         const auto [path, depth] = stack.takeLast();
         for (const QString& child : table->childrenOf.value(path)) {
             const CacheItem& item = table->byPath[child];
-            const uint r = item.role;
-            if (isLeafMenuItem(r, item.childCount)) {
-                bindings.append({child, send(item.object, actionInterface,
-                                             QStringLiteral("GetKeyBinding"), {0})});
+            if (isLeafMenuItem(item.role, item.childCount)) {
+                leaves.append(child);
             } else if (depth < 6 && item.childCount != 0) {
-                lists.append(
-                    {child, send(item.object, accessibleInterface, QStringLiteral("GetChildren"))});
+                menus.append(child);
                 stack.append({child, depth + 1});
             }
         }
     }
-    for (auto& [path, call] : bindings)
-        if (const auto binding = firstArgument<QString>(wait(call), "s"))
-            keyBindings.insert(path, *binding);
-    for (auto& [path, call] : lists)
-        if (const auto references = firstArgument<QList<Reference>>(wait(call), "a(so)"))
-            childLists.insert(path, *references);
+    pipelined(
+        leaves.size(),
+        [&](qsizetype i) {
+            return send(table->byPath.value(leaves[i]).object, actionInterface,
+                        QStringLiteral("GetKeyBinding"), {0});
+        },
+        [&](qsizetype i, QDBusPendingCall& call) {
+            if (const auto binding = firstArgument<QString>(wait(call), "s"))
+                keyBindings.insert(leaves[i], *binding);
+        });
+    pipelined(
+        menus.size(),
+        [&](qsizetype i) {
+            return send(table->byPath.value(menus[i]).object, accessibleInterface,
+                        QStringLiteral("GetChildren"));
+        },
+        [&](qsizetype i, QDBusPendingCall& call) {
+            if (const auto references = firstArgument<QList<Reference>>(wait(call), "a(so)"))
+                childLists.insert(menus[i], *references);
+        });
 }
 
 void Node::loadKeyBindings(const QList<std::shared_ptr<Node>>& nodes)
 {
-    QList<std::pair<std::shared_ptr<Node>, QDBusPendingCall>> pending;
+    QList<std::shared_ptr<Node>> leaves;
     for (const auto& node : nodes) {
-        const uint r = node->m_role;
         const auto prefetched =
             node->m_session->keyBindings.constFind(node->m_reference.path.path());
-        if (prefetched != node->m_session->keyBindings.constEnd()) {
+        if (prefetched != node->m_session->keyBindings.constEnd())
             node->m_shortcut = node->parseKeyBinding(*prefetched);
-            continue;
-        }
-        if (isLeafMenuItem(r, node->m_childCount))
-            pending.append({node, node->m_session->send(node->m_reference, actionInterface,
-                                                        QStringLiteral("GetKeyBinding"), {0})});
+        else if (isLeafMenuItem(node->m_role, node->m_childCount))
+            leaves.append(node);
     }
-    for (auto& [node, call] : pending) {
-        const auto binding = firstArgument<QString>(node->m_session->wait(call), "s");
-        node->m_shortcut = binding ? node->parseKeyBinding(*binding) : ShortcutKeys::none;
+    pipelined(
+        leaves.size(),
+        [&](qsizetype i) {
+            return leaves[i]->m_session->send(leaves[i]->m_reference, actionInterface,
+                                              QStringLiteral("GetKeyBinding"), {0});
+        },
+        [&](qsizetype i, QDBusPendingCall& call) {
+            Node& node = *leaves[i];
+            const auto binding = firstArgument<QString>(node.m_session->wait(call), "s");
+            node.m_shortcut = binding ? node.parseKeyBinding(*binding) : ShortcutKeys::none;
+        });
+}
+
+// The children of one element, read in pages as the walk reaches them: a walk that stops at
+// the item cap or the deadline asks nothing about the items after that point.
+struct Node::Siblings {
+    QList<std::shared_ptr<Node>> nodes;
+    qsizetype loaded = 0; // nodes before this have been read
+
+    void loadThrough(qsizetype index)
+    {
+        if (index < loaded)
+            return;
+        const qsizetype end = std::min(nodes.size(), std::max(index + 1, loaded + pageSize));
+        const QList<std::shared_ptr<Node>> page = nodes.mid(loaded, end - loaded);
+        loaded = end;
+        QList<std::shared_ptr<Node>> unread;
+        for (const auto& node : page)
+            if (!node->m_infoLoaded)
+                unread.append(node);
+        loadInfo(unread);
+        loadKeyBindings(page);
     }
+};
+
+void Node::ensureInfo()
+{
+    // Table nodes come with their info, but their page still reads its key bindings.
+    if (const auto siblings = m_siblings.lock())
+        siblings->loadThrough(m_index);
+    if (!m_infoLoaded)
+        loadInfo({shared_from_this()});
+}
+
+uint Node::role()
+{
+    ensureInfo();
+    return m_role;
+}
+
+std::optional<quint64> Node::states()
+{
+    ensureInfo();
+    return m_states;
+}
+
+int Node::childCount()
+{
+    ensureInfo();
+    return m_childCount;
 }
 
 std::shared_ptr<Node> Node::fromTable(const std::shared_ptr<Session>& session,
                                       const CacheItem& item)
 {
     auto node = std::make_shared<Node>(session, item.object);
-    node->m_name = item.name;
+    node->setName(item.name);
     node->m_role = item.role;
     node->m_states = stateSet(item.states);
     node->m_childCount = item.childCount;
+    node->m_infoLoaded = true;
     return node;
 }
 
@@ -319,6 +462,7 @@ QList<std::shared_ptr<Node>> Node::childNodes()
 {
     if (m_children)
         return *m_children;
+    ensureInfo();
     m_children.emplace();
     if (m_childCount == 0)
         return *m_children;
@@ -334,21 +478,22 @@ QList<std::shared_ptr<Node>> Node::childNodes()
     // The order comes from GetChildren: GTK's object cache gives menu items no index in their
     // parent (-1). What the cache does know (role, name, state, child count) is not asked again.
     const auto& table = m_session->table;
-    QList<std::shared_ptr<Node>> unknown;
+    m_childPages = std::make_shared<Siblings>();
     for (const Reference& r : *references) {
         if (r.isNull())
             continue;
+        if (m_children->size() == maxChildren)
+            break;
         const auto cached = table ? table->byPath.constFind(r.path.path())
                                   : QHash<QString, CacheItem>::const_iterator();
-        if (table && cached != table->byPath.constEnd()) {
-            m_children->append(fromTable(m_session, *cached));
-        } else {
-            m_children->append(std::make_shared<Node>(m_session, r));
-            unknown.append(m_children->constLast());
-        }
+        auto child = table && cached != table->byPath.constEnd()
+                         ? fromTable(m_session, *cached)
+                         : std::make_shared<Node>(m_session, r);
+        child->m_siblings = m_childPages;
+        child->m_index = m_children->size();
+        m_children->append(child);
     }
-    loadInfo(unknown);
-    loadKeyBindings(*m_children);
+    m_childPages->nodes = *m_children;
     return *m_children;
 }
 
@@ -362,18 +507,26 @@ std::shared_ptr<MenuNode> Node::submenu()
 {
     // GTK: an item of role MENU is its own submenu element. Qt: an item with a MENU or
     // POPUP_MENU child has that child as its submenu element.
+    ensureInfo();
     if (m_role == roleMenu)
         return shared_from_this();
     if (m_childCount == 0)
         return nullptr;
     for (const auto& child : childNodes())
-        if (child->m_role == roleMenu || child->m_role == rolePopupMenu)
+        if (child->role() == roleMenu || child->role() == rolePopupMenu)
             return child;
     return nullptr;
 }
 
+std::optional<QString> Node::title()
+{
+    ensureInfo();
+    return m_name;
+}
+
 bool Node::enabled()
 {
+    ensureInfo();
     if (!m_states)
         return true;
     return hasState(*m_states, stateEnabled) || hasState(*m_states, stateSensitive);
@@ -381,11 +534,14 @@ bool Node::enabled()
 
 bool Node::checked()
 {
+    ensureInfo();
     return m_states && hasState(*m_states, stateChecked);
 }
 
 ShortcutKeys Node::parseKeyBinding(const QString& binding) const
 {
+    if (binding.size() > maxKeyBindingLength)
+        return ShortcutKeys::none;
     if (!m_session->isQt) {
         // GTK: "mnemonic;path;accelerator"; the third field is the accelerator.
         const QStringList fields = binding.split(u';');
@@ -400,6 +556,7 @@ ShortcutKeys Node::parseKeyBinding(const QString& binding) const
 
 ShortcutKeys Node::shortcut()
 {
+    ensureInfo();
     if (!m_shortcut) {
         const auto binding = firstArgument<QString>(
             m_session->call(m_reference, actionInterface, QStringLiteral("GetKeyBinding"), {0}),
@@ -474,17 +631,10 @@ MenuSource::MenuBar MenuBarFinder::menuBar(qint64 pid, WalkBudget& budget)
     const auto bus = accessibilityBus();
     if (!bus)
         return {nullptr, busUnavailable};
-    // The registry listing asks every application; one that is frozen must not end the walk of
-    // another, so the listing has its own budget with the same deadline.
-    WalkBudget listingBudget(budget.deadline() - WalkBudget::Clock::now());
-    std::optional<ApplicationEntry> entry;
-    for (const ApplicationEntry& candidate :
-         applications(std::make_shared<Session>(*bus, listingBudget)))
-        if (candidate.pid == pid)
-            entry = candidate;
-    if (!entry)
-        return {nullptr, applicationNotFound};
     auto session = std::make_shared<Session>(*bus, budget);
+    const std::optional<ApplicationEntry> entry = application(session, pid);
+    if (!entry)
+        return {nullptr, budget.timedOut() ? requestTimedOut : applicationNotFound};
     session->isQt = entry->toolkit == u"Qt";
 
     // GTK publishes every object, closed menus included, in one call; Qt's cache is empty, so

@@ -27,6 +27,18 @@ QString describe(MenuBarError error);
 
 inline constexpr int requestTimeoutMs = 1000;
 
+// Bounds on what another application can make Corvane hold (docs/robustness.md). Requests are
+// pipelined with at most `requestWindow` objects unanswered at a time; the children of an
+// element are read in pages of `pageSize` as the walk reaches them, and only the first
+// `maxChildren` of one element are considered. A title longer than `maxTitleLength` UTF-16 units
+// is treated as unreadable (the item is skipped like an untitled one); so is a key binding longer
+// than `maxKeyBindingLength`.
+inline constexpr qsizetype requestWindow = 32;
+inline constexpr qsizetype pageSize = 256;
+inline constexpr qsizetype maxChildren = 10000;
+inline constexpr qsizetype maxTitleLength = 1024;
+inline constexpr qsizetype maxKeyBindingLength = 256;
+
 // The accessibility bus of this session, connected once per process. Absent, with a reason,
 // when the session bus or the a11y bus cannot be reached.
 std::optional<QDBusConnection> accessibilityBus(QString* whyNot = nullptr);
@@ -45,6 +57,9 @@ class Session;
 
 // The registry's applications with their process ids, this process left out.
 QList<ApplicationEntry> applications(const std::shared_ptr<Session>& session);
+// The registry's application of process `pid`. Only the bus itself and that application are
+// asked, so a frozen application elsewhere on the bus holds nobody up.
+std::optional<ApplicationEntry> application(const std::shared_ptr<Session>& session, qint64 pid);
 
 // A whole application's objects from one Cache.GetItems call (GTK fills it once a client has
 // registered an event listener), indexed by object path. Menu items carry no index in their
@@ -64,6 +79,7 @@ public:
     std::shared_ptr<const ObjectTable> table;    // present when the application's cache was read
     QHash<QString, QString> keyBindings;         // object path → key binding, prefetched
     QHash<QString, QList<Reference>> childLists; // object path → GetChildren, prefetched
+    bool notedOverlongTitle = false;             // logged once per session
 
     // Using the table, requests in one pipelined wave the children of every menu and the key
     // binding of every leaf item below `menuBar`.
@@ -90,12 +106,12 @@ public:
     {}
 
     const Reference& reference() const { return m_reference; }
-    uint role() const { return m_role; }
-    std::optional<quint64> states() const { return m_states; }
-    int childCount() const { return m_childCount; }
+    uint role();
+    std::optional<quint64> states();
+    int childCount();
 
     QList<std::shared_ptr<MenuNode>> children() override;
-    std::optional<QString> title() override { return m_name; }
+    std::optional<QString> title() override;
     std::shared_ptr<MenuNode> submenu() override;
     bool enabled() override;
     bool checked() override;
@@ -110,7 +126,12 @@ public:
     static void loadInfo(const QList<std::shared_ptr<Node>>& nodes);
 
 private:
+    struct Siblings;
+    // Reads this node's role, name, state and child count if not read yet, together with the
+    // rest of its page of siblings.
+    void ensureInfo();
     static void loadKeyBindings(const QList<std::shared_ptr<Node>>& nodes);
+    void setName(const QString& name); // absent when longer than maxTitleLength
     ShortcutKeys parseKeyBinding(const QString& binding) const;
 
     std::shared_ptr<Session> m_session;
@@ -119,7 +140,11 @@ private:
     uint m_role = 0;
     std::optional<quint64> m_states;
     int m_childCount = -1;
+    bool m_infoLoaded = false;
     std::optional<QList<std::shared_ptr<Node>>> m_children;
+    std::shared_ptr<Siblings> m_childPages; // owns the page state of m_children
+    std::weak_ptr<Siblings> m_siblings;     // the page state of this node's own siblings
+    qsizetype m_index = 0;                  // this node's place among them
     std::optional<ShortcutKeys> m_shortcut;
 };
 

@@ -1,0 +1,294 @@
+// Corvane's crawl against a hostile application on the real accessibility bus (session tier):
+// corvane-fixture-hostile serves a cycle, 100 000 items, menus 50 deep, 1 MB titles, values of
+// the wrong D-Bus type, a 5-second sleeper and a process that vanishes mid-crawl. Each crawl
+// ends within the item cap, the depth limit and the crawl deadline, with its memory bounded
+// (the peak resident growth of this process during the crawl), and nothing crashes.
+
+#include "CrawlThread.h"
+#include "menus/MenuCrawler.h"
+#include "platform/linux/AtspiClient.h"
+#include "shortcuts/ShortcutDisplay.h"
+
+#include <QDBusMessage>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTest>
+
+using namespace corvane;
+using test::onCrawlThread;
+
+namespace {
+
+constexpr qint64 deadlineMs = MenuCrawler::crawlDeadline.count();
+constexpr double memoryBoundMB = 64; // peak resident growth during one hostile crawl
+
+// A field of /proc/self/status in megabytes ("VmRSS", "VmHWM").
+double statusMegabytes(const char* field)
+{
+    QFile file(QStringLiteral("/proc/self/status"));
+    if (!file.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray& line : file.readAll().split('\n'))
+        if (line.startsWith(QByteArray(field) + ':'))
+            return line.mid(qstrlen(field) + 1).trimmed().split(' ').first().toDouble() / 1024;
+    return -1;
+}
+
+struct Outcome {
+    std::optional<MenuCatalog> catalog;
+    qint64 milliseconds = 0;
+    double peakGrowthMB = 0;
+};
+
+QStringList leafTitles(const MenuCatalog& catalog)
+{
+    QStringList titles;
+    for (const MenuSection& section : catalog.sections)
+        for (const MenuCommand& command : section.commands) {
+            QStringList path;
+            for (const PathStep& step : command.path)
+                path << step.title;
+            titles << path.join(u'/');
+        }
+    return titles;
+}
+
+} // namespace
+
+class TestAtspiHostile : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanup();
+    void cycleEndsAtTheDepthLimit();
+    void hundredThousandItemsStopAtTheItemCap();
+    void fiftyLevelsStopAtTheDepthLimit();
+    void megabyteTitlesAreSkipped();
+    void wronglyTypedValuesAreTolerated();
+    void sleeperEndsAtTheFirstTimeOutAndHoldsNobodyUp();
+    void vanishingApplicationEndsTheCrawl();
+    void noRequestOnTheMainThread();
+
+private:
+    qint64 start(const QString& scenario);
+    Outcome crawl(qint64 pid) const;
+    QVariantMap stats(qint64 pid) const;
+
+    QList<QProcess*> m_processes;
+    MenuCrawler m_crawler{std::make_shared<atspi::MenuBarFinder>()};
+};
+
+qint64 TestAtspiHostile::start(const QString& scenario)
+{
+    auto* process = new QProcess(this);
+    process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process->start(QStringLiteral(FIXTURE_HOSTILE), {scenario});
+    m_processes.append(process);
+    if (!process->waitForStarted(10000))
+        qFatal("the hostile fixture did not start");
+    if (!QTest::qWaitFor([&] { return process->canReadLine(); }, 10000) ||
+        process->readLine().trimmed() != "ready")
+        qFatal("the hostile fixture did not register (%s)", qPrintable(scenario));
+    return process->processId();
+}
+
+void TestAtspiHostile::cleanup()
+{
+    for (QProcess* process : std::as_const(m_processes)) {
+        process->kill();
+        process->waitForFinished(5000);
+        delete process;
+    }
+    m_processes.clear();
+}
+
+Outcome TestAtspiHostile::crawl(qint64 pid) const
+{
+    const RunningApp app{pid, QStringLiteral("org.example.Hostile"), QStringLiteral("Hostile"), {}};
+    return onCrawlThread([&] {
+        // Writing 5 to clear_refs resets the peak resident size (VmHWM) to the current one.
+        QFile clear(QStringLiteral("/proc/self/clear_refs"));
+        if (!clear.open(QIODevice::WriteOnly) || clear.write("5") != 1)
+            qFatal("cannot reset the peak resident size");
+        clear.close();
+        const double before = statusMegabytes("VmRSS");
+        QElapsedTimer timer;
+        timer.start();
+        Outcome outcome;
+        outcome.catalog = m_crawler.crawl(app);
+        outcome.milliseconds = timer.elapsed();
+        outcome.peakGrowthMB = statusMegabytes("VmHWM") - before;
+        qInfo("hostile crawl of process %lld: %lld ms, peak resident growth %.1f MB", pid,
+              outcome.milliseconds, outcome.peakGrowthMB);
+        return outcome;
+    });
+}
+
+QVariantMap TestAtspiHostile::stats(qint64 pid) const
+{
+    return onCrawlThread([pid] {
+        QDBusConnection bus = *atspi::accessibilityBus();
+        WalkBudget budget(std::chrono::seconds(3));
+        const auto entry = atspi::application(std::make_shared<atspi::Session>(bus, budget), pid);
+        if (!entry)
+            return QVariantMap();
+        const QDBusMessage reply =
+            bus.call(QDBusMessage::createMethodCall(entry->root.service, entry->root.path.path(),
+                                                    QStringLiteral("com.vantorel.corvane.Hostile"),
+                                                    QStringLiteral("Stats")),
+                     QDBus::Block, 3000);
+        return reply.arguments().isEmpty() ? QVariantMap()
+                                           : qdbus_cast<QVariantMap>(reply.arguments().first());
+    });
+}
+
+void TestAtspiHostile::initTestCase()
+{
+    QVERIFY2(qEnvironmentVariableIsSet("CORVANE_SESSION"), "run under tools/test-session.sh");
+    QVERIFY(atspi::accessibilityBus().has_value());
+}
+
+void TestAtspiHostile::cycleEndsAtTheDepthLimit()
+{
+    // "Loop" lists "Again", whose submenu lists "Loop" again; the frame's child lists the frame.
+    const Outcome outcome = crawl(start(QStringLiteral("cycle")));
+    QVERIFY(outcome.catalog);
+    QCOMPARE(leafTitles(*outcome.catalog),
+             QStringList({"Loop/Again/Loop/Again/Loop/Leaf", "Loop/Again/Loop/Again/Leaf two",
+                          "Loop/Again/Loop/Leaf", "Loop/Again/Leaf two", "Loop/Leaf"}));
+    QVERIFY2(outcome.milliseconds < deadlineMs, qPrintable(QString::number(outcome.milliseconds)));
+    QVERIFY2(outcome.peakGrowthMB < memoryBoundMB,
+             qPrintable(QString::number(outcome.peakGrowthMB)));
+}
+
+void TestAtspiHostile::hundredThousandItemsStopAtTheItemCap()
+{
+    const qint64 pid = start(QStringLiteral("wide"));
+    const Outcome outcome = crawl(pid);
+    QVERIFY(outcome.catalog);
+    const QStringList titles = leafTitles(*outcome.catalog);
+    QCOMPARE(titles.size(), MenuWalk::itemCap);
+    QCOMPARE(titles.first(), QStringLiteral("Huge/Item 0"));
+    QCOMPARE(titles.last(), QStringLiteral("Huge/Item 2499"));
+    QVERIFY2(outcome.milliseconds < deadlineMs, qPrintable(QString::number(outcome.milliseconds)));
+    QVERIFY2(outcome.peakGrowthMB < memoryBoundMB,
+             qPrintable(QString::number(outcome.peakGrowthMB)));
+    // Nothing past the cap was examined but the rest of its page of children.
+    const int asked = stats(pid).value(QStringLiteral("objects")).toInt();
+    QVERIFY2(asked > MenuWalk::itemCap && asked <= MenuWalk::itemCap + atspi::pageSize + 4,
+             qPrintable(QString::number(asked)));
+}
+
+void TestAtspiHostile::fiftyLevelsStopAtTheDepthLimit()
+{
+    const qint64 pid = start(QStringLiteral("deep"));
+    const Outcome outcome = crawl(pid);
+    QVERIFY(outcome.catalog);
+    QCOMPARE(
+        leafTitles(*outcome.catalog),
+        QStringList({"Level 1/Level 2/Level 3/Level 4/Level 5/Leaf 5",
+                     "Level 1/Level 2/Level 3/Level 4/Leaf 4", "Level 1/Level 2/Level 3/Leaf 3",
+                     "Level 1/Level 2/Leaf 2", "Level 1/Leaf 1"}));
+    // The submenu at depth 5 is not entered: its children are never asked for.
+    QCOMPARE(stats(pid).value(QStringLiteral("deepestChildren")).toInt(), MenuWalk::depthLimit);
+    QVERIFY2(outcome.milliseconds < deadlineMs, qPrintable(QString::number(outcome.milliseconds)));
+}
+
+void TestAtspiHostile::megabyteTitlesAreSkipped()
+{
+    QTest::ignoreMessage(QtWarningMsg,
+                         QRegularExpression("crawl: skipping items whose titles are longer than "
+                                            "1024 characters \\(one is 10485\\d\\d\\)"));
+    const Outcome outcome = crawl(start(QStringLiteral("titles")));
+    QVERIFY(outcome.catalog);
+    QCOMPARE(leafTitles(*outcome.catalog), QStringList({"Big/Fine"}));
+    QVERIFY2(outcome.milliseconds < deadlineMs, qPrintable(QString::number(outcome.milliseconds)));
+    QVERIFY2(outcome.peakGrowthMB < memoryBoundMB,
+             qPrintable(QString::number(outcome.peakGrowthMB)));
+}
+
+void TestAtspiHostile::wronglyTypedValuesAreTolerated()
+{
+    // A name that is a number or not in a variant makes the item untitled (skipped); a wrong
+    // role, child count or state falls back to its default; a children list of strings is no
+    // children; a key binding that is a number is no shortcut.
+    const Outcome outcome = crawl(start(QStringLiteral("types")));
+    QVERIFY(outcome.catalog);
+    QCOMPARE(leafTitles(*outcome.catalog),
+             QStringList({"Typed/Good", "Typed/Bad role", "Typed/Bad count", "Typed/Bad state",
+                          "Typed/Bad binding", "Typed/Short state"}));
+    const QList<MenuCommand>& commands = outcome.catalog->sections.first().commands;
+    QCOMPARE(commands[0].shortcut, ShortcutDisplay::fromAccelerator(QStringLiteral("<Control>g")));
+    QVERIFY(commands[0].shortcut != ShortcutKeys::none);
+    for (const MenuCommand& command : commands.mid(1)) {
+        QCOMPARE(command.shortcut, ShortcutKeys::none);
+        QVERIFY(command.enabled); // unreadable states read as enabled
+        QVERIFY(!command.isChecked);
+    }
+}
+
+void TestAtspiHostile::sleeperEndsAtTheFirstTimeOutAndHoldsNobodyUp()
+{
+    const qint64 sleeper = start(QStringLiteral("sleeper"));
+    QTest::ignoreMessage(QtCriticalMsg,
+                         "crawl: menu bar read failed for org.example.Hostile: AXError 4");
+    const Outcome outcome = crawl(sleeper);
+    QVERIFY(!outcome.catalog);
+    // One request time-out (1 s) ends the crawl; it does not wait 5 s, nor the 3 s deadline.
+    QVERIFY2(outcome.milliseconds < atspi::requestTimeoutMs + 500,
+             qPrintable(QString::number(outcome.milliseconds)));
+
+    const QElapsedTimer pressTimer = [] {
+        QElapsedTimer t;
+        t.start();
+        return t;
+    }();
+    QTest::ignoreMessage(QtCriticalMsg, "press: could not read menu bar");
+    const PressOutcome pressed = onCrawlThread([&] {
+        return m_crawler.press({{"Loop", 0}, {"Leaf", 0}}, sleeper);
+    });
+    QCOMPARE(pressed, PressOutcome::failed);
+    QVERIFY2(pressTimer.elapsed() < 2 * atspi::requestTimeoutMs + 500,
+             qPrintable(QString::number(pressTimer.elapsed())));
+
+    // Another application is crawled without asking the sleeper anything: well under one
+    // request time-out, although the sleeper is on the bus with requests queued.
+    const Outcome other = crawl(start(QStringLiteral("cycle")));
+    QVERIFY(other.catalog);
+    QCOMPARE(leafTitles(*other.catalog).size(), 5);
+    QVERIFY2(other.milliseconds < atspi::requestTimeoutMs,
+             qPrintable(QString::number(other.milliseconds)));
+}
+
+void TestAtspiHostile::vanishingApplicationEndsTheCrawl()
+{
+    // The fixture exits after 300 calls, in the middle of reading its 100 000 items.
+    const qint64 pid = start(QStringLiteral("vanish"));
+    QTest::ignoreMessage(QtCriticalMsg, QRegularExpression("crawl: .*"));
+    const Outcome outcome = crawl(pid);
+    QVERIFY2(outcome.milliseconds < deadlineMs, qPrintable(QString::number(outcome.milliseconds)));
+    QVERIFY2(outcome.peakGrowthMB < memoryBoundMB,
+             qPrintable(QString::number(outcome.peakGrowthMB)));
+    QProcess* vanished = m_processes.last();
+    QTRY_COMPARE_WITH_TIMEOUT(vanished->state(), QProcess::NotRunning, 5000); // it did vanish
+    if (outcome.catalog) { // what was read before it left, in order
+        const QStringList titles = leafTitles(*outcome.catalog);
+        QVERIFY(titles.size() < 300);
+        for (qsizetype i = 0; i < titles.size(); ++i)
+            QCOMPARE(titles[i], QStringLiteral("Huge/Item %1").arg(i));
+    }
+    // The bus connection survives: the next crawl of a live application works.
+    const Outcome next = crawl(start(QStringLiteral("cycle")));
+    QVERIFY(next.catalog);
+}
+
+void TestAtspiHostile::noRequestOnTheMainThread()
+{
+    QCOMPARE(atspi::mainThreadRequestCount(), 0);
+}
+
+QTEST_MAIN(TestAtspiHostile)
+#include "tst_atspi_hostile.moc"
