@@ -1,20 +1,25 @@
 // The overlay's frame times on the real panel (session tier), with a 2500-command catalog:
 // present(...) to the first frame on screen, and a typed character (XTEST) to the frame that
 // shows the new results, 50 samples each once warm; resident memory after 1, 20 and 100
-// presentations. Prints `bench <name> <value> <unit>` lines.
+// presentations; the keystroke figure again while the crawl thread is stuck on an application
+// that sleeps 5 s on every request. Prints `bench <name> <value> <unit>` lines.
 
 #include "CatalogGenerator.h"
 #include "OverlayHarness.h"
 #include "Percentiles.h"
 #include "ProcessFigures.h"
+#include "menus/MenuCrawler.h"
 #include "overlay/OverlayPanelController.h"
+#include "platform/linux/AtspiClient.h"
 
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QProcess>
 #include <QTimer>
+#include <atomic>
 #include <cstdio>
 
 using namespace corvane;
@@ -111,29 +116,67 @@ int main(int argc, char** argv)
     Arrival arrival;
     controller.panel()->installEventFilter(&arrival);
     Display* display = XOpenDisplay(nullptr);
-    const char* letters[] = {"s",         "a", "v",         "BackSpace",
-                             "BackSpace", "e", "BackSpace", "BackSpace"};
-    std::vector<double> keyToFrame;
-    for (int i = 0; i < warmUp + samples; ++i) {
-        const KeyCode code =
-            XKeysymToKeycode(display, XStringToKeysym(letters[i % std::size(letters)]));
-        XTestFakeKeyEvent(display, code, True, CurrentTime);
-        XTestFakeKeyEvent(display, code, False, CurrentTime);
-        XFlush(display);
-        QElapsedTimer since;
-        since.start();
-        // Wait for the key to arrive, then for the frame after it.
-        while (!arrival.at.isValid() && since.elapsed() < 2000)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
-        if (!arrival.at.isValid()) {
-            std::fprintf(stderr, "bench_overlay: a typed key did not reach the panel\n");
-            return 1;
+    const auto typeKeys = [&](std::vector<double>& keyToFrame) {
+        const char* letters[] = {"s",         "a", "v",         "BackSpace",
+                                 "BackSpace", "e", "BackSpace", "BackSpace"};
+        for (int i = 0; i < warmUp + samples; ++i) {
+            const KeyCode code =
+                XKeysymToKeycode(display, XStringToKeysym(letters[i % std::size(letters)]));
+            XTestFakeKeyEvent(display, code, True, CurrentTime);
+            XTestFakeKeyEvent(display, code, False, CurrentTime);
+            XFlush(display);
+            QElapsedTimer since;
+            since.start();
+            // Wait for the key to arrive, then for the frame after it.
+            while (!arrival.at.isValid() && since.elapsed() < 2000)
+                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
+            if (!arrival.at.isValid())
+                return false;
+            const double ms = waitFor(controller.panel(), &QQuickWindow::frameSwapped, arrival.at);
+            if (i >= warmUp)
+                keyToFrame.push_back(ms);
+            arrival.at.invalidate();
+            settle(20);
         }
-        const double ms = waitFor(controller.panel(), &QQuickWindow::frameSwapped, arrival.at);
-        if (i >= warmUp)
-            keyToFrame.push_back(ms);
-        arrival.at.invalidate();
-        settle(20);
+        return true;
+    };
+    std::vector<double> keyToFrame, keyToFrameStuck;
+    if (!typeKeys(keyToFrame)) {
+        std::fprintf(stderr, "bench_overlay: a typed key did not reach the panel\n");
+        return 1;
+    }
+
+    // The same while the crawl thread is stuck on an application that answers every request
+    // after 5 s (issue #9): crawls of it run back to back, each waiting out a time-out.
+    QProcess sleeper;
+    sleeper.start(QStringLiteral(FIXTURE_HOSTILE), {QStringLiteral("sleeper")});
+    if (!sleeper.waitForReadyRead(10000)) {
+        std::fprintf(stderr, "bench_overlay: the sleeping fixture did not start\n");
+        return 1;
+    }
+    std::atomic<bool> stop{false};
+    std::atomic<int> stuckCrawls{0};
+    const RunningApp frozen{
+        sleeper.processId(), QStringLiteral("org.example.Sleeper"), QStringLiteral("Sleeper"), {}};
+    MenuCrawler::queue().post([&] {
+        const MenuCrawler crawler(std::make_shared<atspi::MenuBarFinder>());
+        while (!stop) {
+            crawler.crawl(frozen);
+            ++stuckCrawls;
+        }
+    });
+    settle(100);
+    const bool typed = typeKeys(keyToFrameStuck);
+    stop = true;
+    std::atomic<bool> drained{false};
+    MenuCrawler::queue().post([&] { drained = true; });
+    while (!drained)
+        settle(50);
+    sleeper.kill();
+    sleeper.waitForFinished(5000);
+    if (!typed) {
+        std::fprintf(stderr, "bench_overlay: a typed key did not reach the panel\n");
+        return 1;
     }
     XCloseDisplay(display);
     controller.dismiss();
@@ -154,6 +197,11 @@ int main(int argc, char** argv)
     std::printf("bench overlay_present_to_first_frame_p99 %.2f ms\n", p99);
     std::printf("bench overlay_keystroke_to_frame_p50 %.2f ms\n", k50);
     std::printf("bench overlay_keystroke_to_frame_p99 %.2f ms\n", k99);
+    const auto [s50, s99] = p50p99(keyToFrameStuck);
+    std::printf("bench overlay_keystroke_to_frame_crawl_stuck_p50 %.2f ms\n", s50);
+    std::printf("bench overlay_keystroke_to_frame_crawl_stuck_p99 %.2f ms\n", s99);
+    std::printf("bench overlay_keystroke_crawl_stuck_p99_ratio %.2f x\n", k99 > 0 ? s99 / k99 : 0);
+    std::printf("bench overlay_crawls_stuck_while_typing %d crawls\n", stuckCrawls.load());
     std::printf("bench overlay_rss_after_1 %.1f MB\n", rssAfter1);
     std::printf("bench overlay_rss_after_20 %.1f MB\n", rssAfter20);
     std::printf("bench overlay_rss_after_100 %.1f MB\n", rssAfter100);
