@@ -9,7 +9,6 @@ CrawlQueue::CrawlQueue(QObject* parent)
 {
     m_thread->setObjectName(threadName);
     m_worker->moveToThread(m_thread);
-    QObject::connect(m_thread, &QThread::finished, m_worker, &QObject::deleteLater);
     m_thread->start();
 }
 
@@ -17,6 +16,7 @@ CrawlQueue::~CrawlQueue()
 {
     m_thread->quit();
     m_thread->wait();
+    delete m_worker; // its thread has finished: nothing can run on it any more
     delete m_thread;
 }
 

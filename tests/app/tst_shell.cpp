@@ -372,6 +372,8 @@ void TestShell::trayPeekOpensPinnedAndClosesAgain()
 
 void TestShell::trayWithoutPermissionWarnsAndPeekOpensWelcome()
 {
+    // A crawl the previous test started may still be running (slowly, under the sanitizers).
+    QVERIFY(m_corvane->waitForQuiet(1000));
     const qsizetype from = m_corvane->lines().size();
     QVERIFY(setAccessibility(false));
     QVERIFY(m_corvane->waitForLine(QStringLiteral("accessibility switched off"), 1, from, 3000));

@@ -101,8 +101,9 @@ void TestUserDefaults::registeredDefaultsAreFallbacksAndNeverWritten()
 void TestUserDefaults::garbageFileReadsAsAbsent()
 {
     const QString file = path("garbage.conf");
-    QByteArray bytes(
-        "[General]\nholdDelay=abc\n\x00\xff\xfe garbage [[[\n=x\nshowDisabledItems=maybe\n", 70);
+    const char raw[] =
+        "[General]\nholdDelay=abc\n\x00\xff\xfe garbage [[[\n=x\nshowDisabledItems=maybe\n";
+    QByteArray bytes(raw, sizeof raw - 1); // with the NUL inside, without the terminating one
     bytes += "triggerModifier=a, b\nfavorites.x=[1, 2]\nwhatsNew.updateCount=12abc\n[[\n@@@\n";
     writeFile(file, bytes);
     UserDefaults d(file);

@@ -7,6 +7,7 @@
 
 #include <QGuiApplication>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QTest>
 #include <QWindow>
 
@@ -183,6 +184,9 @@ void TestXInputTrigger::ownKeyboardGrabHidesKeys()
     QVERIFY(panel.setKeyboardGrabEnabled(true));
     bool grabbed = true;
     m_monitors->keyboardHeldByUs = [&grabbed] { return grabbed; };
+    // The monitors outlive this test; they must not keep a reference to its local.
+    const auto restore =
+        qScopeGuard([this] { m_monitors->keyboardHeldByUs = [] { return false; }; });
     xdotool({"keydown", "ctrl"});
     QTest::qWait(500);
     xdotool({"keyup", "ctrl"});

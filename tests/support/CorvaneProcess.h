@@ -38,6 +38,8 @@ public:
     QList<Line> linesContaining(const QString& text, qsizetype from = 0);
     // Waits until `count` lines from `from` on contain `text`.
     bool waitForLine(const QString& text, int count = 1, qsizetype from = 0, int timeoutMs = 10000);
+    // Waits until it has logged nothing for `quietMs` (work it started earlier has ended).
+    bool waitForQuiet(int quietMs, int timeoutMs = 15000);
     QString log() { return read(), m_log; }
 
     // Its mapped windows whose title matches the regular expression `title`.

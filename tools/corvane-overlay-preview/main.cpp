@@ -13,6 +13,7 @@
 #include "overlay/ViewFactory.h"
 
 #include <QCommandLineParser>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QGuiApplication>
 #include <QPalette>
@@ -187,8 +188,15 @@ int main(int argc, char** argv)
         });
     } else if (parser.isSet(png)) {
         const QString file = parser.value(png);
-        // After the fade-in has ended and the panel has drawn itself.
-        QTimer::singleShot(400, &app, [&] {
+        // After the fade-in has ended and the panel has drawn itself. The fade runs on its own
+        // timer: on a loaded machine it can still be under way when this one fires.
+        QTimer* grab = new QTimer(&app);
+        QElapsedTimer waited;
+        waited.start();
+        QObject::connect(grab, &QTimer::timeout, &app, [&, grab] {
+            if (controller.rootView()->opacity() < 1.0 && waited.elapsed() < 10000)
+                return;
+            grab->stop();
             const QImage image = controller.panel()->grabWindow();
             if (image.isNull() || !image.save(file)) {
                 fail(QStringLiteral("cannot save %1").arg(file));
@@ -197,6 +205,7 @@ int main(int argc, char** argv)
             }
             app.quit();
         });
+        grab->start(400);
     }
     return app.exec();
 }

@@ -33,7 +33,7 @@ inline constexpr int requestTimeoutMs = 1000;
 // `maxChildren` of one element are considered. A title longer than `maxTitleLength` UTF-16 units
 // is treated as unreadable (the item is skipped like an untitled one); so is a key binding longer
 // than `maxKeyBindingLength`.
-inline constexpr qsizetype requestWindow = 32;
+inline constexpr qsizetype requestWindow = 16;
 inline constexpr qsizetype pageSize = 256;
 inline constexpr qsizetype maxChildren = 10000;
 inline constexpr qsizetype maxTitleLength = 1024;
