@@ -57,7 +57,9 @@ say "2. Corvane starts (its log: corvane.log)"
 mkdir -p "$XDG_CONFIG_HOME/corvane"
 printf '[General]\nlaunchedBefore=true\nwhatsNew.lastSeenVersion=%s\n' "$version" \
     > "$XDG_CONFIG_HOME/corvane/corvane.conf"
-QT_LOGGING_RULES="com.vantorel.corvane.*=true" "$corvane" > "$out/corvane.log" 2>&1 &
+# CORVANE_DEMO_WRAPPER runs Corvane under another program (the privacy check: strace).
+QT_LOGGING_RULES="com.vantorel.corvane.*=true" ${CORVANE_DEMO_WRAPPER:-} "$corvane" \
+    > "$out/corvane.log" 2>&1 &
 pids+=($!)
 wait_for 20 logged "Corvane .* started" || fail "Corvane did not start"
 xdotool windowactivate --sync "$geany_window"

@@ -19,10 +19,11 @@ public:
     }
 
     // Starts the server; false with the reason in `why` when it does not listen in 10 s.
-    bool start(const QString& script, QString* why)
+    // `arguments` go to the script (--tls CERT KEY serves HTTPS).
+    bool start(const QString& script, QString* why, const QStringList& arguments = {})
     {
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process.start(QStringLiteral("python3"), {script});
+        m_process.start(QStringLiteral("python3"), QStringList{script} + arguments);
         if (!m_process.waitForStarted(5000)) {
             *why = QStringLiteral("python3 did not start");
             return false;

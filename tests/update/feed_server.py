@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """A real HTTP server on 127.0.0.1 serving the update-feed cases of Part 7.1.
 
-Prints "PORT <n>" once it listens; runs until it is killed. /hang accepts the request and never
+With --tls CERT KEY it serves HTTPS. Prints "PORT <n>" once it listens; runs until it is killed. /hang accepts the request and never
 answers; /big sends more than a feed could ever be.
 """
 import http.server
 import json
+import ssl
 import sys
 import time
 
@@ -58,6 +59,10 @@ class Handler(http.server.BaseHTTPRequestHandler):
 def main():
     server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
     server.daemon_threads = True
+    if sys.argv[1:2] == ["--tls"]:  # --tls CERT KEY: HTTPS with that certificate
+        context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+        context.load_cert_chain(sys.argv[2], sys.argv[3])
+        server.socket = context.wrap_socket(server.socket, server_side=True)
     print("PORT", server.server_address[1], flush=True)
     server.serve_forever()
 

@@ -7,6 +7,9 @@
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QRandomGenerator>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace corvane;
@@ -26,6 +29,7 @@ private Q_SLOTS:
     void serverThatNeverAnswersFails();
     void oversizedAnswerFails();
     void refusedConnectionFails();
+    void untrustedCertificateIsRefused();
     void feedParserTakesArbitraryBytes();
 
 private:
@@ -186,6 +190,53 @@ void TestUpdateChecker::refusedConnectionFails()
     UpdateChecker::check([&](const Result& r) { result = r; }, options);
     QTRY_VERIFY_WITH_TIMEOUT(result.has_value(), 10000);
     QVERIFY(!result->succeeded);
+}
+
+void TestUpdateChecker::untrustedCertificateIsRefused()
+{
+    // An HTTPS server on 127.0.0.1 with a certificate nobody signed: the check must fail on the
+    // certificate, and succeed once the test trusts that very certificate (so the failure was
+    // the check, not a broken TLS set-up).
+    QTemporaryDir dir;
+    const QString cert = dir.filePath("cert.pem"), key = dir.filePath("key.pem");
+    QProcess openssl;
+    openssl.start("openssl", {"req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2",
+                              "-subj", "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1",
+                              "-keyout", key, "-out", cert});
+    QVERIFY(openssl.waitForFinished(30000) && openssl.exitCode() == 0);
+    // Two servers with the same certificate: no connection is reused from one check to the next.
+    FeedServer first, second;
+    QString why;
+    QVERIFY2(first.start(QStringLiteral(FEED_SERVER), &why, {"--tls", cert, key}), qPrintable(why));
+    QVERIFY2(second.start(QStringLiteral(FEED_SERVER), &why, {"--tls", cert, key}),
+             qPrintable(why));
+
+    const auto check = [&](const FeedServer& server) {
+        UpdateChecker::Options options;
+        options.feedURL =
+            QUrl(QStringLiteral("https://127.0.0.1:%1/update-2.0").arg(server.port()));
+        options.currentVersion = QStringLiteral("1.0");
+        std::optional<Result> result;
+        UpdateChecker::check([&](const Result& r) { result = r; }, options);
+        if (!QTest::qWaitFor([&] { return result.has_value(); }, 15000))
+            qFatal("the HTTPS update check hung");
+        return *result;
+    };
+    const Result untrusted = check(first);
+    QVERIFY(!untrusted.succeeded);
+    QVERIFY(!untrusted.update);
+    QVERIFY2(untrusted.error.contains(QStringLiteral("certificate"), Qt::CaseInsensitive) ||
+                 untrusted.error.contains(QStringLiteral("SSL"), Qt::CaseInsensitive),
+             qPrintable(untrusted.error));
+
+    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+    const QSslConfiguration before = configuration;
+    configuration.addCaCertificates(QSslCertificate::fromPath(cert));
+    QSslConfiguration::setDefaultConfiguration(configuration);
+    const Result trusted = check(second);
+    QSslConfiguration::setDefaultConfiguration(before);
+    QVERIFY2(trusted.succeeded, qPrintable(trusted.error));
+    QVERIFY(trusted.update);
 }
 
 void TestUpdateChecker::feedParserTakesArbitraryBytes()
