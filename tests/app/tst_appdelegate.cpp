@@ -7,9 +7,11 @@
 #include "FakeMenuTree.h"
 #include "FakeMonitors.h"
 #include "OverlayHarness.h"
+#include "ReadOnlyFolder.h"
 #include "app/AppDelegate.h"
 #include "app/SettingsWindow.h"
 #include "app/StatusMenuController.h"
+#include "menus/FavoritesStore.h"
 #include "menus/MenuCrawler.h"
 #include "platform/AccessibilityTrust.h"
 #include "platform/UserDefaults.h"
@@ -150,6 +152,7 @@ private Q_SLOTS:
     void ownWindowInFrontDoesNotArm();
     void favoriteToggleWithoutTargetChangesNothing();
     void favoriteToggleReadsTheStoreBack();
+    void favoriteToggleOnAnUnwritableFileKeepsTheRealState();
     void showWithoutUsableApplicationCloses();
     void holdShowsReleaseHides();
     void glassFollowsTheCompositorAtEachShow();
@@ -403,6 +406,31 @@ void TestAppDelegate::favoriteToggleReadsTheStoreBack()
     m_delegate->overlay.viewModel().onToggleFavorite(command);
     QVERIFY(m_delegate->overlay.viewModel().favoriteOrder().isEmpty());
     QVERIFY(m_delegate->overlay.viewModel().favoriteIDs().isEmpty());
+}
+
+void TestAppDelegate::favoriteToggleOnAnUnwritableFileKeepsTheRealState()
+{
+    launch();
+    pinOverlayFor(editor);
+    waitForCrawls(1);
+    OverlayViewModel& model = m_delegate->overlay.viewModel();
+    const MenuCommand kept = model.sections().at(0).commands.at(0);
+    const MenuCommand refused = model.sections().at(0).commands.at(1);
+    model.onToggleFavorite(kept);
+    QCOMPARE(model.favoriteOrder(), QStringList{kept.id()});
+    {
+        ReadOnlyFolder readOnly(m_dir->path());
+        QVERIFY2(readOnly.isReadOnly(), qPrintable(readOnly.reason()));
+        // Neither adding nor removing can be stored: the stars stay as the store has them.
+        model.onToggleFavorite(refused);
+        model.onToggleFavorite(kept);
+        QCOMPARE(model.favoriteOrder(), QStringList{kept.id()});
+        QCOMPARE(model.favoriteIDs(), QSet<QString>{kept.id()});
+        QCOMPARE(m_delegate->favorites.ids(*editor.appId), QStringList{kept.id()});
+    }
+    // Nothing was lost on disk either.
+    UserDefaults reread(m_dir->filePath(QStringLiteral("corvane.conf")));
+    QCOMPARE(FavoritesStore(reread).ids(*editor.appId), QStringList{kept.id()});
 }
 
 void TestAppDelegate::showWithoutUsableApplicationCloses()
