@@ -8,6 +8,7 @@
 #include "OverlayHarness.h"
 #include "Percentiles.h"
 #include "ProcessFigures.h"
+#include "SessionTools.h"
 #include "menus/MenuCrawler.h"
 #include "overlay/OverlayPanelController.h"
 #include "platform/linux/AtspiClient.h"
@@ -17,7 +18,6 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <QKeyEvent>
-#include <QProcess>
 #include <QTimer>
 #include <atomic>
 #include <cstdio>
@@ -148,16 +148,15 @@ int main(int argc, char** argv)
 
     // The same while the crawl thread is stuck on an application that answers every request
     // after 5 s (issue #9): crawls of it run back to back, each waiting out a time-out.
-    QProcess sleeper;
-    sleeper.start(QStringLiteral(FIXTURE_HOSTILE), {QStringLiteral("sleeper")});
-    if (!sleeper.waitForReadyRead(10000)) {
-        std::fprintf(stderr, "bench_overlay: the sleeping fixture did not start\n");
-        return 1;
-    }
+    test::Programs programs; // stops the sleeper, by process id, when it goes
+    const qint64 sleeper =
+        programs
+            .startUntilReady(QStringLiteral(FIXTURE_HOSTILE), {QStringLiteral("sleeper")}, "ready")
+            ->processId();
     std::atomic<bool> stop{false};
     std::atomic<int> stuckCrawls{0};
     const RunningApp frozen{
-        sleeper.processId(), QStringLiteral("org.example.Sleeper"), QStringLiteral("Sleeper"), {}};
+        sleeper, QStringLiteral("org.example.Sleeper"), QStringLiteral("Sleeper"), {}};
     MenuCrawler::queue().post([&] {
         const MenuCrawler crawler(std::make_shared<atspi::MenuBarFinder>());
         while (!stop) {
@@ -172,8 +171,7 @@ int main(int argc, char** argv)
     MenuCrawler::queue().post([&] { drained = true; });
     while (!drained)
         settle(50);
-    sleeper.kill();
-    sleeper.waitForFinished(5000);
+    programs.stopAll();
     if (!typed) {
         std::fprintf(stderr, "bench_overlay: a typed key did not reach the panel\n");
         return 1;

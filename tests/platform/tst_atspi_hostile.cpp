@@ -5,6 +5,7 @@
 // (the peak resident growth of this process during the crawl), and nothing crashes.
 
 #include "CrawlThread.h"
+#include "SessionTools.h"
 #include "menus/MenuCrawler.h"
 #include "platform/linux/AtspiClient.h"
 #include "shortcuts/ShortcutDisplay.h"
@@ -85,32 +86,21 @@ private:
     Outcome crawl(qint64 pid) const;
     QVariantMap stats(qint64 pid) const;
 
-    QList<QProcess*> m_processes;
+    test::Programs m_programs;
+    QProcess* m_last = nullptr; // the fixture started last
     MenuCrawler m_crawler{std::make_shared<atspi::MenuBarFinder>()};
 };
 
 qint64 TestAtspiHostile::start(const QString& scenario)
 {
-    auto* process = new QProcess(this);
-    process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process->start(QStringLiteral(FIXTURE_HOSTILE), {scenario});
-    m_processes.append(process);
-    if (!process->waitForStarted(10000))
-        qFatal("the hostile fixture did not start");
-    if (!QTest::qWaitFor([&] { return process->canReadLine(); }, 10000) ||
-        process->readLine().trimmed() != "ready")
-        qFatal("the hostile fixture did not register (%s)", qPrintable(scenario));
-    return process->processId();
+    m_last = m_programs.startUntilReady(QStringLiteral(FIXTURE_HOSTILE), {scenario}, "ready");
+    return m_last->processId();
 }
 
 void TestAtspiHostile::cleanup()
 {
-    for (QProcess* process : std::as_const(m_processes)) {
-        process->kill();
-        process->waitForFinished(5000);
-        delete process;
-    }
-    m_processes.clear();
+    m_programs.stopAll();
+    m_last = nullptr;
 }
 
 Outcome TestAtspiHostile::crawl(qint64 pid) const
@@ -249,11 +239,8 @@ void TestAtspiHostile::sleeperEndsAtTheFirstTimeOutAndHoldsNobodyUp()
     QVERIFY2(outcome.milliseconds < atspi::requestTimeoutMs + 500,
              qPrintable(QString::number(outcome.milliseconds)));
 
-    const QElapsedTimer pressTimer = [] {
-        QElapsedTimer t;
-        t.start();
-        return t;
-    }();
+    QElapsedTimer pressTimer;
+    pressTimer.start();
     QTest::ignoreMessage(QtCriticalMsg, "press: could not read menu bar");
     const PressOutcome pressed = onCrawlThread([&] {
         return m_crawler.press({{"Loop", 0}, {"Leaf", 0}}, sleeper);
@@ -280,7 +267,7 @@ void TestAtspiHostile::vanishingApplicationEndsTheCrawl()
     QVERIFY2(outcome.milliseconds < deadlineMs, qPrintable(QString::number(outcome.milliseconds)));
     QVERIFY2(!measuresMemory || outcome.peakGrowthMB < memoryBoundMB,
              qPrintable(QString::number(outcome.peakGrowthMB)));
-    QProcess* vanished = m_processes.last();
+    QProcess* vanished = m_last;
     QTRY_COMPARE_WITH_TIMEOUT(vanished->state(), QProcess::NotRunning, 5000); // it did vanish
     if (outcome.catalog) { // what was read before it left, in order
         const QStringList titles = leafTitles(*outcome.catalog);

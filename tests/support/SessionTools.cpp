@@ -65,6 +65,22 @@ qint64 Programs::startWithWindow(const QString& program, const QStringList& argu
     return process->processId();
 }
 
+QProcess* Programs::startUntilReady(const QString& program, const QStringList& arguments,
+                                    const QByteArray& readyLine)
+{
+    auto* process = new QProcess(this);
+    process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process->start(program, arguments);
+    if (!process->waitForStarted(10000))
+        qFatal("%s did not start", qPrintable(program));
+    m_processes.append(process);
+    if (!QTest::qWaitFor([process] { return process->canReadLine(); }, 10000) ||
+        process->readLine().trimmed() != readyLine)
+        qFatal("%s %s did not say \"%s\"", qPrintable(program), qPrintable(arguments.join(u' ')),
+               readyLine.constData());
+    return process;
+}
+
 void Programs::stopAll()
 {
     for (QProcess* process : std::as_const(m_processes)) {

@@ -28,6 +28,10 @@ public:
     // `windowName`; returns the process id (fatal on failure).
     qint64 startWithWindow(const QString& program, const QStringList& arguments,
                            const QString& windowName);
+    // Starts `program` and waits up to 10 s for its first line of output to be `readyLine`;
+    // returns its process (fatal on failure), which stays owned here.
+    QProcess* startUntilReady(const QString& program, const QStringList& arguments,
+                              const QByteArray& readyLine);
     void stopAll();
 
 private:
