@@ -7,12 +7,16 @@
 #include "platform/linux/AtspiClient.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QFile>
 #include <QProcess>
 #include <QThread>
 #include <algorithm>
 #include <cstdio>
+#include <sys/resource.h>
+#include <unistd.h>
 
 using namespace corvane;
 
@@ -37,6 +41,40 @@ template <typename F> auto onCrawlThread(F job) -> decltype(job())
     });
     loop.exec();
     return *result;
+}
+
+// CPU time (user + system) a process has used so far, in milliseconds; 0 when unreadable.
+double cpuMs(qint64 pid)
+{
+    QFile file(QStringLiteral("/proc/%1/stat").arg(pid));
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    const QByteArray stat = file.readAll();
+    // Fields after the command name (which may hold spaces) start at field 3; utime is 14.
+    const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
+    if (fields.size() < 13)
+        return 0;
+    return (fields[11].toDouble() + fields[12].toDouble()) * 1000.0 / double(sysconf(_SC_CLK_TCK));
+}
+
+// The accessibility bus's daemon (started by at-spi-bus-launcher), or 0.
+qint64 accessibilityBusDaemon()
+{
+    for (const QString& entry : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
+        QFile cmdline(QStringLiteral("/proc/%1/cmdline").arg(entry));
+        if (entry.toLongLong() > 0 && cmdline.open(QIODevice::ReadOnly) &&
+            cmdline.readAll().contains("at-spi2/accessibility.conf"))
+            return entry.toLongLong();
+    }
+    return 0;
+}
+
+double ownCpuMs()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return (usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1000.0 +
+           (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1000.0;
 }
 
 double median(std::vector<double> v)
@@ -65,6 +103,10 @@ int main(int argc, char* argv[])
                           {"mousepad", "mousepad", {}, nullptr, {}},
                           {"featherpad", "featherpad", {}, nullptr, {}},
                           {"fixture3000", QStringLiteral(FIXTURE_GTK), {}, nullptr, {}}};
+    // `bench_crawl NAME…` measures only the named targets.
+    const QStringList only = app.arguments().mid(1);
+    if (!only.isEmpty())
+        targets.removeIf([&](const Target& t) { return !only.contains(QLatin1String(t.name)); });
     for (Target& t : targets) {
         t.process = new QProcess(&app);
         t.process->setStandardOutputFile(QProcess::nullDevice());
@@ -89,6 +131,9 @@ int main(int argc, char* argv[])
     for (Target& t : targets) {
         std::vector<double> ours, reference;
         int items = 0;
+        const qint64 daemon = accessibilityBusDaemon();
+        const double appBefore = cpuMs(t.app.pid), busBefore = cpuMs(daemon),
+                     ownBefore = ownCpuMs();
         for (int run = 0; run < 10; ++run) {
             // Timed on the crawl thread itself: the crawl, not the hand-over.
             const auto [catalog, ms] = onCrawlThread([&] {
@@ -103,6 +148,11 @@ int main(int argc, char* argv[])
                 for (const MenuSection& s : catalog->sections)
                     items += int(s.commands.size());
         }
+        // Where a crawl's time goes, per crawl: the application answering, the bus daemon
+        // routing, Corvane asking (coarse: the kernel counts in clock ticks).
+        const double appCpu = (cpuMs(t.app.pid) - appBefore) / 10,
+                     busCpu = (cpuMs(daemon) - busBefore) / 10,
+                     ownCpu = (ownCpuMs() - ownBefore) / 10;
         int referenceItems = -1;
         for (int run = 0; run < 10; ++run) {
             QProcess walker;
@@ -123,6 +173,9 @@ int main(int argc, char* argv[])
         std::printf("bench crawl_%s_items %d items\n", t.name, items);
         std::printf("bench crawl_%s_reference_items %d items\n", t.name, referenceItems);
         std::printf("bench crawl_%s_speedup %.1f x\n", t.name, a > 0 ? b / a : 0.0);
+        std::printf("bench crawl_%s_app_cpu_ms %.1f ms\n", t.name, appCpu);
+        std::printf("bench crawl_%s_bus_cpu_ms %.1f ms\n", t.name, busCpu);
+        std::printf("bench crawl_%s_own_cpu_ms %.1f ms\n", t.name, ownCpu);
         std::fflush(stdout);
         if (items != referenceItems)
             status = 1; // the counts must agree

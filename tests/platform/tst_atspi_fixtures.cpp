@@ -72,6 +72,7 @@ private Q_SLOTS:
     void modelIsPrinted();
     void crawlMatchesDeclaredMenus_data();
     void crawlMatchesDeclaredMenus();
+    void onlyLocalSocketsAreConnectedTo();
     void pressesAreRecorded_data();
     void pressesAreRecorded();
     void disabledItems();
@@ -148,16 +149,20 @@ void TestAtspiFixtures::modelIsPrinted()
 void TestAtspiFixtures::crawlMatchesDeclaredMenus_data()
 {
     QTest::addColumn<QString>("toolkit");
-    QTest::newRow("GTK 3") << "gtk";
-    QTest::newRow("Qt 6 Widgets") << "qt";
+    QTest::addColumn<int>("directConnections"); // GTK hands out its own bus; Qt has none
+    QTest::newRow("GTK 3") << "gtk" << 1;
+    QTest::newRow("Qt 6 Widgets") << "qt" << 0;
 }
 
 void TestAtspiFixtures::crawlMatchesDeclaredMenus()
 {
     QFETCH(QString, toolkit);
+    QFETCH(int, directConnections);
     const RunningApp app = m_fixtures[toolkit].app;
+    const int before = atspi::directConnectionCount();
     const auto catalog = onCrawlThread([&] { return m_crawler.crawl(app); });
     QVERIFY(catalog);
+    QCOMPARE(atspi::directConnectionCount() - before, directConnections);
     const Expectation expected(m_model);
     QCOMPARE(expected.count, 2500); // the 3000-item menu meets the item cap
     MenuCatalog want{catalog->bundleID, catalog->appName, expected.sections};
@@ -177,6 +182,18 @@ void TestAtspiFixtures::crawlMatchesDeclaredMenus()
         }
     }
     QVERIFY(*catalog == want);
+}
+
+void TestAtspiFixtures::onlyLocalSocketsAreConnectedTo()
+{
+    // What GTK hands out, and what a hostile application might.
+    QVERIFY(atspi::isLocalPeerAddress(QStringLiteral("unix:path=/tmp/at-spi2-socket-5651")));
+    QVERIFY(atspi::isLocalPeerAddress(QStringLiteral("unix:abstract=/tmp/dbus-x,guid=0a1b")));
+    QVERIFY(!atspi::isLocalPeerAddress(QStringLiteral("tcp:host=127.0.0.1,port=9")));
+    QVERIFY(!atspi::isLocalPeerAddress(QStringLiteral("unix:path=/tmp/s;tcp:host=example.org")));
+    QVERIFY(!atspi::isLocalPeerAddress(QStringLiteral("unix:path=relative/socket")));
+    QVERIFY(!atspi::isLocalPeerAddress(QStringLiteral("unixexec:path=/bin/sh")));
+    QVERIFY(!atspi::isLocalPeerAddress(QString()));
 }
 
 void TestAtspiFixtures::pressesAreRecorded_data()

@@ -152,8 +152,11 @@ void TestAtspiHostile::initTestCase()
 void TestAtspiHostile::cycleEndsAtTheDepthLimit()
 {
     // "Loop" lists "Again", whose submenu lists "Loop" again; the frame's child lists the frame.
+    const int direct = atspi::directConnectionCount();
     const Outcome outcome = crawl(start(QStringLiteral("cycle")));
     QVERIFY(outcome.catalog);
+    // It names a socket that does not exist as its own bus: the crawl goes over the bus.
+    QCOMPARE(atspi::directConnectionCount(), direct);
     QCOMPARE(leafTitles(*outcome.catalog),
              QStringList({"Loop/Again/Loop/Again/Loop/Leaf", "Loop/Again/Loop/Again/Leaf two",
                           "Loop/Again/Loop/Leaf", "Loop/Again/Leaf two", "Loop/Leaf"}));
@@ -213,8 +216,11 @@ void TestAtspiHostile::wronglyTypedValuesAreTolerated()
     // A name that is a number or not in a variant makes the item untitled (skipped); a wrong
     // role, child count or state falls back to its default; a children list of strings is no
     // children; a key binding that is a number is no shortcut.
+    const int direct = atspi::directConnectionCount();
     const Outcome outcome = crawl(start(QStringLiteral("types")));
     QVERIFY(outcome.catalog);
+    // It names a TCP address as its own bus: never connected to.
+    QCOMPARE(atspi::directConnectionCount(), direct);
     QCOMPARE(leafTitles(*outcome.catalog),
              QStringList({"Typed/Good", "Typed/Bad role", "Typed/Bad count", "Typed/Bad state",
                           "Typed/Bad binding", "Typed/Short state"}));

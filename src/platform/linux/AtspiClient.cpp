@@ -19,6 +19,7 @@ namespace corvane::atspi {
 namespace {
 
 std::atomic<int> mainThreadRequests{0};
+std::atomic<int> directConnections{0};
 
 bool onMainThread()
 {
@@ -163,13 +164,50 @@ QDBusPendingCall Session::send(const Reference& target, const QString& interface
     if (m_budget.exhausted())
         return QDBusPendingCall::fromError(
             QDBusError(QDBusError::TimedOut, QStringLiteral("deadline passed")));
-    QDBusMessage message =
-        QDBusMessage::createMethodCall(target.service, target.path.path(), interface, method);
+    const bool direct = m_peer && target.service == m_peerService;
+    QDBusMessage message = QDBusMessage::createMethodCall(direct ? QString() : target.service,
+                                                          target.path.path(), interface, method);
     message.setArguments(arguments);
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
         m_budget.deadline() - WalkBudget::Clock::now());
     const int timeout = int(std::clamp<qint64>(left.count(), 1, requestTimeoutMs));
-    return m_bus.asyncCall(message, timeout);
+    return (direct ? *m_peer : m_bus).asyncCall(message, timeout);
+}
+
+bool isLocalPeerAddress(const QString& address)
+{
+    // One unix-socket address only: no TCP, no list of alternatives to fall through to.
+    return (address.startsWith(u"unix:path=/") || address.startsWith(u"unix:abstract=")) &&
+           !address.contains(u';');
+}
+
+int directConnectionCount()
+{
+    return directConnections.load();
+}
+
+Session::~Session()
+{
+    if (m_peer)
+        QDBusConnection::disconnectFromPeer(m_peer->name());
+}
+
+void Session::connectDirectly(const Reference& root)
+{
+    const auto address = firstArgument<QString>(
+        call(root, applicationInterface, QStringLiteral("GetApplicationBusAddress")), "s");
+    if (!address || !isLocalPeerAddress(*address))
+        return;
+    static std::atomic<int> serial = 0;
+    QDBusConnection peer = QDBusConnection::connectToPeer(
+        *address, QStringLiteral("corvane-atspi-peer-%1").arg(++serial));
+    if (!peer.isConnected()) {
+        QDBusConnection::disconnectFromPeer(peer.name());
+        return;
+    }
+    ++directConnections;
+    m_peer = peer;
+    m_peerService = root.service;
 }
 
 std::optional<QDBusMessage> Session::wait(QDBusPendingCall& call, QDBusError* error)
@@ -285,36 +323,169 @@ std::optional<ApplicationEntry> application(const std::shared_ptr<Session>& sess
 
 // Four requests per node. Properties.GetAll would fold Name and ChildCount into one, but Qt 6.4's
 // bridge crashes the application on it (measured here: featherpad segfaults): never send it.
+QList<QDBusPendingCall> Node::sendInfo()
+{
+    Session& session = *m_session;
+    const Reference& r = m_reference;
+    return {session.send(r, accessibleInterface, QStringLiteral("GetRole")),
+            session.send(r, propertiesInterface, QStringLiteral("Get"), propertyArguments("Name")),
+            session.send(r, accessibleInterface, QStringLiteral("GetState")),
+            session.send(r, propertiesInterface, QStringLiteral("Get"),
+                         propertyArguments("ChildCount"))};
+}
+
+void Node::receiveInfo(QList<QDBusPendingCall>& calls)
+{
+    Session& session = *m_session;
+    m_infoLoaded = true;
+    m_role = firstArgument<uint>(session.wait(calls[0]), "u").value_or(0);
+    if (const auto name = propertyValue(session.wait(calls[1]), QMetaType::QString))
+        setName(name->toString());
+    if (const auto words = firstArgument<QList<uint>>(session.wait(calls[2]), "au"))
+        m_states = stateSet(*words);
+    m_childCount =
+        propertyValue(session.wait(calls[3]), QMetaType::Int).value_or(QVariant(-1)).toInt();
+}
+
+QDBusPendingCall Node::sendKeyBinding()
+{
+    return m_session->send(m_reference, actionInterface, QStringLiteral("GetKeyBinding"), {0});
+}
+
+void Node::receiveKeyBinding(QDBusPendingCall& call)
+{
+    const auto binding = firstArgument<QString>(m_session->wait(call), "s");
+    m_shortcut = binding ? parseKeyBinding(*binding) : ShortcutKeys::none;
+}
+
+QDBusPendingCall Node::sendChildren()
+{
+    return m_session->send(m_reference, accessibleInterface, QStringLiteral("GetChildren"));
+}
+
+void Node::receiveChildren(QDBusPendingCall& call)
+{
+    adoptChildren(firstArgument<QList<Reference>>(m_session->wait(call), "a(so)")
+                      .value_or(QList<Reference>()));
+}
+
 void Node::loadInfo(const QList<std::shared_ptr<Node>>& nodes)
 {
-    if (nodes.isEmpty())
-        return;
-    Session& session = *nodes.first()->m_session;
-    struct Pending {
-        QDBusPendingCall role, name, state, count;
-    };
     pipelined(
-        nodes.size(),
-        [&](qsizetype i) {
-            const Reference& r = nodes[i]->m_reference;
-            return Pending{session.send(r, accessibleInterface, QStringLiteral("GetRole")),
-                           session.send(r, propertiesInterface, QStringLiteral("Get"),
-                                        propertyArguments("Name")),
-                           session.send(r, accessibleInterface, QStringLiteral("GetState")),
-                           session.send(r, propertiesInterface, QStringLiteral("Get"),
-                                        propertyArguments("ChildCount"))};
-        },
-        [&](qsizetype i, Pending& p) {
-            Node& node = *nodes[i];
-            node.m_infoLoaded = true;
-            node.m_role = firstArgument<uint>(session.wait(p.role), "u").value_or(0);
-            if (const auto name = propertyValue(session.wait(p.name), QMetaType::QString))
-                node.setName(name->toString());
-            if (const auto words = firstArgument<QList<uint>>(session.wait(p.state), "au"))
-                node.m_states = stateSet(*words);
-            node.m_childCount =
-                propertyValue(session.wait(p.count), QMetaType::Int).value_or(QVariant(-1)).toInt();
-        });
+        nodes.size(), [&](qsizetype i) { return nodes[i]->sendInfo(); },
+        [&](qsizetype i, QList<QDBusPendingCall>& calls) { nodes[i]->receiveInfo(calls); });
+}
+
+void Node::prefetchMenus(const std::shared_ptr<Node>& menuBar)
+{
+    // What one wave asks of a node, and why: `depth` is Part 3.2's depth of the collect that
+    // lists the node (the menu bar's children: 0).
+    enum class Ask { children, itemChildren, info, candidateInfo, keyBinding };
+    struct Request {
+        std::shared_ptr<Node> node;
+        Ask ask;
+        int depth;
+        std::shared_ptr<Node> item = {}; // for candidateInfo: the item whose child it is
+    };
+    QList<Request> wave;
+    if (menuBar->m_children)
+        for (const auto& child : menuBar->m_children->mid(0, pageSize))
+            wave.append({child, Ask::info, 0});
+    else if (menuBar->m_childCount != 0)
+        wave.append({menuBar, Ask::children, -1});
+    qsizetype objects = 0; // whose info was asked; past the limit the walk reads in pages
+    const qsizetype objectLimit = MenuWalk::itemCap + pageSize;
+
+    while (!wave.isEmpty() && !menuBar->m_session->budget().exhausted()) {
+        pipelined(
+            wave.size(),
+            [&](qsizetype i) -> QList<QDBusPendingCall> {
+                Node& node = *wave[i].node;
+                switch (wave[i].ask) {
+                case Ask::children:
+                case Ask::itemChildren:
+                    return {node.sendChildren()};
+                case Ask::info:
+                case Ask::candidateInfo:
+                    return node.sendInfo();
+                case Ask::keyBinding:
+                    return {node.sendKeyBinding()};
+                }
+                return {};
+            },
+            [&](qsizetype i, QList<QDBusPendingCall>& calls) {
+                Node& node = *wave[i].node;
+                switch (wave[i].ask) {
+                case Ask::children:
+                case Ask::itemChildren:
+                    node.receiveChildren(calls[0]);
+                    break;
+                case Ask::info:
+                case Ask::candidateInfo:
+                    node.receiveInfo(calls);
+                    break;
+                case Ask::keyBinding:
+                    node.receiveKeyBinding(calls[0]);
+                    break;
+                }
+            });
+
+        // The next wave: what the walk will ask next, as it would ask it.
+        QList<Request> next;
+        const auto ask = [&](const std::shared_ptr<Node>& node, Ask what, int depth,
+                             const std::shared_ptr<Node>& item = {}) {
+            if ((what == Ask::info || what == Ask::candidateInfo) && objects++ >= objectLimit)
+                return;
+            next.append({node, what, depth, item});
+        };
+        QSet<Node*> itemsDecided;
+        for (const Request& r : std::as_const(wave)) {
+            const auto& node = r.node;
+            switch (r.ask) {
+            case Ask::children: // a submenu element: its first page of items
+                for (const auto& child : node->m_children->mid(0, pageSize))
+                    ask(child, Ask::info, r.depth + 1);
+                break;
+            case Ask::itemChildren: // a Qt item: which child is its submenu element
+                for (const auto& child : node->m_children->mid(0, pageSize))
+                    ask(child, Ask::candidateInfo, r.depth, node);
+                if (node->m_children->isEmpty())
+                    ask(node, Ask::keyBinding, r.depth); // no submenu: a command
+                break;
+            case Ask::info:
+                if (!node->m_name || node->m_name->isEmpty())
+                    break;                      // untitled: the walk skips it
+                if (node->m_role == roleMenu) { // GTK: the item is its own submenu element
+                    if (node->m_childCount != 0 && r.depth < MenuWalk::depthLimit)
+                        ask(node, Ask::children, r.depth);
+                } else if (node->m_childCount != 0) {
+                    ask(node, Ask::itemChildren, r.depth);
+                } else {
+                    ask(node, Ask::keyBinding, r.depth);
+                }
+                break;
+            case Ask::candidateInfo: {
+                // Once per item, when all its children's roles are known (one wave reads them).
+                if (itemsDecided.contains(r.item.get()))
+                    break;
+                itemsDecided.insert(r.item.get());
+                std::shared_ptr<Node> submenu;
+                for (const auto& child : *r.item->m_children)
+                    if (!submenu && child->m_infoLoaded &&
+                        (child->m_role == roleMenu || child->m_role == rolePopupMenu))
+                        submenu = child;
+                if (!submenu)
+                    ask(r.item, Ask::keyBinding, r.depth);
+                else if (submenu->m_childCount != 0 && r.depth < MenuWalk::depthLimit)
+                    ask(submenu, Ask::children, r.depth);
+                break;
+            }
+            case Ask::keyBinding:
+                break;
+            }
+        }
+        wave = std::move(next);
+    }
 }
 
 void Node::setName(const QString& name)
@@ -379,22 +550,17 @@ void Node::loadKeyBindings(const QList<std::shared_ptr<Node>>& nodes)
     for (const auto& node : nodes) {
         const auto prefetched =
             node->m_session->keyBindings.constFind(node->m_reference.path.path());
+        if (node->m_shortcut)
+            continue; // read by the level-wise prefetch
         if (prefetched != node->m_session->keyBindings.constEnd())
             node->m_shortcut = node->parseKeyBinding(*prefetched);
-        else if (isLeafMenuItem(node->m_role, node->m_childCount))
+        else if (isLeafMenuItem(node->m_role, node->m_childCount) && node->m_name &&
+                 !node->m_name->isEmpty()) // the walk skips untitled items
             leaves.append(node);
     }
     pipelined(
-        leaves.size(),
-        [&](qsizetype i) {
-            return leaves[i]->m_session->send(leaves[i]->m_reference, actionInterface,
-                                              QStringLiteral("GetKeyBinding"), {0});
-        },
-        [&](qsizetype i, QDBusPendingCall& call) {
-            Node& node = *leaves[i];
-            const auto binding = firstArgument<QString>(node.m_session->wait(call), "s");
-            node.m_shortcut = binding ? node.parseKeyBinding(*binding) : ShortcutKeys::none;
-        });
+        leaves.size(), [&](qsizetype i) { return leaves[i]->sendKeyBinding(); },
+        [&](qsizetype i, QDBusPendingCall& call) { leaves[i]->receiveKeyBinding(call); });
 }
 
 // The children of one element, read in pages as the walk reaches them: a walk that stops at
@@ -467,19 +633,23 @@ QList<std::shared_ptr<Node>> Node::childNodes()
     if (m_childCount == 0)
         return *m_children;
     const auto prefetched = m_session->childLists.constFind(m_reference.path.path());
-    const auto references =
-        prefetched != m_session->childLists.constEnd()
-            ? std::optional<QList<Reference>>(*prefetched)
-            : firstArgument<QList<Reference>>(
-                  m_session->call(m_reference, accessibleInterface, QStringLiteral("GetChildren")),
-                  "a(so)");
-    if (!references)
-        return *m_children;
+    if (prefetched != m_session->childLists.constEnd()) {
+        adoptChildren(*prefetched);
+    } else {
+        QDBusPendingCall call = sendChildren();
+        receiveChildren(call);
+    }
+    return *m_children;
+}
+
+void Node::adoptChildren(const QList<Reference>& references)
+{
     // The order comes from GetChildren: GTK's object cache gives menu items no index in their
     // parent (-1). What the cache does know (role, name, state, child count) is not asked again.
+    m_children.emplace();
     const auto& table = m_session->table;
     m_childPages = std::make_shared<Siblings>();
-    for (const Reference& r : *references) {
+    for (const Reference& r : references) {
         if (r.isNull())
             continue;
         if (m_children->size() == maxChildren)
@@ -494,7 +664,6 @@ QList<std::shared_ptr<Node>> Node::childNodes()
         m_children->append(child);
     }
     m_childPages->nodes = *m_children;
-    return *m_children;
 }
 
 QList<std::shared_ptr<MenuNode>> Node::children()
@@ -558,10 +727,8 @@ ShortcutKeys Node::shortcut()
 {
     ensureInfo();
     if (!m_shortcut) {
-        const auto binding = firstArgument<QString>(
-            m_session->call(m_reference, actionInterface, QStringLiteral("GetKeyBinding"), {0}),
-            "s");
-        m_shortcut = binding ? parseKeyBinding(*binding) : ShortcutKeys::none;
+        QDBusPendingCall call = sendKeyBinding();
+        receiveKeyBinding(call);
     }
     return *m_shortcut;
 }
@@ -640,6 +807,9 @@ MenuSource::MenuBar MenuBarFinder::menuBar(qint64 pid, WalkBudget& budget)
     // GTK publishes every object, closed menus included, in one call; Qt's cache is empty, so
     // Qt applications are read level by level.
     std::shared_ptr<Node> root;
+    // GTK answers on a connection of its own, without the bus daemon between (Qt has none).
+    if (!session->isQt)
+        session->connectDirectly(entry->root);
     if (!session->isQt) {
         ensureEventListener(session->bus());
         session->table = readObjectTable(*session, entry->root);
@@ -677,7 +847,10 @@ MenuSource::MenuBar MenuBarFinder::menuBar(qint64 pid, WalkBudget& budget)
         for (const auto& node : level) {
             for (const auto& child : node->childNodes()) {
                 if (child->role() == roleMenuBar) {
-                    session->prefetch(child->reference().path.path());
+                    if (session->table)
+                        session->prefetch(child->reference().path.path());
+                    else
+                        Node::prefetchMenus(child);
                     return {child, menuBarFound};
                 }
                 next.append(child);

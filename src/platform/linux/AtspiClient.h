@@ -45,6 +45,11 @@ std::optional<QDBusConnection> accessibilityBus(QString* whyNot = nullptr);
 
 // Requests sent from the main thread so far (there must be none; tests check it).
 int mainThreadRequestCount();
+// Connections made straight to an application (GetApplicationBusAddress) so far.
+int directConnectionCount();
+// Whether an address an application hands out may be connected to: one local socket, nothing
+// else (a hostile answer must not make Corvane open a network connection).
+bool isLocalPeerAddress(const QString& address);
 
 struct ApplicationEntry {
     Reference root;
@@ -72,6 +77,9 @@ struct ObjectTable {
 class Session : public std::enable_shared_from_this<Session> {
 public:
     Session(QDBusConnection bus, WalkBudget& budget) : m_bus(std::move(bus)), m_budget(budget) {}
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
 
     QDBusConnection& bus() { return m_bus; }
     WalkBudget& budget() { return m_budget; }
@@ -85,6 +93,11 @@ public:
     // binding of every leaf item below `menuBar`.
     void prefetch(const QString& menuBarPath);
 
+    // Asks the application at `root` for its own bus address and, when it gives a local one,
+    // sends the requests for its objects there from then on: no bus daemon between, half the
+    // hops and none of the daemon's work. Without one, everything goes over the bus as before.
+    void connectDirectly(const Reference& root);
+
     // Sends without waiting. An invalid call is returned once the budget is exhausted.
     QDBusPendingCall send(const Reference& target, const QString& interface, const QString& method,
                           const QVariantList& arguments = {});
@@ -97,6 +110,8 @@ public:
 private:
     QDBusConnection m_bus;
     WalkBudget& m_budget;
+    std::optional<QDBusConnection> m_peer; // the application's own connection, if any
+    QString m_peerService;                 // its name on the bus, which references carry
 };
 
 class Node : public MenuNode, public std::enable_shared_from_this<Node> {
@@ -124,6 +139,12 @@ public:
                                            const CacheItem& item);
     // Reads role, name, state and child count of every node in one pipelined round.
     static void loadInfo(const QList<std::shared_ptr<Node>>& nodes);
+    // For applications without an object table (Qt): reads below `menuBar` what the walk will
+    // ask, as Part 3.2 asks it (titled items only, submenus to the depth limit, the first page of
+    // each element), one level of every menu per pipelined wave instead of one element at a
+    // time. Bounded by the walk's budget and by itemCap + pageSize objects; the walk reads
+    // anything left over as before.
+    static void prefetchMenus(const std::shared_ptr<Node>& menuBar);
 
 private:
     struct Siblings;
@@ -131,6 +152,14 @@ private:
     // rest of its page of siblings.
     void ensureInfo();
     static void loadKeyBindings(const QList<std::shared_ptr<Node>>& nodes);
+    // One read in two halves, so that reads of many nodes can be pipelined together.
+    QList<QDBusPendingCall> sendInfo(); // role, name, state, child count
+    void receiveInfo(QList<QDBusPendingCall>& calls);
+    QDBusPendingCall sendKeyBinding();
+    void receiveKeyBinding(QDBusPendingCall& call);
+    QDBusPendingCall sendChildren();
+    void receiveChildren(QDBusPendingCall& call);
+    void adoptChildren(const QList<Reference>& references);
     void setName(const QString& name); // absent when longer than maxTitleLength
     ShortcutKeys parseKeyBinding(const QString& binding) const;
 
