@@ -2,8 +2,9 @@
 """Reads an strace log of Corvane (-f, network calls and file opens) and its own log:
 
 - network: no socket of any family but AF_UNIX (no AF_INET, AF_INET6, AF_NETLINK, …), and every
-  AF_UNIX connect goes to the X server, one of the D-Bus buses given with --allow-bus, or the
-  systemd journal;
+  AF_UNIX connect goes to the X server, one of the D-Bus buses given with --allow-bus, an
+  application's own accessibility socket (at-spi2-socket-PID, which GTK hands out through
+  GetApplicationBusAddress) in a folder given with --allow-app-sockets, or the systemd journal;
 - privacy: no --secret text (the search typed, the title of the command run) in Corvane's log or
   in any file it opened for writing or renamed into place.
 
@@ -18,6 +19,7 @@ parser = argparse.ArgumentParser()
 parser.add_argument("--trace", required=True, type=Path)
 parser.add_argument("--log", required=True, type=Path)
 parser.add_argument("--allow-bus", action="append", default=[])
+parser.add_argument("--allow-app-sockets", action="append", default=[])
 parser.add_argument("--secret", action="append", default=[])
 args = parser.parse_args()
 
@@ -72,6 +74,9 @@ def kind(target):
         return "a D-Bus bus"
     if target == JOURNAL:
         return "the journal"
+    folder, _, name = target.rpartition("/")
+    if folder in args.allow_app_sockets and re.fullmatch(r"at-spi2-socket-\d+", name):
+        return "an application's accessibility socket"
     return None
 
 
@@ -104,4 +109,5 @@ if problems:
     for p in problems:
         print("check_privacy:", p, file=sys.stderr)
     sys.exit(1)
-print("check_privacy: no network but the X server, the buses and the journal; no secret on disk")
+print("check_privacy: no network but the X server, the buses, applications' accessibility sockets "
+      "and the journal; no secret on disk")
