@@ -2,6 +2,7 @@
 // beside the pyatspi reference walker (reference_walker.py) reading the same trees in the same
 // run. Runs inside tools/test-session.sh. Prints `bench <name> <value> <unit>` lines.
 
+#include "ProcessFigures.h"
 #include "menus/MenuCrawler.h"
 #include "platform/linux/AppIdentity.h"
 #include "platform/linux/AtspiClient.h"
@@ -15,8 +16,6 @@
 #include <QThread>
 #include <algorithm>
 #include <cstdio>
-#include <sys/resource.h>
-#include <unistd.h>
 
 using namespace corvane;
 
@@ -43,20 +42,6 @@ template <typename F> auto onCrawlThread(F job) -> decltype(job())
     return *result;
 }
 
-// CPU time (user + system) a process has used so far, in milliseconds; 0 when unreadable.
-double cpuMs(qint64 pid)
-{
-    QFile file(QStringLiteral("/proc/%1/stat").arg(pid));
-    if (!file.open(QIODevice::ReadOnly))
-        return 0;
-    const QByteArray stat = file.readAll();
-    // Fields after the command name (which may hold spaces) start at field 3; utime is 14.
-    const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
-    if (fields.size() < 13)
-        return 0;
-    return (fields[11].toDouble() + fields[12].toDouble()) * 1000.0 / double(sysconf(_SC_CLK_TCK));
-}
-
 // The accessibility bus's daemon (started by at-spi-bus-launcher), or 0.
 qint64 accessibilityBusDaemon()
 {
@@ -67,14 +52,6 @@ qint64 accessibilityBusDaemon()
             return entry.toLongLong();
     }
     return 0;
-}
-
-double ownCpuMs()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return (usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1000.0 +
-           (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1000.0;
 }
 
 double median(std::vector<double> v)
@@ -132,8 +109,9 @@ int main(int argc, char* argv[])
         std::vector<double> ours, reference;
         int items = 0;
         const qint64 daemon = accessibilityBusDaemon();
-        const double appBefore = cpuMs(t.app.pid), busBefore = cpuMs(daemon),
-                     ownBefore = ownCpuMs();
+        const qint64 self = QCoreApplication::applicationPid();
+        const double appBefore = test::cpuSeconds(t.app.pid), busBefore = test::cpuSeconds(daemon),
+                     ownBefore = test::cpuSeconds(self);
         for (int run = 0; run < 10; ++run) {
             // Timed on the crawl thread itself: the crawl, not the hand-over.
             const auto [catalog, ms] = onCrawlThread([&] {
@@ -150,9 +128,9 @@ int main(int argc, char* argv[])
         }
         // Where a crawl's time goes, per crawl: the application answering, the bus daemon
         // routing, Corvane asking (coarse: the kernel counts in clock ticks).
-        const double appCpu = (cpuMs(t.app.pid) - appBefore) / 10,
-                     busCpu = (cpuMs(daemon) - busBefore) / 10,
-                     ownCpu = (ownCpuMs() - ownBefore) / 10;
+        const double appCpu = (test::cpuSeconds(t.app.pid) - appBefore) * 1000 / 10,
+                     busCpu = (test::cpuSeconds(daemon) - busBefore) * 1000 / 10,
+                     ownCpu = (test::cpuSeconds(self) - ownBefore) * 1000 / 10;
         int referenceItems = -1;
         for (int run = 0; run < 10; ++run) {
             QProcess walker;

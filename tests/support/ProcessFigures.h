@@ -27,8 +27,10 @@ inline double cpuSeconds(qint64 pid)
     QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
     if (!stat.open(QIODevice::ReadOnly))
         return 0;
-    // After the command name (in parentheses): utime and stime are the 12th and 13th fields.
-    const QList<QByteArray> fields = stat.readAll().split(')').value(1).simplified().split(' ');
+    // After the command name (in parentheses, and it may hold some): utime and stime are the
+    // 12th and 13th fields.
+    const QByteArray text = stat.readAll();
+    const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 1).simplified().split(' ');
     return (fields.value(11).toDouble() + fields.value(12).toDouble()) /
            double(sysconf(_SC_CLK_TCK));
 }
