@@ -385,9 +385,9 @@ void Node::prefetchMenus(const std::shared_ptr<Node>& menuBar)
         std::shared_ptr<Node> node;
         Ask ask;
         int depth;
-        std::shared_ptr<Node> item = {}; // for candidateInfo: the item whose child it is
     };
     QList<Request> wave;
+    QList<Request> deciding; // Qt items whose children's roles the wave reads
     if (menuBar->m_children)
         for (const auto& child : menuBar->m_children->mid(0, pageSize))
             wave.append({child, Ask::info, 0});
@@ -431,14 +431,25 @@ void Node::prefetchMenus(const std::shared_ptr<Node>& menuBar)
             });
 
         // The next wave: what the walk will ask next, as it would ask it.
-        QList<Request> next;
-        const auto ask = [&](const std::shared_ptr<Node>& node, Ask what, int depth,
-                             const std::shared_ptr<Node>& item = {}) {
+        QList<Request> next, nextDeciding;
+        const auto ask = [&](const std::shared_ptr<Node>& node, Ask what, int depth) {
             if ((what == Ask::info || what == Ask::candidateInfo) && objects++ >= objectLimit)
-                return;
-            next.append({node, what, depth, item});
+                return false;
+            next.append({node, what, depth});
+            return true;
         };
-        QSet<Node*> itemsDecided;
+        // A Qt item's submenu element is its first child of role MENU or POPUP_MENU.
+        for (const Request& r : std::as_const(deciding)) {
+            std::shared_ptr<Node> submenu;
+            for (const auto& child : *r.node->m_children)
+                if (!submenu && child->m_infoLoaded &&
+                    (child->m_role == roleMenu || child->m_role == rolePopupMenu))
+                    submenu = child;
+            if (!submenu)
+                ask(r.node, Ask::keyBinding, r.depth);
+            else if (submenu->m_childCount != 0 && r.depth < MenuWalk::depthLimit)
+                ask(submenu, Ask::children, r.depth);
+        }
         for (const Request& r : std::as_const(wave)) {
             const auto& node = r.node;
             switch (r.ask) {
@@ -446,12 +457,16 @@ void Node::prefetchMenus(const std::shared_ptr<Node>& menuBar)
                 for (const auto& child : node->m_children->mid(0, pageSize))
                     ask(child, Ask::info, r.depth + 1);
                 break;
-            case Ask::itemChildren: // a Qt item: which child is its submenu element
+            case Ask::itemChildren: { // a Qt item: which child is its submenu element
+                bool asked = false;
                 for (const auto& child : node->m_children->mid(0, pageSize))
-                    ask(child, Ask::candidateInfo, r.depth, node);
+                    asked = ask(child, Ask::candidateInfo, r.depth) || asked;
+                if (asked)
+                    nextDeciding.append(r); // once the next wave has read their roles
                 if (node->m_children->isEmpty())
                     ask(node, Ask::keyBinding, r.depth); // no submenu: a command
                 break;
+            }
             case Ask::info:
                 if (!node->m_name || node->m_name->isEmpty())
                     break;                      // untitled: the walk skips it
@@ -464,27 +479,13 @@ void Node::prefetchMenus(const std::shared_ptr<Node>& menuBar)
                     ask(node, Ask::keyBinding, r.depth);
                 }
                 break;
-            case Ask::candidateInfo: {
-                // Once per item, when all its children's roles are known (one wave reads them).
-                if (itemsDecided.contains(r.item.get()))
-                    break;
-                itemsDecided.insert(r.item.get());
-                std::shared_ptr<Node> submenu;
-                for (const auto& child : *r.item->m_children)
-                    if (!submenu && child->m_infoLoaded &&
-                        (child->m_role == roleMenu || child->m_role == rolePopupMenu))
-                        submenu = child;
-                if (!submenu)
-                    ask(r.item, Ask::keyBinding, r.depth);
-                else if (submenu->m_childCount != 0 && r.depth < MenuWalk::depthLimit)
-                    ask(submenu, Ask::children, r.depth);
-                break;
-            }
+            case Ask::candidateInfo: // decided with its item, above
             case Ask::keyBinding:
                 break;
             }
         }
         wave = std::move(next);
+        deciding = std::move(nextDeciding);
     }
 }
 
