@@ -10,10 +10,32 @@ CommandListModel::CommandListModel(OverlayViewModel* model, const QString& title
 
 void CommandListModel::setCommands(const QList<MenuCommand>& commands)
 {
-    const bool countChanges = commands.size() != m_commands.size();
-    beginResetModel();
-    m_commands = commands;
-    endResetModel();
+    // Rows are changed in place and only the tail is inserted or removed, never a reset: a
+    // list view keeps its delegates and rebinds the rows that changed (a keystroke re-ranks
+    // the search results; making their rows again would cost the frame).
+    const qsizetype before = m_commands.size(), after = commands.size();
+    const bool countChanges = after != before;
+    if (after < before) {
+        beginRemoveRows({}, int(after), int(before - 1));
+        m_commands.resize(after);
+        endRemoveRows();
+    }
+    qsizetype firstChanged = -1, lastChanged = -1;
+    for (qsizetype row = 0; row < std::min(before, after); ++row) {
+        if (m_commands[row] == commands[row])
+            continue;
+        m_commands[row] = commands[row];
+        if (firstChanged < 0)
+            firstChanged = row;
+        lastChanged = row;
+    }
+    if (firstChanged >= 0)
+        Q_EMIT dataChanged(index(int(firstChanged)), index(int(lastChanged)));
+    if (after > before) {
+        beginInsertRows({}, int(before), int(after - 1));
+        m_commands.append(commands.sliced(before));
+        endInsertRows();
+    }
     ++m_revision;
     Q_EMIT commandsChanged();
     if (countChanges)

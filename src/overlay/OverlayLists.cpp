@@ -141,8 +141,10 @@ void OverlayLists::refreshResults()
     if (!m_resultsStale)
         return;
     m_resultsStale = false;
-    m_results.setCommands(m_model->isSearchActive() ? m_model->searchResults()
-                                                    : QList<MenuCommand>{});
+    // Without a search the list is hidden and keeps the last search's rows: the next search
+    // rebinds them in place instead of making them again (the first keystroke's frame).
+    if (m_model->isSearchActive())
+        m_results.setCommands(m_model->searchResults());
 }
 
 } // namespace corvane

@@ -44,6 +44,17 @@ MenuCatalog sample()
     return catalog;
 }
 
+// The caps a KeycapView draws, in order: its visible children with a label (hidden ones are
+// kept for a reused row's next shortcut).
+QList<QQuickItem*> drawnCaps(QQuickItem* view)
+{
+    QList<QQuickItem*> drawn;
+    for (QQuickItem* cap : view->childItems())
+        if (cap->property("label").isValid() && cap->isVisible())
+            drawn << cap;
+    return drawn;
+}
+
 QColor colorOf(QQuickItem* item)
 {
     return item->property("color").value<QColor>();
@@ -85,6 +96,8 @@ private Q_SLOTS:
     void favoritesCardFirstAndFullWidth();
     void gridColumnsAdaptToWidth();
     void selectionBelowViewScrollsJustEnough();
+    void newQueryShowsResultsFromTheTop();
+    void newQueryRebindsTheRowsInPlace();
     void hugeMenuMakesOnlyTheRowsInView();
     void unpinnedSearchFieldAsksForPin();
     void pinnedHeaderShowsBadgeLeftOfNothing();
@@ -342,6 +355,77 @@ void TestOverlayViews::selectionBelowViewScrollsJustEnough()
              qPrintable(QStringLiteral("row bottom %1, view bottom %2")
                             .arg(shown.bottom())
                             .arg(view.bottom())));
+}
+
+void TestOverlayViews::newQueryShowsResultsFromTheTop()
+{
+    MenuCatalog catalog{{}, {}, {{"Many", {}}}};
+    for (int i = 0; i < 60; ++i)
+        catalog.sections[0].commands
+            << command({"Many", QStringLiteral("Item %1").arg(i, 2, 10, QChar('0'))});
+    present(catalog);
+    m_controller->pin();
+    m_controller->viewModel().setQuery(QStringLiteral("item"));
+    QVERIFY(nextFrame(m_controller->panel()));
+    QQuickItem* list = find("searchList");
+    const qreal top = list->property("contentY").toReal();
+    m_controller->viewModel().setSelection(59);
+    QVERIFY(nextFrame(m_controller->panel()));
+    QVERIFY(list->property("contentY").toReal() > top);
+
+    // The rows change in place; the list still starts again at its top, margin included.
+    m_controller->viewModel().setQuery(QStringLiteral("item 1"));
+    QVERIFY(nextFrame(m_controller->panel()));
+    QCOMPARE(m_controller->viewModel().selection(), 0);
+    QCOMPARE(list->property("contentY").toReal(), top);
+    QQuickItem* first = row("SearchRow", QStringLiteral("Item 10"));
+    QVERIFY(first);
+    QCOMPARE(windowRect(first).top(), windowRect(list).top() + 12);
+}
+
+void TestOverlayViews::newQueryRebindsTheRowsInPlace()
+{
+    const MenuCatalog catalog = sample();
+    QHash<QString, QStringList> capsOf; // title → the caps its shortcut draws
+    for (const MenuSection& section : catalog.sections)
+        for (const MenuCommand& c : section.commands)
+            if (!c.shortcut.key.isEmpty())
+                capsOf[c.path.last().title] = c.shortcut.modifiers + QStringList{c.shortcut.key};
+    present(catalog);
+    m_controller->pin();
+    QSet<QQuickItem*> everMade;
+    // Each query re-ranks the results: rows of 3, 2, 1 and no caps trade places.
+    for (const QString query : {"s", "e", "re", "sa", "o", "s"}) {
+        m_controller->viewModel().setQuery(query);
+        QVERIFY(nextFrame(m_controller->panel()));
+        // The rows in the list; a row given back to the pool for reuse has index -1.
+        QList<QQuickItem*> rows;
+        for (QQuickItem* title : visibleItems(find("searchList"), "title")) {
+            QQuickItem* searchRow = title;
+            while (
+                !QString::fromLatin1(searchRow->metaObject()->className()).startsWith("SearchRow"))
+                searchRow = searchRow->parentItem();
+            if (searchRow->property("index").toInt() >= 0)
+                rows << searchRow;
+        }
+        QCOMPARE(rows.size(), m_controller->viewModel().searchResults().size());
+        for (QQuickItem* searchRow : std::as_const(rows)) {
+            QStringList drawn;
+            for (QQuickItem* cap : drawnCaps(item(searchRow, "keycaps")))
+                drawn << cap->property("label").toString();
+            const QString text = item(searchRow, "title")->property("text").toString();
+            QCOMPARE(drawn, capsOf.value(text));
+            QCOMPARE(item(searchRow, "keycaps")->isVisible(), capsOf.contains(text));
+        }
+        // A row is made only when more are shown than were ever made: the others are the
+        // earlier ones, rebound.
+        qsizetype made = 0;
+        for (QQuickItem* shown : std::as_const(rows))
+            made += everMade.contains(shown) ? 0 : 1;
+        QCOMPARE(made, std::max<qsizetype>(0, rows.size() - everMade.size()));
+        for (QQuickItem* shown : std::as_const(rows))
+            everMade.insert(shown);
+    }
 }
 
 void TestOverlayViews::hugeMenuMakesOnlyTheRowsInView()
@@ -603,11 +687,7 @@ void TestOverlayViews::singleCharacterCapsAreSquare()
 {
     present(sample());
     QQuickItem* caps = item(row("CommandRow", "Save Special"), "keycaps");
-    const QList<QQuickItem*> each = caps->childItems();
-    QList<QQuickItem*> drawn;
-    for (QQuickItem* cap : each)
-        if (cap->property("label").isValid())
-            drawn << cap;
+    const QList<QQuickItem*> drawn = drawnCaps(caps);
     QCOMPARE(drawn.size(), 3);
     QStringList labels;
     for (QQuickItem* cap : drawn) {
@@ -622,10 +702,7 @@ void TestOverlayViews::longLabelCapIsPadded()
 {
     present(sample());
     QQuickItem* caps = item(row("CommandRow", "Reload"), "keycaps");
-    QList<QQuickItem*> drawn;
-    for (QQuickItem* cap : caps->childItems())
-        if (cap->property("label").isValid())
-            drawn << cap;
+    const QList<QQuickItem*> drawn = drawnCaps(caps);
     QCOMPARE(drawn.size(), 1);
     QQuickItem* label = drawn[0]->childItems().last();
     QCOMPARE(drawn[0]->width(), label->implicitWidth() + 10);

@@ -262,6 +262,14 @@ void TestOverlayViewModel::listModelsFollowTheViewModel()
     m.setQuery(QStringLiteral("un"));
     QVERIFY(lists.searchActive());
     QCOMPARE(lists.results()->count(), 1);
+    // Cleared, the hidden list keeps the last search's rows for the next search to rebind.
+    m.setQuery({});
+    QVERIFY(!lists.searchActive());
+    QCOMPARE(lists.results()->count(), 1);
+    m.setQuery(QStringLiteral("save"));
+    QCOMPARE(lists.results()->commands(), m.searchResults());
+    QCOMPARE(lists.results()->count(), 1);
+    m.setQuery(QStringLiteral("un"));
     m.setFavoriteOrder({cmd("Edit", "Undo").id(), cmd("File", "Save").id()});
     QCOMPARE(lists.favorites()->count(), 2);
     QCOMPARE(lists.favorites()->data(lists.favorites()->index(0), CommandListModel::TitleRole),

@@ -23,7 +23,12 @@ Item {
     Connections {
         target: root.model
         function onPinnedChanged() { root.searchFocused = root.model.pinned }
-        function onQueryChanged() { root.model.selection = 0 }
+        // A new query shows its results from the top (the rows change in place: the list
+        // keeps its position unless told).
+        function onQueryChanged() {
+            root.model.selection = 0
+            results.contentY = results.originY - results.topMargin
+        }
         function onSelectionChanged() { results.reveal() }
     }
     // A new presentation (Part 5.2): the view's own state starts afresh, as in a new view.
