@@ -18,10 +18,17 @@ PeekPanel::PeekPanel()
 
 void PeekPanel::cutToCard(bool cut)
 {
+    // Asked on every presentation; the X server (and the window manager, which may redraw on
+    // a shape change) hears of the mask only when it changes.
     if (!cut) {
-        setMask(QRegion());
+        if (m_cutSize)
+            setMask(QRegion());
+        m_cutSize.reset();
         return;
     }
+    if (m_cutSize == size())
+        return;
+    m_cutSize = size();
     QPainterPath card;
     card.addRoundedRect(QRectF(QPointF(0, 0), size()), cornerRadius, cornerRadius);
     setMask(QRegion(card.toFillPolygon().toPolygon()));

@@ -5,6 +5,7 @@
 // for typing while the application in front stays active.
 
 #include <QQuickWindow>
+#include <optional>
 
 namespace corvane {
 
@@ -28,6 +29,7 @@ public:
 
 private:
     bool m_hasKeyboard = false;
+    std::optional<QSize> m_cutSize; // the size the mask was made for; none while uncut
 };
 
 } // namespace corvane
