@@ -126,6 +126,7 @@ private:
     void resizePanel(int width, int height);
     QQuickItem* find(const QString& name);
     QQuickItem* row(const QString& kind, const QString& title); // a CommandRow or SearchRow
+    QQuickItem* searchManyItems(); // "item" among Item 00 … Item 59, pinned: the results list
     void hover(QQuickItem* item);
     void click(QQuickItem* item);
 
@@ -198,6 +199,18 @@ QQuickItem* TestOverlayViews::row(const QString& kind, const QString& title)
     qWarning("no %s titled \"%s\" among %s", qPrintable(kind), qPrintable(title),
              qPrintable(shown.join(u'|')));
     return nullptr;
+}
+
+QQuickItem* TestOverlayViews::searchManyItems()
+{
+    MenuCatalog catalog{{}, {}, {{"Many", {}}}};
+    for (int i = 0; i < 60; ++i)
+        catalog.sections[0].commands
+            << command({"Many", QStringLiteral("Item %1").arg(i, 2, 10, QChar('0'))});
+    present(catalog);
+    m_controller->pin();
+    m_controller->viewModel().setQuery(QStringLiteral("item"));
+    return nextFrame(m_controller->panel()) ? find("searchList") : nullptr;
 }
 
 void TestOverlayViews::hover(QQuickItem* target)
@@ -321,15 +334,7 @@ void TestOverlayViews::gridColumnsAdaptToWidth()
 
 void TestOverlayViews::selectionBelowViewScrollsJustEnough()
 {
-    MenuCatalog catalog{{}, {}, {{"Many", {}}}};
-    for (int i = 0; i < 60; ++i)
-        catalog.sections[0].commands
-            << command({"Many", QStringLiteral("Item %1").arg(i, 2, 10, QChar('0'))});
-    present(catalog);
-    m_controller->pin();
-    m_controller->viewModel().setQuery(QStringLiteral("item"));
-    QVERIFY(nextFrame(m_controller->panel()));
-    QQuickItem* list = find("searchList");
+    QQuickItem* list = searchManyItems();
     QVERIFY(list);
     const qreal startY = list->property("contentY").toReal();
 
@@ -359,15 +364,8 @@ void TestOverlayViews::selectionBelowViewScrollsJustEnough()
 
 void TestOverlayViews::newQueryShowsResultsFromTheTop()
 {
-    MenuCatalog catalog{{}, {}, {{"Many", {}}}};
-    for (int i = 0; i < 60; ++i)
-        catalog.sections[0].commands
-            << command({"Many", QStringLiteral("Item %1").arg(i, 2, 10, QChar('0'))});
-    present(catalog);
-    m_controller->pin();
-    m_controller->viewModel().setQuery(QStringLiteral("item"));
-    QVERIFY(nextFrame(m_controller->panel()));
-    QQuickItem* list = find("searchList");
+    QQuickItem* list = searchManyItems();
+    QVERIFY(list);
     const qreal top = list->property("contentY").toReal();
     m_controller->viewModel().setSelection(59);
     QVERIFY(nextFrame(m_controller->panel()));
