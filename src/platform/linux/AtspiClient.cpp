@@ -468,8 +468,8 @@ void Node::prefetchMenus(const std::shared_ptr<Node>& menuBar)
                 break;
             }
             case Ask::info:
-                if (!node->m_name || node->m_name->isEmpty())
-                    break;                      // untitled: the walk skips it
+                if (!node->isTitled())
+                    break;                      // the walk skips it
                 if (node->m_role == roleMenu) { // GTK: the item is its own submenu element
                     if (node->m_childCount != 0 && r.depth < MenuWalk::depthLimit)
                         ask(node, Ask::children, r.depth);
@@ -549,14 +549,13 @@ void Node::loadKeyBindings(const QList<std::shared_ptr<Node>>& nodes)
 {
     QList<std::shared_ptr<Node>> leaves;
     for (const auto& node : nodes) {
-        const auto prefetched =
-            node->m_session->keyBindings.constFind(node->m_reference.path.path());
         if (node->m_shortcut)
             continue; // read by the level-wise prefetch
+        const auto prefetched =
+            node->m_session->keyBindings.constFind(node->m_reference.path.path());
         if (prefetched != node->m_session->keyBindings.constEnd())
             node->m_shortcut = node->parseKeyBinding(*prefetched);
-        else if (isLeafMenuItem(node->m_role, node->m_childCount) && node->m_name &&
-                 !node->m_name->isEmpty()) // the walk skips untitled items
+        else if (isLeafMenuItem(node->m_role, node->m_childCount) && node->isTitled())
             leaves.append(node);
     }
     pipelined(
@@ -808,10 +807,9 @@ MenuSource::MenuBar MenuBarFinder::menuBar(qint64 pid, WalkBudget& budget)
     // GTK publishes every object, closed menus included, in one call; Qt's cache is empty, so
     // Qt applications are read level by level.
     std::shared_ptr<Node> root;
-    // GTK answers on a connection of its own, without the bus daemon between (Qt has none).
-    if (!session->isQt)
-        session->connectDirectly(entry->root);
     if (!session->isQt) {
+        // GTK answers on a connection of its own, without the bus daemon between (Qt has none).
+        session->connectDirectly(entry->root);
         ensureEventListener(session->bus());
         session->table = readObjectTable(*session, entry->root);
         if (session->table && session->table->byPath.contains(rootPath))

@@ -161,6 +161,8 @@ private:
     void receiveChildren(QDBusPendingCall& call);
     void adoptChildren(const QList<Reference>& references);
     void setName(const QString& name); // absent when longer than maxTitleLength
+    // Whether the walk reads this item at all: it skips untitled ones (and too long titles).
+    bool isTitled() const { return m_name && !m_name->isEmpty(); }
     ShortcutKeys parseKeyBinding(const QString& binding) const;
 
     std::shared_ptr<Session> m_session;
