@@ -101,20 +101,18 @@ int main(int argc, char** argv)
     // present(...) to the first frame.
     std::vector<double> presentToFrame;
     double rssAfter1 = 0, rssAfter20 = 0, rssAfter100 = 0;
-    int presentations = 0;
-    for (int i = 0; i < 100; ++i) {
+    for (int presentations = 1; presentations <= 100; ++presentations) {
         QElapsedTimer timer;
         timer.start();
         present();
         const double ms = waitFor(controller.panel(), &QQuickWindow::frameSwapped, timer);
-        ++presentations;
         if (presentations == 1)
             rssAfter1 = residentMegabytes();
         if (presentations == 20)
             rssAfter20 = residentMegabytes();
         if (presentations == 100)
             rssAfter100 = residentMegabytes();
-        if (i >= warmUp && i < warmUp + samples)
+        if (presentations > warmUp && presentations <= warmUp + samples)
             presentToFrame.push_back(ms);
         controller.dismiss();
         waitFor(&controller, &OverlayPanelController::hidden, timer);

@@ -27,18 +27,21 @@ Item {
         // keeps its position unless told).
         function onQueryChanged() {
             root.model.selection = 0
-            results.contentY = results.originY - results.topMargin
+            root.scrollToTop(results)
         }
         function onSelectionChanged() { results.reveal() }
     }
     // A new presentation (Part 5.2): the view's own state starts afresh, as in a new view.
     function reset() {
         searchFocused = false
-        // (positionViewAtBeginning() would hide the top margins.)
-        grid.contentY = grid.originY - grid.topMargin
-        results.contentY = results.originY - results.topMargin
+        scrollToTop(grid)
+        scrollToTop(results)
         if (root.model.pinned)
             Qt.callLater(() => root.searchFocused = true)
+    }
+    // The top of a list, its top margin shown (positionViewAtBeginning() would hide it).
+    function scrollToTop(view) {
+        view.contentY = view.originY - view.topMargin
     }
 
     // Back to front: the accent tint, the glass or the window colour, the content, the outline.
