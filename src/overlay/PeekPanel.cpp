@@ -14,6 +14,10 @@ PeekPanel::PeekPanel()
     setColor(Qt::transparent);   // the rounded card drawn by the root view is the only shape
     setGeometry(0, 0, 900, 600); // replaced by placement before the first display
     setTitle(QStringLiteral("Corvane"));
+    // _NET_WM_USER_TIME 0 on every map: "do not activate this window". Without it the window
+    // manager compares the time of our last X event (the trigger's) with the application's and
+    // may activate a panel that takes input, as a pinned one does.
+    setProperty("_q_showWithoutActivating", true);
 }
 
 void PeekPanel::cutToCard(bool cut)
@@ -43,6 +47,10 @@ bool PeekPanel::takeKeyboard(bool take)
         setFlag(Qt::WindowDoesNotAcceptFocus, true);
         return false;
     }
+    // The panel takes input only once it is mapped: a window mapped accepting focus is one the
+    // window manager may activate, taking _NET_ACTIVE_WINDOW from the application in front.
+    if (!isExposed())
+        return false;
     setFlag(Qt::WindowDoesNotAcceptFocus, false);
     m_hasKeyboard = m_hasKeyboard || setKeyboardGrabEnabled(true);
     return m_hasKeyboard;

@@ -74,6 +74,7 @@ private Q_SLOTS:
     void dismissWhenHiddenRunsNoAnimation();
     void unpinnedKeysGoToTheApplication();
     void pinnedKeysReachThePanelWhileTheApplicationStaysActive();
+    void pinnedBeforeItIsMappedLeavesTheApplicationActive();
     void returnWithoutSearchIsPassedOn();
     void escapeIsConsumedWithoutCloseCallback();
     void arrowsWithEmptyQueryStayBounded();
@@ -176,14 +177,17 @@ void TestOverlayPanel::panelIsAToolWindowAboveOthers()
 {
     present();
     QProcess xprop;
-    xprop.start(QStringLiteral("xprop"), {"-id", QString::number(m_controller->panel()->winId()),
-                                          "_NET_WM_STATE", "_NET_WM_WINDOW_TYPE", "WM_HINTS"});
+    xprop.start(QStringLiteral("xprop"),
+                {"-id", QString::number(m_controller->panel()->winId()), "_NET_WM_STATE",
+                 "_NET_WM_WINDOW_TYPE", "WM_HINTS", "_NET_WM_USER_TIME"});
     QVERIFY(xprop.waitForFinished(5000));
     const QString props = QString::fromUtf8(xprop.readAllStandardOutput());
     QVERIFY2(props.contains(QStringLiteral("_NET_WM_STATE_ABOVE")), qPrintable(props));
     QVERIFY2(props.contains(QStringLiteral("_NET_WM_WINDOW_TYPE_UTILITY")), qPrintable(props));
     QVERIFY2(props.contains(QStringLiteral("Client accepts input or input focus: False")),
              qPrintable(props));
+    // Mapped with "do not activate" (a user time of 0), whatever our last X event was.
+    QVERIFY2(props.contains(QStringLiteral("_NET_WM_USER_TIME(CARDINAL) = 0")), qPrintable(props));
     // Shown without taking activation.
     QTest::qWait(200);
     QCOMPARE(activeWindowPid(), m_mousepad);
@@ -338,6 +342,24 @@ void TestOverlayPanel::pinnedKeysReachThePanelWhileTheApplicationStaysActive()
     type(QStringLiteral("x"));
     QTRY_VERIFY(windowName(m_mousepad).startsWith(u'*'));
     key(QStringLiteral("ctrl+z"));
+}
+
+void TestOverlayPanel::pinnedBeforeItIsMappedLeavesTheApplicationActive()
+{
+    // As the tray's "Peek Current App" does: present and pin in one go, before the window
+    // manager has mapped the panel. Twice: a new panel, then the same one shown again.
+    for (int round = 0; round < 2; ++round) {
+        m_controller->present(RunningApp{m_mousepad, {}, QStringLiteral("Editor"), {}}, sample(),
+                              {}, true, true, true, QStringLiteral("Ctrl"));
+        m_controller->pin();
+        QTRY_VERIFY(m_controller->panel()->hasKeyboard());
+        QTest::qWait(300); // time for a window manager to activate a window mapped for input
+        QCOMPARE(activeWindowPid(), m_mousepad);
+        type(QStringLiteral("save"));
+        QTRY_COMPARE(m_controller->viewModel().query(), QStringLiteral("save"));
+        m_controller->dismiss();
+        QTRY_VERIFY(!m_controller->panel()->isVisible());
+    }
 }
 
 void TestOverlayPanel::returnWithoutSearchIsPassedOn()
