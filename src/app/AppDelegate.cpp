@@ -228,23 +228,28 @@ void AppDelegate::showOverlay()
         return;
     }
     targetApp = app;
-    const QString bundleID = *app->appId;
-    const auto catalog = cache->catalog(bundleID);
-    const QStringList favoriteIDs = favorites.ids(bundleID);
-    const auto flag = [this](const QString& key) {
-        return TriggerSettings::displayOption(m_defaults, key);
-    };
     // A compositor may have started or stopped since the last peek.
     overlay.setTranslucent(m_platform.isCompositing && m_platform.isCompositing());
-    overlay.present(*app, catalog, favoriteIDs, flag(TriggerSettings::showDisabledItemsKey),
-                    flag(TriggerSettings::showItemsWithoutShortcutKey),
-                    flag(TriggerSettings::glassyBackgroundKey), triggerSymbol());
+    fillOverlay(&OverlayPanelController::present, *app);
     m_awaitingFirstFrame = true;
     // The menus are read again on every show; the overlay is refreshed when they arrive. The
     // crawl is queued once the first frame is on screen (or 100 ms later at most): on a small
     // machine its requests and the application's answers would otherwise delay that frame.
     m_crawlAfterFirstFrame = app;
     QTimer::singleShot(100, this, &AppDelegate::startCrawlAfterFirstFrame);
+}
+
+void AppDelegate::fillOverlay(OverlayFill fill, const RunningApp& app)
+{
+    const QString bundleID = *app.appId;
+    const QStringList favoriteIDs = favorites.ids(bundleID);
+    const auto flag = [this](const QString& key) {
+        return TriggerSettings::displayOption(m_defaults, key);
+    };
+    (overlay.*fill)(app, cache->catalog(bundleID), favoriteIDs,
+                    flag(TriggerSettings::showDisabledItemsKey),
+                    flag(TriggerSettings::showItemsWithoutShortcutKey),
+                    flag(TriggerSettings::glassyBackgroundKey), triggerSymbol());
 }
 
 void AppDelegate::firstFrameSwapped()
@@ -310,11 +315,16 @@ void AppDelegate::crawlAndUpdate(const RunningApp& app)
 void AppDelegate::crawlFinishedOnMainThread(quint64 sequence, const RunningApp& app,
                                             const MenuCatalog& catalog)
 {
-    if (sequence == m_prefetchCrawl)
-        m_prefetchFinished = true;
     const bool refresh = panelIsVisible() && targetApp && targetApp->pid == app.pid;
     if (refresh)
         overlay.update(catalog);
+    if (sequence == m_prefetchCrawl && !m_prefetchFinished) {
+        m_prefetchFinished = true;
+        // The hold's prefetch, before the overlay shows: its views are made now, while the
+        // user still holds the trigger, rather than when the overlay is asked to show.
+        if (!panelIsVisible() && app.appId)
+            fillOverlay(&OverlayPanelController::stage, app);
+    }
     Q_EMIT crawlFinished(app, refresh);
 }
 

@@ -56,6 +56,8 @@ void OverlayPanelController::createPanel()
     m_engine->addImageProvider(QStringLiteral("appicon"), new AppIconImageProvider);
     m_rootComponent = std::make_unique<QQmlComponent>(m_engine.get(), rootViewUrl,
                                                       QQmlComponent::PreferSynchronous);
+    connect(&m_lists, &OverlayLists::sectionsChanged, this, [this] { m_sectionsDrawn = false; });
+    connect(m_panel.get(), &QQuickWindow::frameSwapped, this, [this] { m_sectionsDrawn = true; });
     m_root = createViewIn(*m_rootComponent, *m_panel,
                           {{QStringLiteral("model"), QVariant::fromValue(&m_viewModel)},
                            {QStringLiteral("lists"), QVariant::fromValue(&m_lists)},
@@ -85,6 +87,34 @@ void OverlayPanelController::present(const RunningApp& app,
                                      const QStringList& favorites, bool showDisabled,
                                      bool showNoShortcut, bool glassy, const QString& triggerSymbol)
 {
+    fill(app, catalog, favorites, showDisabled, showNoShortcut, glassy, triggerSymbol);
+    // A fade-out still running can no longer hide the panel.
+    nextGeneration();
+    m_root->setOpacity(0);
+    m_panel->show(); // does not take activation (PeekPanel)
+    m_panel->raise();
+    fade(1.0, fadeInMs, {});
+}
+
+void OverlayPanelController::stage(const RunningApp& app, const std::optional<MenuCatalog>& catalog,
+                                   const QStringList& favorites, bool showDisabled,
+                                   bool showNoShortcut, bool glassy, const QString& triggerSymbol)
+{
+    if (m_panel && m_panel->isVisible())
+        return;
+    fill(app, catalog, favorites, showDisabled, showNoShortcut, glassy, triggerSymbol);
+    if (!std::exchange(m_sectionsDrawn, true)) {
+        // New sections: a frame drawn off screen makes their scene graph nodes (text layouts,
+        // glyphs) now; the first frame on screen then only paints.
+        m_root->setOpacity(1);
+        m_panel->grabWindow();
+    }
+}
+
+void OverlayPanelController::fill(const RunningApp& app, const std::optional<MenuCatalog>& catalog,
+                                  const QStringList& favorites, bool showDisabled,
+                                  bool showNoShortcut, bool glassy, const QString& triggerSymbol)
+{
     if (!m_panel)
         createPanel();
 
@@ -103,20 +133,12 @@ void OverlayPanelController::present(const RunningApp& app,
     m_viewModel.setTriggerSymbol(triggerSymbol);
     m_lists.setDeferred(false);
 
-    // A fade-out still running can no longer hide the panel.
-    nextGeneration();
-
     place();
 
     // The root view is made once; every presentation resets its own state (search focus,
     // scroll positions), which is what Part 5.2's fresh view per presentation is for. Hover
     // follows the pointer by itself. Making a new view each time costs a frame and more.
     QMetaObject::invokeMethod(m_root, "reset");
-
-    m_root->setOpacity(0);
-    m_panel->show(); // does not take activation (PeekPanel)
-    m_panel->raise();
-    fade(1.0, fadeInMs, {});
 }
 
 void OverlayPanelController::place()

@@ -39,6 +39,13 @@ public:
     void present(const RunningApp& app, const std::optional<MenuCatalog>& catalog,
                  const QStringList& favorites, bool showDisabled, bool showNoShortcut, bool glassy,
                  const QString& triggerSymbol);
+    // Fills the hidden panel with what present() with the same arguments would show, so that
+    // its views are made and laid out ahead (the shell stages an application's catalog when the
+    // hold's prefetch brings it, before the hold delay ends). present() then finds them ready.
+    // Does nothing while the panel is visible.
+    void stage(const RunningApp& app, const std::optional<MenuCatalog>& catalog,
+               const QStringList& favorites, bool showDisabled, bool showNoShortcut, bool glassy,
+               const QString& triggerSymbol);
     // Makes the panel and its root view ahead of the first presentation (present() makes them
     // on first use otherwise); nothing is shown.
     void prepare();
@@ -58,6 +65,10 @@ protected:
 
 private:
     void createPanel();
+    // Steps 1, 2, 4 and 5 of a presentation: the panel, the view model, fresh view state, place.
+    void fill(const RunningApp& app, const std::optional<MenuCatalog>& catalog,
+              const QStringList& favorites, bool showDisabled, bool showNoShortcut, bool glassy,
+              const QString& triggerSymbol);
     void place();
     void installKeyMonitor();
     void removeKeyMonitor();
@@ -77,6 +88,7 @@ private:
     QPointer<QQuickItem> m_root;
     QPointer<QVariantAnimation> m_fade;
     bool m_translucent = false;
+    bool m_sectionsDrawn = false; // the sections shown have been drawn once, on or off screen
 };
 
 } // namespace corvane
