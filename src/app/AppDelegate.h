@@ -103,9 +103,10 @@ private:
     void wireDetector();
     void wireOverlay();
     void showOverlay();
-    using OverlayFill = void (OverlayPanelController::*)(
-        const RunningApp&, const std::optional<MenuCatalog>&, const QStringList&, bool, bool,
-        bool, const QString&);
+    using OverlayFill = void (OverlayPanelController::*)(const RunningApp&,
+                                                         const std::optional<MenuCatalog>&,
+                                                         const QStringList&, bool, bool, bool,
+                                                         const QString&);
     // Calls present() or stage() with the application's cached catalog, its favourites and the
     // display settings.
     void fillOverlay(OverlayFill fill, const RunningApp& app);

@@ -149,6 +149,9 @@ void OverlayPanelController::place()
     if (!frame)
         return; // no screens: the panel keeps its frame
     m_panel->setGeometry(frame->toRect());
+    // A hidden window hears of a new size only once shown; its views are laid out for the
+    // panel's size at once (a staged presentation is laid out before it shows).
+    m_panel->contentItem()->setSize(m_panel->size());
     m_panel->cutToCard(!m_translucent);
 }
 

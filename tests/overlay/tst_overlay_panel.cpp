@@ -75,6 +75,7 @@ private Q_SLOTS:
     void unpinnedKeysGoToTheApplication();
     void pinnedKeysReachThePanelWhileTheApplicationStaysActive();
     void pinnedBeforeItIsMappedLeavesTheApplicationActive();
+    void stageLaysOutTheHiddenPanelAhead();
     void returnWithoutSearchIsPassedOn();
     void escapeIsConsumedWithoutCloseCallback();
     void arrowsWithEmptyQueryStayBounded();
@@ -360,6 +361,37 @@ void TestOverlayPanel::pinnedBeforeItIsMappedLeavesTheApplicationActive()
         m_controller->dismiss();
         QTRY_VERIFY(!m_controller->panel()->isVisible());
     }
+}
+
+void TestOverlayPanel::stageLaysOutTheHiddenPanelAhead()
+{
+    const RunningApp editor{m_mousepad, {}, QStringLiteral("Editor"), {}};
+    m_controller->stage(editor, sample(), {}, true, true, true, QStringLiteral("Ctrl"));
+    // Nothing is shown: the panel is not mapped and the application keeps its activation.
+    QTest::qWait(200);
+    QVERIFY(!m_controller->panel()->isVisible());
+    QVERIFY(!m_controller->panel()->isExposed());
+    QCOMPARE(activeWindowPid(), m_mousepad);
+    // Its views are made and laid out all the same: a card per menu, each row with its title.
+    QQuickItem* root = m_controller->rootView();
+    const QList<QQuickItem*> cards = items(root, QStringLiteral("sectionCard"));
+    QCOMPARE(cards.size(), 2);
+    QStringList titles;
+    for (QQuickItem* title : visibleItems(root, QStringLiteral("title")))
+        titles << title->property("text").toString();
+    QCOMPARE(titles, (QStringList{"Save", "Save As…", "Save All", "Close", "Undo", "Select All"}));
+    QVERIFY(cards.at(1)->x() > cards.at(0)->x() + cards.at(0)->width()); // two columns
+
+    // Presenting the same content shows the cards made ahead.
+    present();
+    QCOMPARE(items(root, QStringLiteral("sectionCard")), cards);
+    QVERIFY(m_controller->panel()->isVisible());
+
+    // Staging while the overlay shows changes nothing: what is shown is the user's.
+    m_controller->stage(editor, MenuCatalog{QStringLiteral("org.example.Other"), {}, {}}, {}, true,
+                        true, true, QStringLiteral("Ctrl"));
+    QCOMPARE(m_controller->viewModel().sections(), sample().sections);
+    QCOMPARE(items(root, QStringLiteral("sectionCard")), cards);
 }
 
 void TestOverlayPanel::returnWithoutSearchIsPassedOn()
