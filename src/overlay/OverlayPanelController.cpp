@@ -89,11 +89,27 @@ void OverlayPanelController::present(const RunningApp& app,
 {
     fill(app, catalog, favorites, showDisabled, showNoShortcut, glassy, triggerSymbol);
     // A fade-out still running can no longer hide the panel.
-    nextGeneration();
+    const qint64 generation = nextGeneration();
+    if (m_fade)
+        m_fade->stop();
     m_root->setOpacity(0);
-    m_panel->show(); // does not take activation (PeekPanel)
+    const bool onScreen = m_panel->isExposed(); // presented again during its fade-out
+    m_panel->show();                            // does not take activation (PeekPanel)
     m_panel->raise();
-    fade(1.0, fadeInMs, {});
+    if (onScreen) {
+        fade(1.0, fadeInMs, {});
+        return;
+    }
+    // The fade starts with the first frame on screen, drawn at alpha 0 (a frame that paints
+    // nothing, so it comes at once), and then runs its whole length where the user sees it;
+    // the window manager's mapping would otherwise take the first few milliseconds of it.
+    connect(
+        m_panel.get(), &QQuickWindow::frameSwapped, this,
+        [this, generation] {
+            if (m_fadeGeneration == generation)
+                fade(1.0, fadeInMs, {});
+        },
+        Qt::SingleShotConnection);
 }
 
 void OverlayPanelController::stage(const RunningApp& app, const std::optional<MenuCatalog>& catalog,

@@ -13,6 +13,7 @@
 #include <QQuickItem>
 #include <QScreen>
 #include <QTest>
+#include <algorithm>
 
 using namespace corvane;
 using namespace corvane::test;
@@ -70,6 +71,7 @@ private Q_SLOTS:
     void cornersShowTheWindowBehindWithoutACompositor();
     void createdOnceAndReused();
     void fadesInAndOut();
+    void fadeInStartsWithTheFirstFrameOnScreen();
     void dismissThenPresentWithinTheFadeStaysVisible();
     void dismissWhenHiddenRunsNoAnimation();
     void unpinnedKeysGoToTheApplication();
@@ -255,6 +257,27 @@ void TestOverlayPanel::fadesInAndOut()
     QVERIFY(hidden.wait(2000));
     QCOMPARE(root->opacity(), 0.0);
     QVERIFY(!m_controller->panel()->isVisible());
+}
+
+void TestOverlayPanel::fadeInStartsWithTheFirstFrameOnScreen()
+{
+    m_controller->prepare();
+    QList<qreal> opacityAtFrames;
+    QObject context; // disconnects when the test ends
+    connect(m_controller->panel(), &QQuickWindow::frameSwapped, &context,
+            [&] { opacityAtFrames << m_controller->rootView()->opacity(); });
+    m_controller->present(RunningApp{m_mousepad, {}, QStringLiteral("Editor"), {}}, sample(), {},
+                          true, true, true, QStringLiteral("Ctrl"));
+    // Not mapped yet: the fade waits (it would otherwise run partly before anything shows).
+    QCOMPARE(m_controller->rootView()->opacity(), 0.0);
+    QTRY_COMPARE(m_controller->rootView()->opacity(), 1.0);
+    // The first frame on screen is drawn at alpha 0, then the fade's frames, none less opaque
+    // than the one before.
+    QVERIFY2(opacityAtFrames.size() >= 3, qPrintable(QDebug::toString(opacityAtFrames)));
+    QCOMPARE(opacityAtFrames.first(), 0.0);
+    QVERIFY(std::any_of(opacityAtFrames.cbegin(), opacityAtFrames.cend(),
+                        [](qreal opacity) { return opacity > 0.0 && opacity < 1.0; }));
+    QVERIFY(std::is_sorted(opacityAtFrames.cbegin(), opacityAtFrames.cend()));
 }
 
 void TestOverlayPanel::dismissThenPresentWithinTheFadeStaysVisible()

@@ -13,6 +13,10 @@ Item {
     // Whether a compositor draws the panel's transparency: the glass is then translucent.
     property bool translucent: false
     property bool searchFocused: false
+    // Whether the card is drawn in the solid window colour (no glass): what lies on it can then
+    // be drawn in solid colours too, mixed with that colour (the software renderer fills solid
+    // colours far faster than it blends translucent ones).
+    readonly property bool solid: background.color.a === 1
 
     onSearchFocusedChanged: {
         if (searchFocused)
@@ -50,8 +54,10 @@ Item {
         anchors.fill: parent
         radius: 22
         color: Theme.colorAt(Theme.accent, 0.045)
+        visible: !root.solid // under the solid window colour it would not show
     }
     Rectangle {
+        id: background
         objectName: "background"
         anchors.fill: parent
         radius: 22
@@ -287,6 +293,7 @@ Item {
                         height: implicitHeight
                         title: qsTr("Favorites")
                         isFavorites: true
+                        solid: root.solid
                         commands: root.lists.favorites
                         visibleTop: grid.contentY - parent.y
                         visibleBottom: visibleTop + grid.height
@@ -308,6 +315,7 @@ Item {
                             height: implicitHeight // cells are aligned to the top
                             title: section.title
                             isFavorites: false
+                            solid: root.solid
                             commands: section
                             visibleTop: grid.contentY - gridRow.y
                             visibleBottom: visibleTop + grid.height

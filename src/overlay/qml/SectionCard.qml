@@ -10,6 +10,8 @@ Item {
     required property bool isFavorites
     required property var commands
     property bool showBreadcrumbs: true
+    // Drawn on the solid window colour (OverlayRoot.solid): the card's tint is mixed with it.
+    property bool solid: false
     property real visibleTop: 0
     property real visibleBottom: height
 
@@ -43,7 +45,8 @@ Item {
     Rectangle {
         anchors.fill: parent
         radius: 12
-        color: Theme.primaryAt(0.04)
+        color: card.solid ? Qt.tint(Theme.windowBackground, Theme.primaryAt(0.04))
+                          : Theme.primaryAt(0.04)
         border.width: 1
         border.color: card.isFavorites ? Theme.colorAt(Theme.accent, 0.4) : Theme.primaryAt(0.08)
     }
