@@ -100,9 +100,9 @@ void OverlayPanelController::present(const RunningApp& app,
         fade(1.0, fadeInMs, {});
         return;
     }
-    // The fade starts with the first frame on screen, drawn at alpha 0 (a frame that paints
-    // nothing, so it comes at once), and then runs its whole length where the user sees it;
-    // the window manager's mapping would otherwise take the first few milliseconds of it.
+    // The fade starts with the first frame on screen, drawn at alpha 0, and then runs its whole
+    // length where the user sees it; the window manager's mapping would otherwise take the
+    // first few milliseconds of it.
     connect(
         m_panel.get(), &QQuickWindow::frameSwapped, this,
         [this, generation] {
