@@ -318,11 +318,12 @@ void AppDelegate::crawlFinishedOnMainThread(quint64 sequence, const RunningApp& 
     const bool refresh = panelIsVisible() && targetApp && targetApp->pid == app.pid;
     if (refresh)
         overlay.update(catalog);
-    if (sequence == m_prefetchCrawl && !m_prefetchFinished) {
+    if (sequence == m_prefetchCrawl) {
         m_prefetchFinished = true;
-        // The hold's prefetch, before the overlay shows: its views are made now, while the
-        // user still holds the trigger, rather than when the overlay is asked to show.
-        if (!panelIsVisible() && app.appId)
+        // The hold's prefetch, while the hold still waits for its delay: the overlay's views
+        // are made now rather than when it is asked to show. A hold that ended (released, or a
+        // chord such as Ctrl+C) shows nothing, and nothing is made for it.
+        if (detector.machine.state == HoldStateMachine::State::arming && app.appId)
             fillOverlay(&OverlayPanelController::stage, app);
     }
     Q_EMIT crawlFinished(app, refresh);

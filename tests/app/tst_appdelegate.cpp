@@ -155,6 +155,8 @@ private Q_SLOTS:
     void favoriteToggleOnAnUnwritableFileKeepsTheRealState();
     void showWithoutUsableApplicationCloses();
     void holdShowsReleaseHides();
+    void prefetchDuringTheHoldStagesTheHiddenOverlay();
+    void prefetchAfterTheHoldEndedStagesNothing();
     void glassFollowsTheCompositorAtEachShow();
 
     // Part 1.2
@@ -473,6 +475,39 @@ void TestAppDelegate::holdShowsReleaseHides()
     QCOMPARE(m_delegate->detector.machine.state, State::idle);
     QVERIFY(!m_delegate->targetApp);
     QTRY_VERIFY(!panelVisible());
+}
+
+void TestAppDelegate::prefetchDuringTheHoldStagesTheHiddenOverlay()
+{
+    QVERIFY(m_defaults->setDouble(QStringLiteral("holdDelay"), 2.0));
+    launch();
+    m_monitors.modifiers(ModifierFlags::command);
+    waitForCrawls(1);
+    // Still holding: nothing shows, but the hidden overlay holds the application's menus.
+    QCOMPARE(m_delegate->detector.machine.state, State::arming);
+    QVERIFY(!panelVisible());
+    QCOMPARE(m_delegate->overlay.viewModel().appName(), editor.name);
+    QCOMPARE(commandCount(m_delegate->overlay.viewModel().sections()), 5);
+    m_monitors.modifiers(0);
+    QCOMPARE(m_delegate->detector.machine.state, State::idle);
+    QVERIFY(!panelVisible());
+}
+
+void TestAppDelegate::prefetchAfterTheHoldEndedStagesNothing()
+{
+    launch();
+    QSemaphore gate;
+    m_source->gates.insert(editor.pid, &gate);
+    m_monitors.modifiers(ModifierFlags::command); // the prefetch waits at the gate
+    m_monitors.modifiers(0);                      // released before the delay
+    QCOMPARE(m_delegate->detector.machine.state, State::idle);
+    gate.release();
+    waitForCrawls(1);
+    m_source->gates.clear();
+    QVERIFY(m_delegate->cache->catalog(*editor.appId)); // stored all the same
+    QVERIFY(!panelVisible());
+    QVERIFY(m_delegate->overlay.viewModel().appName().isEmpty());
+    QVERIFY(m_delegate->overlay.viewModel().sections().isEmpty());
 }
 
 void TestAppDelegate::glassFollowsTheCompositorAtEachShow()
