@@ -41,11 +41,11 @@ void AppDelegate::applicationDidFinishLaunching()
     detector.start();
     observeAppSwitches();
     observeTrustChanges();
-    // The panel and its view are made now rather than in the middle of the first peek.
+    // The panel and its view are made now rather than in the middle of the first peek, with
+    // the visual the screen's compositing calls for.
+    connect(&overlay, &OverlayPanelController::panelCreated, this, &AppDelegate::adoptPanel);
+    overlay.setTranslucent(isCompositing());
     overlay.prepare();
-    if (m_platform.requestBlurBehind)
-        m_platform.requestBlurBehind(*overlay.panel());
-    connect(overlay.panel(), &QQuickWindow::frameSwapped, this, &AppDelegate::firstFrameSwapped);
     // Step 9, the launch announcements of Part 1.6, once the permission has been read (never
     // waited for: the answer arrives later on this thread).
     m_platform.trust.refresh([self = QPointer<AppDelegate>(this)](bool) {
@@ -229,7 +229,7 @@ void AppDelegate::showOverlay()
     }
     targetApp = app;
     // A compositor may have started or stopped since the last peek.
-    overlay.setTranslucent(m_platform.isCompositing && m_platform.isCompositing());
+    overlay.setTranslucent(isCompositing());
     fillOverlay(&OverlayPanelController::present, *app);
     m_awaitingFirstFrame = true;
     // The menus are read again on every show; the overlay is refreshed when they arrive. The
@@ -250,6 +250,19 @@ void AppDelegate::fillOverlay(OverlayFill fill, const RunningApp& app)
                     flag(TriggerSettings::showDisabledItemsKey),
                     flag(TriggerSettings::showItemsWithoutShortcutKey),
                     flag(TriggerSettings::glassyBackgroundKey), triggerSymbol());
+}
+
+bool AppDelegate::isCompositing() const
+{
+    return m_platform.isCompositing && m_platform.isCompositing();
+}
+
+void AppDelegate::adoptPanel(PeekPanel* panel)
+{
+    // Only a compositor reads the blur hint, and only a translucent panel shows it.
+    if (panel->isTranslucent() && m_platform.requestBlurBehind)
+        m_platform.requestBlurBehind(*panel);
+    connect(panel, &QQuickWindow::frameSwapped, this, &AppDelegate::firstFrameSwapped);
 }
 
 void AppDelegate::firstFrameSwapped()

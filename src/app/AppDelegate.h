@@ -116,6 +116,9 @@ private:
     std::optional<RunningApp> frontmostOtherApplication() const;
     bool panelIsVisible() const;
 
+    bool isCompositing() const;
+    // A new overlay window: the blur hint where it shows, the first-frame signal.
+    void adoptPanel(PeekPanel* panel);
     void firstFrameSwapped();
     void startCrawlAfterFirstFrame();
     void crawlFinishedOnMainThread(quint64 sequence, const RunningApp& app,

@@ -36,6 +36,7 @@ OverlayPanelController::OverlayPanelController(QObject* parent) : QObject(parent
     // update request of the process; a value the user set is kept.
     if (!qEnvironmentVariableIsSet("QT_QPA_UPDATE_IDLE_TIME"))
         qputenv("QT_QPA_UPDATE_IDLE_TIME", "1");
+    connect(&m_lists, &OverlayLists::sectionsChanged, this, [this] { m_sectionsDrawn = false; });
 }
 
 OverlayPanelController::~OverlayPanelController()
@@ -51,12 +52,21 @@ void OverlayPanelController::prepare()
 
 void OverlayPanelController::createPanel()
 {
-    m_panel = std::make_unique<PeekPanel>();
+    if (m_panel) { // replaced while hidden (setTranslucent)
+        removeKeyMonitor();
+        if (m_fade)
+            m_fade->stop();
+        delete m_root; // before the engine that made it
+        m_panel.reset();
+        m_rootComponent.reset();
+        m_engine.reset();
+    }
+    m_panel = std::make_unique<PeekPanel>(m_translucent);
+    m_sectionsDrawn = false;
     m_engine = makeViewEngine();
     m_engine->addImageProvider(QStringLiteral("appicon"), new AppIconImageProvider);
     m_rootComponent = std::make_unique<QQmlComponent>(m_engine.get(), rootViewUrl,
                                                       QQmlComponent::PreferSynchronous);
-    connect(&m_lists, &OverlayLists::sectionsChanged, this, [this] { m_sectionsDrawn = false; });
     connect(m_panel.get(), &QQuickWindow::frameSwapped, this, [this] { m_sectionsDrawn = true; });
     m_root = createViewIn(*m_rootComponent, *m_panel,
                           {{QStringLiteral("model"), QVariant::fromValue(&m_viewModel)},
@@ -64,15 +74,17 @@ void OverlayPanelController::createPanel()
                            {QStringLiteral("translucent"), m_translucent}});
     QQmlProperty(m_root, QStringLiteral("anchors.fill"))
         .write(QVariant::fromValue(m_panel->contentItem()));
+    Q_EMIT panelCreated(m_panel.get());
 }
 
 void OverlayPanelController::setTranslucent(bool translucent)
 {
     m_translucent = translucent;
-    if (m_root)
-        m_root->setProperty("translucent", translucent);
-    if (m_panel)
-        m_panel->cutToCard(!translucent);
+    // X chooses a window's visual (with an alpha channel or without) when it is made: after a
+    // compositor started or stopped, the hidden panel is made again. A visible one is kept
+    // until the first presentation after it hides.
+    if (m_panel && m_panel->isTranslucent() != translucent && !m_panel->isVisible())
+        createPanel();
 }
 
 qint64 OverlayPanelController::nextGeneration()
@@ -168,7 +180,7 @@ void OverlayPanelController::place()
     // A hidden window hears of a new size only once shown; its views are laid out for the
     // panel's size at once (a staged presentation is laid out before it shows).
     m_panel->contentItem()->setSize(m_panel->size());
-    m_panel->cutToCard(!m_translucent);
+    m_panel->cutToCard();
 }
 
 void OverlayPanelController::fade(qreal to, int milliseconds, std::function<void()> completion)

@@ -54,11 +54,15 @@ public:
     void update(const MenuCatalog& catalog);
 
     // Whether the panel's transparent parts are composited (the glass is then translucent).
-    // Set by the shell from the platform; false draws the card solid.
+    // Set by the shell from the platform, before prepare() and at each presentation; false
+    // draws the card solid on an opaque window. A change makes the hidden panel again.
     void setTranslucent(bool translucent);
 
 Q_SIGNALS:
     void hidden(); // after a fade-out ordered the panel out
+    // A panel window was made: the first one, or a new one after setTranslucent(). Requests
+    // to the window (a blur behind it) and connections to its frames go to the new one.
+    void panelCreated(PeekPanel* panel);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -87,7 +91,7 @@ private:
     std::unique_ptr<QQmlComponent> m_rootComponent;
     QPointer<QQuickItem> m_root;
     QPointer<QVariantAnimation> m_fade;
-    bool m_translucent = false;
+    bool m_translucent = false;   // for the next panel made; the panel's own is isTranslucent()
     bool m_sectionsDrawn = false; // the sections shown have been drawn once, on or off screen
 };
 

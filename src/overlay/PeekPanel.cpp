@@ -5,13 +5,17 @@
 
 namespace corvane {
 
-PeekPanel::PeekPanel()
+PeekPanel::PeekPanel(bool translucent) : m_translucent(translucent)
 {
     // Tool type (no taskbar entry), no frame, above other windows, and no focus on showing:
     // the application in front keeps _NET_ACTIVE_WINDOW.
     setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
              Qt::WindowDoesNotAcceptFocus);
-    setColor(Qt::transparent);   // the rounded card drawn by the root view is the only shape
+    // A transparent colour asks for an alpha channel (an ARGB visual): the rounded card drawn by
+    // the root view is then the only shape. An opaque window skips clearing to transparent on
+    // every frame; the root view gives it the card's colour (OverlayRoot.qml).
+    if (translucent)
+        setColor(Qt::transparent);
     setGeometry(0, 0, 900, 600); // replaced by placement before the first display
     setTitle(QStringLiteral("Corvane"));
     // _NET_WM_USER_TIME 0 on every map: "do not activate this window". Without it the window
@@ -20,17 +24,11 @@ PeekPanel::PeekPanel()
     setProperty("_q_showWithoutActivating", true);
 }
 
-void PeekPanel::cutToCard(bool cut)
+void PeekPanel::cutToCard()
 {
     // Asked on every presentation; the X server (and the window manager, which may redraw on
     // a shape change) hears of the mask only when it changes.
-    if (!cut) {
-        if (m_cutSize)
-            setMask(QRegion());
-        m_cutSize.reset();
-        return;
-    }
-    if (m_cutSize == size())
+    if (m_translucent || m_cutSize == size())
         return;
     m_cutSize = size();
     QPainterPath card;

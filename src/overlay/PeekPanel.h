@@ -1,8 +1,9 @@
 #pragma once
 
-// The spec's PeekPanel on X11 (PLATFORM.md): a frameless, always-on-top, transparent tool
-// window that skips the taskbar, is shown without taking activation and can take the keyboard
-// for typing while the application in front stays active.
+// The spec's PeekPanel on X11 (PLATFORM.md): a frameless, always-on-top tool window that skips
+// the taskbar, is shown without taking activation and can take the keyboard for typing while
+// the application in front stays active. Translucent (an alpha channel) where a compositor
+// blends it with what lies behind; opaque and cut to the card's shape where nothing does.
 
 #include <QQuickWindow>
 #include <optional>
@@ -13,7 +14,10 @@ class PeekPanel : public QQuickWindow {
     Q_OBJECT
 
 public:
-    PeekPanel();
+    // `translucent` is fixed for the window's life: X chooses its visual when it is made.
+    explicit PeekPanel(bool translucent);
+
+    bool isTranslucent() const { return m_translucent; }
 
     // The pin's "make key without activating": take the keyboard (an X11 grab) and accept
     // focus; `false` gives both back. Returns whether the keyboard is ours.
@@ -23,13 +27,14 @@ public:
     // The card's corner radius (OverlayRoot.qml).
     static constexpr int cornerRadius = 22;
 
-    // Cuts the window to the card's rounded shape (an X shape) when nothing composites its
-    // transparent corners, which would otherwise show black; `false` removes the cut.
-    void cutToCard(bool cut);
+    // Cuts an opaque window to the card's rounded shape (an X shape) for its size, so that its
+    // corners show what lies behind; a translucent one draws its corners transparent itself.
+    void cutToCard();
 
 private:
+    const bool m_translucent;
     bool m_hasKeyboard = false;
-    std::optional<QSize> m_cutSize; // the size the mask was made for; none while uncut
+    std::optional<QSize> m_cutSize; // the size the mask was made for
 };
 
 } // namespace corvane

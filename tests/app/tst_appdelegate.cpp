@@ -21,9 +21,12 @@
 #include "whatsnew/WhatsNewWindowController.h"
 
 #include <QAction>
+#include <QLoggingCategory>
 #include <QMenu>
 #include <QMessageBox>
 #include <QMutex>
+#include <QRegularExpression>
+#include <QScopeGuard>
 #include <QSemaphore>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -513,21 +516,41 @@ void TestAppDelegate::prefetchAfterTheHoldEndedStagesNothing()
 void TestAppDelegate::glassFollowsTheCompositorAtEachShow()
 {
     launch();
-    // The blur-behind hint is asked for once, for the panel, at launch.
-    QCOMPARE(m_blurredWindows, QList<QWindow*>{m_delegate->overlay.panel()});
+    // No compositor: an opaque panel, made at launch, with no blur hint (nothing would read it).
+    PeekPanel* opaque = m_delegate->overlay.panel();
+    QVERIFY(opaque && !opaque->isTranslucent());
+    QVERIFY(m_blurredWindows.isEmpty());
     auto* peek = m_delegate->statusMenuController->peekItem;
     const auto translucent = [this] {
         return m_delegate->overlay.rootView()->property("translucent").toBool();
     };
     peek->trigger();
     QTRY_VERIFY(panelVisible());
-    QVERIFY(!translucent()); // no compositor: the card is solid
+    QVERIFY(!translucent()); // the card is solid
     peek->trigger();
     QTRY_VERIFY(!panelVisible());
     m_compositing = true; // a compositor started between two peeks
+    // The new window's first frame is heard (the crawl waits for it).
+    QLoggingCategory::setFilterRules(QStringLiteral("com.vantorel.corvane.app.debug=true"));
+    const auto logAll = qScopeGuard([] { QLoggingCategory::setFilterRules({}); });
+    QTest::ignoreMessage(QtDebugMsg, QRegularExpression(QStringLiteral("^overlay: first frame")));
     peek->trigger();
     QTRY_VERIFY(panelVisible());
     QVERIFY(translucent());
+    // A new, translucent window, with the blur hint asked for it once.
+    PeekPanel* glass = m_delegate->overlay.panel();
+    QVERIFY(glass != opaque);
+    QVERIFY(glass->isTranslucent());
+    QVERIFY(glass->requestedFormat().hasAlpha()); // asked of the platform
+    QCOMPARE(m_blurredWindows, QList<QWindow*>{glass});
+    waitForCrawls(m_crawls->size() + 1);
+    peek->trigger();
+    QTRY_VERIFY(!panelVisible());
+    m_compositing = false; // and stopped again
+    peek->trigger();
+    QTRY_VERIFY(panelVisible());
+    QVERIFY(!translucent());
+    QVERIFY(!m_delegate->overlay.panel()->isTranslucent());
     QCOMPARE(m_blurredWindows.size(), 1);
 }
 

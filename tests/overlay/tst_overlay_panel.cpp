@@ -9,9 +9,12 @@
 #include <QColor>
 #include <QGuiApplication>
 #include <QImage>
+#include <QPointer>
 #include <QProcess>
 #include <QQuickItem>
+#include <QRegularExpression>
 #include <QScreen>
+#include <QSignalSpy>
 #include <QTest>
 #include <algorithm>
 
@@ -69,6 +72,9 @@ private Q_SLOTS:
     void placedByTheSizeRule();
     void panelIsAToolWindowAboveOthers();
     void cornersShowTheWindowBehindWithoutACompositor();
+    void opaqueWithoutACompositorFadesFromTheEmptyCard();
+    void translucentWindowWhereACompositorDrawsIt();
+    void compositorChangeMakesTheHiddenPanelAgain();
     void createdOnceAndReused();
     void fadesInAndOut();
     void fadeInStartsWithTheFirstFrameOnScreen();
@@ -222,6 +228,95 @@ void TestOverlayPanel::cornersShowTheWindowBehindWithoutACompositor()
     QVERIFY(shown.pixelColor(frame.center()) != behind.pixelColor(frame.center()) ||
             shown.pixelColor(frame.center() + QPoint(0, 40)) !=
                 behind.pixelColor(frame.center() + QPoint(0, 40)));
+}
+
+namespace {
+// The X visual depth of a window, as xwininfo reports it (24: opaque, 32: with alpha).
+int windowDepth(const QWindow& window)
+{
+    QProcess xwininfo;
+    xwininfo.start(QStringLiteral("xwininfo"), {"-id", QString::number(window.winId())});
+    if (!xwininfo.waitForFinished(5000))
+        return -1;
+    const QRegularExpressionMatch depth =
+        QRegularExpression(QStringLiteral("Depth: (\\d+)"))
+            .match(QString::fromUtf8(xwininfo.readAllStandardOutput()));
+    return depth.hasMatch() ? depth.captured(1).toInt() : -1;
+}
+} // namespace
+
+void TestOverlayPanel::opaqueWithoutACompositorFadesFromTheEmptyCard()
+{
+    present();
+    PeekPanel* panel = m_controller->panel();
+    QVERIFY(!panel->isTranslucent());
+    QVERIFY(!panel->format().hasAlpha());
+    QCOMPARE(windowDepth(*panel), 24);
+    QTRY_COMPARE(m_controller->rootView()->opacity(), 1.0);
+    // A frame at alpha 0, as the fade's first and last are: the card's empty colour shows,
+    // not black (an ARGB window that nothing composites shows black there).
+    const QColor card =
+        item(m_controller->rootView(), "background")->property("color").value<QColor>();
+    QCOMPARE(card.alpha(), 255);
+    m_controller->rootView()->setOpacity(0);
+    QVERIFY(nextFrame(panel));
+    QTest::qWait(50); // the X server has the frame's image
+    const QRect frame = panel->geometry();
+    const QImage screen = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
+    for (const QPoint& point :
+         {frame.center(), frame.topLeft() + QPoint(40, 40), frame.bottomRight() - QPoint(40, 40)})
+        QCOMPARE(screen.pixelColor(point), card);
+}
+
+void TestOverlayPanel::translucentWindowWhereACompositorDrawsIt()
+{
+    QSignalSpy created(m_controller.get(), &OverlayPanelController::panelCreated);
+    m_controller->setTranslucent(true);
+    QCOMPARE(created.size(), 0); // nothing made yet
+    present();
+    PeekPanel* panel = m_controller->panel();
+    QCOMPARE(created.size(), 1);
+    QCOMPARE(created.at(0).at(0).value<PeekPanel*>(), panel);
+    QVERIFY(panel->isTranslucent());
+    QVERIFY(panel->format().hasAlpha());
+    QCOMPARE(windowDepth(*panel), 32);
+    QVERIFY(m_controller->rootView()->property("translucent").toBool());
+    QVERIFY(panel->mask().isEmpty()); // its corners are transparent: no shape cut
+}
+
+void TestOverlayPanel::compositorChangeMakesTheHiddenPanelAgain()
+{
+    QSignalSpy created(m_controller.get(), &OverlayPanelController::panelCreated);
+    present();
+    QPointer<PeekPanel> opaque = m_controller->panel();
+    QVERIFY(!opaque->mask().isEmpty()); // cut to the card
+    // While it shows, the panel stays what it is.
+    m_controller->setTranslucent(true);
+    QCOMPARE(m_controller->panel(), opaque.data());
+    QVERIFY(!m_controller->rootView()->property("translucent").toBool());
+    QSignalSpy hidden(m_controller.get(), &OverlayPanelController::hidden);
+    m_controller->dismiss();
+    QVERIFY(hidden.wait(2000));
+    // Hidden: made again, with an alpha channel, its view and lists working as before.
+    m_controller->setTranslucent(true);
+    QVERIFY(!opaque); // the old window is gone
+    QCOMPARE(created.size(), 2);
+    MenuCatalog catalog = sample();
+    present(catalog);
+    PeekPanel* glass = m_controller->panel();
+    QCOMPARE(windowDepth(*glass), 32);
+    QVERIFY(m_controller->rootView()->property("translucent").toBool());
+    pinAndWaitForKeyboard();
+    type(QStringLiteral("save"));
+    QTRY_VERIFY(m_controller->viewModel().query() == QStringLiteral("save"));
+    // And back: opaque again once hidden.
+    m_controller->dismiss();
+    QVERIFY(hidden.wait(2000));
+    m_controller->setTranslucent(false);
+    QCOMPARE(created.size(), 3);
+    present(catalog);
+    QCOMPARE(windowDepth(*m_controller->panel()), 24);
+    QVERIFY(!m_controller->panel()->mask().isEmpty());
 }
 
 void TestOverlayPanel::createdOnceAndReused()

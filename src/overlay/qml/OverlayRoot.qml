@@ -18,6 +18,16 @@ Item {
     // colours far faster than it blends translucent ones).
     readonly property bool solid: background.color.a === 1
 
+    // Without a compositor the panel is an opaque window (PeekPanel) cleared to the card's
+    // colour: a frame drawn at alpha 0, the fade's first, shows the empty card, not black.
+    Binding {
+        target: root.Window.window
+        when: !root.translucent && root.Window.window !== null
+        property: "color"
+        value: Theme.windowBackground
+        restoreMode: Binding.RestoreNone
+    }
+
     onSearchFocusedChanged: {
         if (searchFocused)
             field.forceActiveFocus()
