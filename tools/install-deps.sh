@@ -20,6 +20,8 @@ packages=(
   xvfb openbox xdotool x11-utils dbus dbus-x11 at-spi2-core libatk-adaptor
   libgtk-3-dev geany mousepad featherpad python3-pyatspi python3-gi gir1.2-atspi-2.0
   desktop-file-utils appstream python3 e2fsprogs
+  # A compositing manager that tests start and stop (the panel's glass)
+  xcompmgr
   # The network and privacy check (system calls), the HTTPS update test (a certificate)
   strace openssl
   # Packaging, and the clean root the package test installs it into

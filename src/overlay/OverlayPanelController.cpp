@@ -99,15 +99,19 @@ void OverlayPanelController::present(const RunningApp& app,
                                      const QStringList& favorites, bool showDisabled,
                                      bool showNoShortcut, bool glassy, const QString& triggerSymbol)
 {
-    fill(app, catalog, favorites, showDisabled, showNoShortcut, glassy, triggerSymbol);
+    if (!m_panel)
+        createPanel();
     // A fade-out still running can no longer hide the panel.
     const qint64 generation = nextGeneration();
     if (m_fade)
         m_fade->stop();
     m_root->setOpacity(0);
     const bool onScreen = m_panel->isExposed(); // presented again during its fade-out
-    m_panel->show();                            // does not take activation (PeekPanel)
-    m_panel->raise();
+    // Placed and mapped first: the window manager maps the panel (several milliseconds) while
+    // the views are filled. The first frame is drawn once it is mapped, after the fill.
+    place();
+    m_panel->showNow(); // does not take activation (PeekPanel)
+    fill(app, catalog, favorites, showDisabled, showNoShortcut, glassy, triggerSymbol);
     if (onScreen) {
         fade(1.0, fadeInMs, {});
         return;
@@ -130,6 +134,9 @@ void OverlayPanelController::stage(const RunningApp& app, const std::optional<Me
 {
     if (m_panel && m_panel->isVisible())
         return;
+    if (!m_panel)
+        createPanel();
+    place();
     fill(app, catalog, favorites, showDisabled, showNoShortcut, glassy, triggerSymbol);
     if (!std::exchange(m_sectionsDrawn, true)) {
         // New sections: a frame drawn off screen makes their scene graph nodes (text layouts,
@@ -143,9 +150,6 @@ void OverlayPanelController::fill(const RunningApp& app, const std::optional<Men
                                   const QStringList& favorites, bool showDisabled,
                                   bool showNoShortcut, bool glassy, const QString& triggerSymbol)
 {
-    if (!m_panel)
-        createPanel();
-
     m_lists.setDeferred(true);
     m_viewModel.setAppName(!app.name.isEmpty() ? app.name : app.appId.value_or(QString()));
     m_viewModel.setAppIcon(app.iconName);
@@ -160,8 +164,6 @@ void OverlayPanelController::fill(const RunningApp& app, const std::optional<Men
     m_viewModel.setGlassy(glassy);
     m_viewModel.setTriggerSymbol(triggerSymbol);
     m_lists.setDeferred(false);
-
-    place();
 
     // The root view is made once; every presentation resets its own state (search focus,
     // scroll positions), which is what Part 5.2's fresh view per presentation is for. Hover

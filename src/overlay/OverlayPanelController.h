@@ -69,7 +69,7 @@ protected:
 
 private:
     void createPanel();
-    // Steps 1, 2, 4 and 5 of a presentation: the panel, the view model, fresh view state, place.
+    // Steps 2 and 4 of a presentation: the view model and fresh view state (the panel exists).
     void fill(const RunningApp& app, const std::optional<MenuCatalog>& catalog,
               const QStringList& favorites, bool showDisabled, bool showNoShortcut, bool glassy,
               const QString& triggerSymbol);

@@ -1,7 +1,9 @@
 #include "PeekPanel.h"
 
+#include <QGuiApplication>
 #include <QPainterPath>
 #include <QRegion>
+#include <xcb/xcb.h>
 
 namespace corvane {
 
@@ -22,6 +24,14 @@ PeekPanel::PeekPanel(bool translucent) : m_translucent(translucent)
     // manager compares the time of our last X event (the trigger's) with the application's and
     // may activate a panel that takes input, as a pinned one does.
     setProperty("_q_showWithoutActivating", true);
+}
+
+void PeekPanel::showNow()
+{
+    show();
+    raise();
+    if (const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>())
+        xcb_flush(x11->connection());
 }
 
 void PeekPanel::cutToCard()

@@ -19,6 +19,10 @@ public:
 
     bool isTranslucent() const { return m_translucent; }
 
+    // Shows and raises the panel and sends that to the X server at once, rather than when the
+    // event loop next waits: the window manager maps it while the caller goes on.
+    void showNow();
+
     // The pin's "make key without activating": take the keyboard (an X11 grab) and accept
     // focus; `false` gives both back. Returns whether the keyboard is ours.
     bool takeKeyboard(bool take);

@@ -11,6 +11,7 @@
 
 #include <QFile>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -30,6 +31,7 @@ private Q_SLOTS:
 
     void holdShowsTheFrontApplicationsMenus();
     void releaseOverThePanelPinsAndReturnRunsTheCommand();
+    void compositorStartingAndStoppingSwitchesTheGlass();
     void escapeCloses();
     void clickOutsideCloses();
     void ownWindowAndTheTargetKeepTheOverlayAnotherAppCloses();
@@ -43,6 +45,8 @@ private Q_SLOTS:
 private:
     void pressTrigger();
     void releaseTrigger();
+    // Peeks at geany and returns the panel's window (its id as xdotool prints it).
+    QString peekPanelWindow();
     void pin(qint64 pid);
     QStringList recorded() const;
     static bool setAccessibility(bool enabled);
@@ -151,14 +155,6 @@ void TestShell::holdShowsTheFrontApplicationsMenus()
     // Placed by the size rule on the 1440 × 900 screen, and geany stays the active window.
     QCOMPARE(m_corvane->panelGeometry(), QRect(250, 130, 940, 640));
     QCOMPARE(activeWindowPid(), m_geany);
-    // The panel asks window managers that blur to blur behind it.
-    const QString panel = m_corvane->windows(QStringLiteral("^Corvane$")).value(0);
-    QProcess xprop;
-    xprop.start(QStringLiteral("xprop"),
-                {QStringLiteral("-id"), panel, QStringLiteral("_KDE_NET_WM_BLUR_BEHIND_REGION")});
-    QVERIFY(xprop.waitForFinished(5000));
-    QVERIFY(xprop.readAllStandardOutput().startsWith("_KDE_NET_WM_BLUR_BEHIND_REGION(CARDINAL)"));
-
     releaseTrigger(); // the pointer is in the corner, away from the panel
     QTRY_VERIFY(!m_corvane->panelVisible());
     QCOMPARE(activeWindowPid(), m_geany);
@@ -179,6 +175,71 @@ void TestShell::releaseOverThePanelPinsAndReturnRunsTheCommand()
     QTRY_COMPARE(recorded().size(), before + 1);
     QCOMPARE(recorded().last(), QStringLiteral("File / Quit"));
     QCOMPARE(activeWindowPid(), m_fixture);
+}
+
+QString TestShell::peekPanelWindow()
+{
+    if (!activateWindowOf(m_geany))
+        return {};
+    pressTrigger();
+    if (!QTest::qWaitFor([this] { return m_corvane->panelVisible(); }, 5000))
+        return {};
+    return m_corvane->windows(QStringLiteral("^Corvane$")).value(0);
+}
+
+namespace {
+// The panel's blur-behind hint (_KDE_NET_WM_BLUR_BEHIND_REGION) as xprop prints it.
+QByteArray blurHint(const QString& window)
+{
+    QProcess xprop;
+    xprop.start(QStringLiteral("xprop"),
+                {QStringLiteral("-id"), window, QStringLiteral("_KDE_NET_WM_BLUR_BEHIND_REGION")});
+    xprop.waitForFinished(5000);
+    return xprop.readAllStandardOutput();
+}
+} // namespace
+
+void TestShell::compositorStartingAndStoppingSwitchesTheGlass()
+{
+    // No compositor: an opaque panel (depth 24), cut to the card, without the blur hint.
+    QVERIFY(!compositorRunning());
+    QString panel = peekPanelWindow();
+    QVERIFY(!panel.isEmpty());
+    QCOMPARE(windowDepth(panel), 24);
+    QVERIFY2(!blurHint(panel).startsWith("_KDE_NET_WM_BLUR_BEHIND_REGION(CARDINAL)"),
+             blurHint(panel).constData());
+    releaseTrigger();
+    QTRY_VERIFY(!m_corvane->panelVisible());
+
+    // A compositor starts (xcompmgr, stopped by its process id whatever happens): the next
+    // peek shows a panel with an alpha channel that asks window managers that blur to blur
+    // behind it.
+    QProcess compositor;
+    compositor.start(QStringLiteral("xcompmgr"), {});
+    QVERIFY(compositor.waitForStarted(5000));
+    const auto stop = qScopeGuard([&compositor] {
+        compositor.kill();
+        compositor.waitForFinished(5000);
+    });
+    QTRY_VERIFY_WITH_TIMEOUT(compositorRunning(), 5000);
+    panel = peekPanelWindow();
+    QVERIFY(!panel.isEmpty());
+    QCOMPARE(windowDepth(panel), 32);
+    QVERIFY2(blurHint(panel).startsWith("_KDE_NET_WM_BLUR_BEHIND_REGION(CARDINAL)"),
+             blurHint(panel).constData());
+    QCOMPARE(activeWindowPid(), m_geany);
+    releaseTrigger();
+    QTRY_VERIFY(!m_corvane->panelVisible());
+
+    // It stops: opaque again.
+    compositor.kill();
+    compositor.waitForFinished(5000);
+    QTRY_VERIFY_WITH_TIMEOUT(!compositorRunning(), 5000);
+    panel = peekPanelWindow();
+    QVERIFY(!panel.isEmpty());
+    QCOMPARE(windowDepth(panel), 24);
+    releaseTrigger();
+    QTRY_VERIFY(!m_corvane->panelVisible());
 }
 
 void TestShell::escapeCloses()

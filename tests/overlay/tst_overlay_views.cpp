@@ -8,6 +8,7 @@
 #include <QGuiApplication>
 #include <QPalette>
 #include <QQuickItem>
+#include <QSignalSpy>
 #include <QTest>
 
 using namespace corvane;
@@ -725,7 +726,10 @@ void TestOverlayViews::backgroundStaysWhenNotKey()
     m_controller->pin();
     QVERIFY(nextFrame(m_controller->panel()));
     QCOMPARE(colorOf(find("background")), unpinned);
-    m_controller->setTranslucent(true);
+    QSignalSpy hidden(m_controller.get(), &OverlayPanelController::hidden);
+    m_controller->dismiss();
+    QVERIFY(hidden.wait(2000));
+    m_controller->setTranslucent(true); // a compositor started: a translucent panel
     present(sample());
     const QColor glass = colorOf(find("background"));
     QCOMPARE(glass.alphaF(), 0.82f);

@@ -1,6 +1,8 @@
 #include "SessionTools.h"
 
+#include <QRegularExpression>
 #include <QTest>
+#include <X11/Xlib.h>
 
 namespace corvane::test {
 
@@ -20,6 +22,28 @@ qint64 activeWindowPid()
     if (window.isEmpty())
         return 0;
     return xdotool({QStringLiteral("getwindowpid"), window}, false).toLongLong();
+}
+
+int windowDepth(const QString& window)
+{
+    QProcess xwininfo;
+    xwininfo.start(QStringLiteral("xwininfo"), {QStringLiteral("-id"), window});
+    if (!xwininfo.waitForFinished(5000) || xwininfo.exitCode() != 0)
+        return -1;
+    static const QRegularExpression depth(QStringLiteral("Depth: (\\d+)"));
+    const QRegularExpressionMatch match =
+        depth.match(QString::fromUtf8(xwininfo.readAllStandardOutput()));
+    return match.hasMatch() ? match.captured(1).toInt() : -1;
+}
+
+bool compositorRunning()
+{
+    Display* x = XOpenDisplay(nullptr);
+    if (!x)
+        return false;
+    const bool owned = XGetSelectionOwner(x, XInternAtom(x, "_NET_WM_CM_S0", False)) != None;
+    XCloseDisplay(x);
+    return owned;
 }
 
 bool activateWindowOf(qint64 pid, const QString& windowName)

@@ -15,6 +15,13 @@ QString xdotool(const QStringList& arguments, bool mustSucceed = true);
 // The process id owning the active window (_NET_ACTIVE_WINDOW), or 0.
 qint64 activeWindowPid();
 
+// The X visual depth of a window (an id in decimal or 0x hex), as xwininfo reports it: 24 for
+// an opaque window, 32 for one with an alpha channel; -1 when it cannot be read.
+int windowDepth(const QString& window);
+
+// Whether a compositing manager owns _NET_WM_CM_S0 on the display.
+bool compositorRunning();
+
 // Activates the first visible window of `pid` (whose name matches `windowName`, when given) and
 // waits until it is the active window; false when it did not become active in 5 s.
 bool activateWindowOf(qint64 pid, const QString& windowName = {});
