@@ -30,8 +30,10 @@ void PeekPanel::showNow()
 {
     show();
     raise();
-    if (const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>())
-        xcb_flush(x11->connection());
+    // Qt's offscreen platform answers the X11 interface too, with no connection.
+    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    if (xcb_connection_t* connection = x11 ? x11->connection() : nullptr)
+        xcb_flush(connection);
 }
 
 void PeekPanel::cutToCard()
