@@ -84,6 +84,7 @@ private Q_SLOTS:
     void pressVanishedAndRenamedPaths();
     void stoppedApplication();
     void commandLineMessages();
+    void refreshDuringAReadHearsALaterChange();
     void noRequestOnTheMainThread();
 
 private:
@@ -344,6 +345,26 @@ void TestAtspiRealApps::commandLineMessages()
     QVERIFY(onCrawlThread([] { return AccessibilitySwitch::setEnabled(true); }));
     QCOMPARE(onCrawlThread([] { return AccessibilitySwitch::isEnabled(); }),
              std::optional<bool>(true));
+}
+
+// A caller that asks while a read is in flight may have heard of a change that read was sent
+// before: it is answered by a read sent after it asked, never by the older one.
+void TestAtspiRealApps::refreshDuringAReadHearsALaterChange()
+{
+    AccessibilitySwitch trust;
+    std::optional<bool> first, second;
+    trust.refresh([&](bool trusted) { first = trusted; }); // IsEnabled is on: reads true
+    QVERIFY(onCrawlThread([] { return AccessibilitySwitch::setEnabled(false); }));
+    trust.refresh([&](bool trusted) { second = trusted; });
+    QTRY_VERIFY(first && second);
+    QCOMPARE(*second, false);
+    QCOMPARE(trust.isTrusted(), false);
+
+    QVERIFY(onCrawlThread([] { return AccessibilitySwitch::setEnabled(true); }));
+    std::optional<bool> third;
+    trust.refresh([&](bool trusted) { third = trusted; });
+    QTRY_VERIFY(third);
+    QCOMPARE(*third, true);
 }
 
 void TestAtspiRealApps::noRequestOnTheMainThread()

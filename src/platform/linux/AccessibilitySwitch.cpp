@@ -88,10 +88,15 @@ bool AccessibilitySwitch::watch()
 
 void AccessibilitySwitch::refresh(std::function<void(bool trusted)> completion)
 {
+    if (m_reading) {
+        // The read in flight may have been sent before the change this caller has heard of:
+        // the next read, sent once that one answers, answers every caller that came meanwhile.
+        if (completion)
+            m_later.append(std::move(completion));
+        return;
+    }
     if (completion)
         m_waiting.append(std::move(completion));
-    if (m_reading)
-        return; // the read in flight answers every caller
     QDBusConnection session = QDBusConnection::sessionBus();
     if (!session.isConnected()) {
         answer(false);
@@ -131,6 +136,10 @@ void AccessibilitySwitch::answer(bool trusted)
     const auto waiting = std::exchange(m_waiting, {});
     for (const auto& completion : waiting)
         completion(trusted);
+    if (!m_reading && !m_later.isEmpty()) {
+        m_waiting = std::exchange(m_later, {});
+        refresh(nullptr);
+    }
 }
 
 void AccessibilitySwitch::onPropertiesChanged(const QString& interface, const QVariantMap& changed,

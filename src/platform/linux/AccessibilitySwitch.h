@@ -41,6 +41,7 @@ private:
     bool m_trusted = false;
     bool m_reading = false;
     QList<std::function<void(bool)>> m_waiting; // completions of the read in flight
+    QList<std::function<void(bool)>> m_later;   // callers that came while it was in flight
 };
 
 } // namespace corvane
