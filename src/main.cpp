@@ -10,6 +10,7 @@
 #include "platform/linux/AtspiClient.h"
 #include "platform/linux/JournalLog.h"
 #include "platform/linux/LinuxDesktop.h"
+#include "platform/linux/QuitOnSignals.h"
 #include "platform/linux/SingleInstance.h"
 #include "platform/linux/X11Compositing.h"
 #include "platform/linux/X11Workspace.h"
@@ -50,6 +51,9 @@ int main(int argc, char* argv[])
                                          : "Corvane is already running but does not answer.\n");
         return 0;
     }
+
+    // Logout's SIGTERM, or ^C in a terminal, quits like "Quit Corvane".
+    QuitOnSignals quitOnSignals;
 
     XInputMonitors monitors;
     QString whyNot;

@@ -6,6 +6,7 @@
 #include "overlay/ViewFactory.h"
 #include "platform/AccessibilityTrust.h"
 
+#include <QCoreApplication>
 #include <QEvent>
 #include <QQmlComponent>
 #include <QQmlEngine>
@@ -108,6 +109,14 @@ void SecondaryWindow::create(const QString& module, const QString& type, const Q
     m_window = window;
     m_view = item;
     m_model = model;
+    // Quitting with the window open: the window, its view and the model go before the
+    // application does (the shared presenters outlive it, so their destructor cannot). A playing
+    // clip goes with them, and with it the copy Qt Multimedia made of it in the temporary folder.
+    QObject::connect(qApp, &QCoreApplication::aboutToQuit, window, [this] {
+        QObject* model = m_model;
+        delete m_window.data();
+        delete model;
+    });
     // The window follows its content's size, as the spec's hosting windows do.
     const auto fit = [window, item] { fitToContent(*window, item); };
     QObject::connect(item, &QQuickItem::implicitHeightChanged, window, fit);

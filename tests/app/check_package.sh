@@ -25,6 +25,7 @@ if [ "${1:-}" = "--inside-session" ]; then
     listed_geany ||
         { echo "check_package: the installed corvane-menus did not list geany ($geany_pid) with its menu bar" >&2; exit 1; }
     log=$(mktemp)
+    trap 'kill $geany_pid $corvane_pid 2>/dev/null || true; rm -f "$log"' EXIT
     chroot "$root" corvane > "$log" 2>&1 &
     corvane_pid=$!
     started_or_ended() { grep -q "Corvane .* started" "$log" || ! kill -0 $corvane_pid; }

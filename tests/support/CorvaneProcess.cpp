@@ -36,6 +36,7 @@ QProcessEnvironment CorvaneProcess::environment() const
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_config.path());
+    environment.insert(QStringLiteral("TMPDIR"), m_temporary.path());
     environment.insert(QStringLiteral("QT_LOGGING_RULES"),
                        QStringLiteral("com.vantorel.corvane.*=true"));
     return environment;
@@ -48,6 +49,19 @@ void CorvaneProcess::start()
         qFatal("%s did not start", qPrintable(m_program));
     if (!waitForLine(QStringLiteral(" started: "), 1, 0, 20000))
         qFatal("Corvane did not report its start:\n%s", qPrintable(log()));
+}
+
+bool CorvaneProcess::terminate(int timeoutMs)
+{
+    if (m_process.state() == QProcess::NotRunning)
+        return false;
+    m_process.terminate();
+    if (!m_process.waitForFinished(timeoutMs)) {
+        stop();
+        return false;
+    }
+    read();
+    return m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
 }
 
 void CorvaneProcess::stop()

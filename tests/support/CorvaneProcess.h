@@ -26,9 +26,15 @@ public:
 
     // Starts it and waits for its "started" line; fatal on failure.
     void start();
+    // Kills it (the tests' way to end it, as a crash would).
     void stop();
+    // Sends it SIGTERM, as the session does at logout, and waits up to `timeoutMs` for it to
+    // end; true when it ended by itself with status 0.
+    bool terminate(int timeoutMs = 5000);
     qint64 pid() const { return m_process.processId(); }
     QString configHome() const { return m_config.path(); }
+    // Its temporary folder (TMPDIR), its own so that what it leaves there can be seen.
+    QString temporaryFolder() const { return m_temporary.path(); }
     // The environment it runs with (a second start must share it).
     QProcessEnvironment environment() const;
 
@@ -54,6 +60,7 @@ private:
 
     QString m_program;
     QTemporaryDir m_config;
+    QTemporaryDir m_temporary;
     QProcess m_process;
     QElapsedTimer m_clock;
     QList<Line> m_lines;
