@@ -232,15 +232,15 @@ void TestOverlayViews::click(QQuickItem* target)
 void TestOverlayViews::loadingWithoutCatalogAlsoWhileTyping()
 {
     present(std::nullopt);
-    QVERIFY(find("loading")->isVisible());
-    QVERIFY(!find("searchList")->isVisible());
-    QVERIFY(!find("sectionGrid")->isVisible());
+    QVERIFY(shown(find("loading")));
+    QVERIFY(!shown(find("searchList")));
+    QVERIFY(!shown(find("sectionGrid")));
 
     m_controller->pin();
     m_controller->viewModel().setQuery(QStringLiteral("sa"));
     QVERIFY(nextFrame(m_controller->panel()));
-    QVERIFY(find("loading")->isVisible());
-    QVERIFY(!find("searchList")->isVisible());
+    QVERIFY(shown(find("loading")));
+    QVERIFY(!shown(find("searchList")));
 }
 
 void TestOverlayViews::allFilteredOutShowsEmptyGrid()
@@ -250,8 +250,8 @@ void TestOverlayViews::allFilteredOutShowsEmptyGrid()
         for (MenuCommand& c : section.commands)
             c.enabled = false;
     present(catalog, {}, /*showDisabled*/ false);
-    QVERIFY(find("sectionGrid")->isVisible());
-    QVERIFY(!find("loading")->isVisible());
+    QVERIFY(shown(find("sectionGrid")));
+    QVERIFY(!shown(find("loading")));
     QVERIFY(visibleItems(root(), "sectionCard").isEmpty());
     QCOMPARE(find("countLine")->property("text").toString(), QStringLiteral("0 commands"));
 }
@@ -270,14 +270,14 @@ void TestOverlayViews::spacesKeepGridOneLetterShowsResults()
     m_controller->pin();
     m_controller->viewModel().setQuery(QStringLiteral("   "));
     QVERIFY(nextFrame(m_controller->panel()));
-    QVERIFY(find("sectionGrid")->isVisible());
-    QVERIFY(!find("searchList")->isVisible());
+    QVERIFY(shown(find("sectionGrid")));
+    QVERIFY(!shown(find("searchList")));
 
     m_controller->viewModel().setSelection(3);
     m_controller->viewModel().setQuery(QStringLiteral("s"));
     QVERIFY(nextFrame(m_controller->panel()));
-    QVERIFY(find("searchList")->isVisible());
-    QVERIFY(!find("sectionGrid")->isVisible());
+    QVERIFY(shown(find("searchList")));
+    QVERIFY(!shown(find("sectionGrid")));
     QCOMPARE(m_controller->viewModel().selection(), 0); // the root view resets it
     const QList<QQuickItem*> highlights = visibleItems(find("searchList"), "highlight");
     QVERIFY(highlights.size() > 1);

@@ -42,14 +42,6 @@ inline QList<QQuickItem*> items(QQuickItem* from, const QString& name)
     findItems(from, name, found);
     return found;
 }
-inline QList<QQuickItem*> visibleItems(QQuickItem* from, const QString& name)
-{
-    QList<QQuickItem*> found;
-    for (QQuickItem* item : items(from, name))
-        if (item->isVisible())
-            found.append(item);
-    return found;
-}
 inline QQuickItem* item(QQuickItem* from, const QString& name)
 {
     const QList<QQuickItem*> found = items(from, name);
@@ -68,6 +60,27 @@ inline bool nextFrame(QQuickWindow* window)
 inline QRectF windowRect(const QQuickItem* item)
 {
     return item->mapRectToScene(QRectF(0, 0, item->width(), item->height()));
+}
+
+// Whether the item is shown: visible, and across the window's width. The overlay keeps the
+// section grid visible while a search is shown and moves it aside instead (a hidden grid's
+// items would all be visited to show it again); lists scroll only up and down.
+inline bool shown(const QQuickItem* item)
+{
+    if (!item->isVisible())
+        return false;
+    const QQuickWindow* window = item->window();
+    const QRectF rect = windowRect(item);
+    return !window || (rect.right() > 0 && rect.left() < window->width());
+}
+// The shown items named `name` under `from`, in visual order.
+inline QList<QQuickItem*> visibleItems(QQuickItem* from, const QString& name)
+{
+    QList<QQuickItem*> found;
+    for (QQuickItem* item : items(from, name))
+        if (shown(item))
+            found.append(item);
+    return found;
 }
 
 } // namespace corvane::test

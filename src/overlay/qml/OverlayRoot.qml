@@ -274,7 +274,12 @@ Item {
             ListView {
                 id: grid
                 objectName: "sectionGrid"
-                visible: !content.loading && !root.lists.searchActive
+                // While a search is shown the grid is moved aside, not hidden: showing a hidden
+                // grid again visits every item of its cards (visibility is inherited), which took
+                // the keystroke that clears the query 13-15 ms instead of 6. Aside, beyond the
+                // clipped content, it is neither drawn nor under the pointer.
+                visible: !content.loading
+                transform: Translate { x: root.lists.searchActive ? -20000 : 0 }
                 anchors.fill: parent
                 topMargin: 14
                 bottomMargin: 14
