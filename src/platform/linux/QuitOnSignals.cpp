@@ -34,7 +34,8 @@ void setHandler(int number, void (*handler)(int))
     struct sigaction action = {};
     action.sa_handler = handler;
     sigemptyset(&action.sa_mask);
-    action.sa_flags = SA_RESTART;
+    // Once: should the quit hang, the same signal again ends the process the default way.
+    action.sa_flags = SA_RESTART | SA_RESETHAND;
     sigaction(number, &action, nullptr);
 }
 
