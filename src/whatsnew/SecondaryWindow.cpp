@@ -74,8 +74,13 @@ SecondaryWindow::~SecondaryWindow()
     // The shared presenters end after the application; then the process is ending anyway.
     if (!QCoreApplication::instance())
         return;
+    dismantle();
+}
+
+void SecondaryWindow::dismantle()
+{
     delete m_window;
-    delete m_model;
+    delete m_model; // unless it went with the window
 }
 
 QQuickItem* SecondaryWindow::view() const
@@ -112,11 +117,7 @@ void SecondaryWindow::create(const QString& module, const QString& type, const Q
     // Quitting with the window open: the window, its view and the model go before the
     // application does (the shared presenters outlive it, so their destructor cannot). A playing
     // clip goes with them, and with it the copy Qt Multimedia made of it in the temporary folder.
-    QObject::connect(qApp, &QCoreApplication::aboutToQuit, window, [this] {
-        QObject* model = m_model;
-        delete m_window.data();
-        delete model;
-    });
+    QObject::connect(qApp, &QCoreApplication::aboutToQuit, window, [this] { dismantle(); });
     // The window follows its content's size, as the spec's hosting windows do.
     const auto fit = [window, item] { fitToContent(*window, item); };
     QObject::connect(item, &QQuickItem::implicitHeightChanged, window, fit);

@@ -97,6 +97,8 @@ protected:
 
 private:
     void willClose();
+    // Deletes the window, its view and the model now.
+    void dismantle();
 
     QPointer<SecondaryView> m_window;
     QPointer<QQuickItem> m_view;
