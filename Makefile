@@ -9,7 +9,7 @@ FUZZ_DIR    ?= build-fuzz
 FUZZ_SECONDS ?= 300
 
 .PHONY: all deps configure build run test test-sanitize test-core fuzz fuzz-build package demo bench screenshots translations format \
-        format-check clean
+        format-check lint clean
 
 all: build
 
@@ -69,17 +69,24 @@ bench: build
 screenshots: build
 	@bash tools/screenshots.sh $(BUILD_DIR) docs/screenshots
 
-# Brings the German and French catalogs up to date with the sources; translate what it marks
-# unfinished (Qt Linguist, or any editor), then commit the .ts files.
+# Brings the German and French catalogs (and the English plural forms) up to date with the
+# sources; translate what it marks unfinished (Qt Linguist, or any editor), then commit the .ts
+# files.
 translations: deps
-	/usr/lib/qt6/bin/lupdate -locations none -extensions cpp,h,qml src \
+	/usr/lib/qt6/bin/lupdate -locations none -no-obsolete -extensions cpp,h,qml src \
 	    -ts data/translations/corvane_de.ts data/translations/corvane_fr.ts
+	/usr/lib/qt6/bin/lupdate -locations none -no-obsolete -pluralonly -extensions cpp,h,qml src \
+	    -ts data/translations/corvane_en.ts
 
 format:
 	@git ls-files --cached --others --exclude-standard '*.cpp' '*.h' | xargs clang-format -i
 
 format-check:
 	@git ls-files --cached --others --exclude-standard '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
+
+# Tracked files never point at documents the repository does not hold (tools/lint.sh).
+lint:
+	@bash tools/lint.sh
 
 clean:
 	rm -rf $(BUILD_DIR) $(FUZZ_DIR) $(SANITIZE_DIR)

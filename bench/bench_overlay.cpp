@@ -178,7 +178,7 @@ int main(int argc, char** argv)
         return 1;
 
     // The same while the crawl thread is stuck on an application that answers every request
-    // after 5 s (issue #9): crawls of it run back to back, each waiting out a time-out.
+    // after 5 s: crawls of it run back to back, each waiting out a time-out.
     test::Programs programs; // stops the sleeper, by process id, when it goes
     const qint64 sleeper =
         programs

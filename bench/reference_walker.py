@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """A straightforward menu walker with pyatspi (Debian's python3-pyatspi), the benchmark's
-baseline: Part 3.2's rules read plainly, one request at a time.
+baseline: the crawl's rules read plainly, one request at a time.
 
     reference_walker.py PID RUNS   prints "items N" and "ms M1 M2 ..." (one time per run)
 

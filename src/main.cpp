@@ -1,6 +1,5 @@
-// Corvane's entry point (Part 1.1's AppDelegate.main() on Linux): one instance per session, the
-// Linux platform services, the delegate, the event loop. Everything else lives in the
-// subsystem libraries.
+// Corvane's entry point: one instance per session, the Linux platform services, the delegate, the
+// event loop. Everything else lives in the subsystem libraries.
 
 #include "app/AppDelegate.h"
 #include "app/SettingsWindow.h"
@@ -25,9 +24,9 @@ int main(int argc, char* argv[])
 {
     using namespace corvane;
 
-    // X11 first; under Wayland Corvane runs through XWayland (PLATFORM.md).
+    // X11 first; under Wayland Corvane runs through XWayland.
     qputenv("QT_QPA_PLATFORM", "xcb");
-    // A tray utility that lives all day: the software scene graph (PLATFORM.md, Stack).
+    // A tray utility that lives all day: the software scene graph, which needs no GPU driver.
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     // Debug lines (the permission poll) only when asked for with QT_LOGGING_RULES.
     QLoggingCategory::setFilterRules(QStringLiteral("com.vantorel.corvane.*.debug=false"));
@@ -77,7 +76,7 @@ int main(int argc, char* argv[])
                                 .desktop = &desktop,
                                 .triggerName = [&delegate] { return delegate.triggerSymbol(); },
                                 .globalInputWatched = monitors.isAvailable()};
-    // Input meant for the panel is Corvane's own, not a hold or an interruption (PLATFORM.md).
+    // Input meant for the panel is Corvane's own, not a hold or an interruption.
     monitors.keyboardHeldByUs = [&delegate] { return delegate.overlay.keyMonitorInstalled(); };
     monitors.ownPanelFrame = [&delegate] { return delegate.visiblePanelFrame(); };
     QObject::connect(&instance, &SingleInstance::showSettingsRequested,

@@ -72,24 +72,16 @@
         <translation>Nicht erteilt</translation>
     </message>
     <message>
-        <source>Open System Settings…</source>
-        <translation>Systemeinstellungen öffnen…</translation>
+        <source>Open Accessibility Settings…</source>
+        <translation>Einstellungen zur Barrierefreiheit öffnen…</translation>
     </message>
     <message>
-        <source>Corvane reads menus on your Mac, locally. Nothing is stored or sent anywhere.</source>
-        <translation>Corvane liest Menüs nur hier auf Ihrem Computer. Nichts davon wird gespeichert oder irgendwohin gesendet.</translation>
+        <source>Corvane reads menus on this computer only. Nothing is sent anywhere.</source>
+        <translation>Corvane liest Menüs nur auf diesem Computer. Nichts wird irgendwohin gesendet.</translation>
     </message>
 </context>
 <context>
     <name>OverlayRoot</name>
-    <message>
-        <source>%1 command</source>
-        <translation>%1 Befehl</translation>
-    </message>
-    <message>
-        <source>%1 commands</source>
-        <translation>%1 Befehle</translation>
-    </message>
     <message>
         <source>Search commands</source>
         <translation>Befehle suchen</translation>
@@ -129,6 +121,13 @@
     <message>
         <source>Release %1 over this panel to keep it open</source>
         <translation>Lassen Sie %1 über dieser Übersicht los, damit sie offen bleibt</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n command(s)</source>
+        <translation>
+            <numerusform>%n Befehl</numerusform>
+            <numerusform>%n Befehle</numerusform>
+        </translation>
     </message>
 </context>
 <context>
@@ -266,20 +265,8 @@
         <translation>Zugriff auf die Barrierefreiheit erteilen…</translation>
     </message>
     <message>
-        <source>Corvane appears in the Accessibility list — switch it on. If it&apos;s missing, click + and add Corvane from Applications.</source>
-        <translation>Schalten Sie in den Einstellungen zur Barrierefreiheit die Hilfstechnologien ein – Corvane bemerkt es sofort.</translation>
-    </message>
-    <message>
         <source>Open Accessibility Settings…</source>
         <translation>Einstellungen zur Barrierefreiheit öffnen…</translation>
-    </message>
-    <message>
-        <source>Reveal Corvane in Finder</source>
-        <translation>Corvane im Dateimanager zeigen</translation>
-    </message>
-    <message>
-        <source>Corvane reads menus on your Mac, locally. Nothing is stored or sent anywhere.</source>
-        <translation>Corvane liest Menüs nur hier auf Ihrem Computer. Nichts davon wird gespeichert oder irgendwohin gesendet.</translation>
     </message>
     <message>
         <source>Start Peeking</source>
@@ -288,6 +275,18 @@
     <message>
         <source>I&apos;ll grant it later</source>
         <translation>Später erteilen</translation>
+    </message>
+    <message>
+        <source>This switches on the desktop&apos;s accessibility support for every application. Applications that were already running may need a restart before Corvane can read their menus.</source>
+        <translation>Damit wird die Barrierefreiheit des Desktops für alle Anwendungen eingeschaltet. Anwendungen, die schon liefen, müssen eventuell neu gestartet werden, bevor Corvane ihre Menüs lesen kann.</translation>
+    </message>
+    <message>
+        <source>Why does Corvane need this?</source>
+        <translation>Wozu braucht Corvane das?</translation>
+    </message>
+    <message>
+        <source>Corvane reads menus on this computer only. Nothing is sent anywhere.</source>
+        <translation>Corvane liest Menüs nur auf diesem Computer. Nichts wird irgendwohin gesendet.</translation>
     </message>
 </context>
 <context>

@@ -72,24 +72,16 @@
         <translation>Non accordée</translation>
     </message>
     <message>
-        <source>Open System Settings…</source>
-        <translation>Ouvrir les paramètres du système…</translation>
+        <source>Open Accessibility Settings…</source>
+        <translation>Ouvrir les paramètres d’accessibilité…</translation>
     </message>
     <message>
-        <source>Corvane reads menus on your Mac, locally. Nothing is stored or sent anywhere.</source>
-        <translation>Corvane lit les menus ici même, sur votre ordinateur. Rien n’est enregistré ni envoyé nulle part.</translation>
+        <source>Corvane reads menus on this computer only. Nothing is sent anywhere.</source>
+        <translation>Corvane lit les menus sur cet ordinateur uniquement. Rien n’est envoyé nulle part.</translation>
     </message>
 </context>
 <context>
     <name>OverlayRoot</name>
-    <message>
-        <source>%1 command</source>
-        <translation>%1 commande</translation>
-    </message>
-    <message>
-        <source>%1 commands</source>
-        <translation>%1 commandes</translation>
-    </message>
     <message>
         <source>Search commands</source>
         <translation>Rechercher des commandes</translation>
@@ -129,6 +121,13 @@
     <message>
         <source>Release %1 over this panel to keep it open</source>
         <translation>Relâchez %1 au-dessus de ce panneau pour le garder ouvert</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n command(s)</source>
+        <translation>
+            <numerusform>%n commande</numerusform>
+            <numerusform>%n commandes</numerusform>
+        </translation>
     </message>
 </context>
 <context>
@@ -266,20 +265,8 @@
         <translation>Accorder l’accès à l’accessibilité…</translation>
     </message>
     <message>
-        <source>Corvane appears in the Accessibility list — switch it on. If it&apos;s missing, click + and add Corvane from Applications.</source>
-        <translation>Activez les technologies d’assistance dans les paramètres d’accessibilité&#xa0;: Corvane le remarque aussitôt.</translation>
-    </message>
-    <message>
         <source>Open Accessibility Settings…</source>
         <translation>Ouvrir les paramètres d’accessibilité…</translation>
-    </message>
-    <message>
-        <source>Reveal Corvane in Finder</source>
-        <translation>Afficher Corvane dans le gestionnaire de fichiers</translation>
-    </message>
-    <message>
-        <source>Corvane reads menus on your Mac, locally. Nothing is stored or sent anywhere.</source>
-        <translation>Corvane lit les menus ici même, sur votre ordinateur. Rien n’est enregistré ni envoyé nulle part.</translation>
     </message>
     <message>
         <source>Start Peeking</source>
@@ -288,6 +275,18 @@
     <message>
         <source>I&apos;ll grant it later</source>
         <translation>Je l’accorderai plus tard</translation>
+    </message>
+    <message>
+        <source>This switches on the desktop&apos;s accessibility support for every application. Applications that were already running may need a restart before Corvane can read their menus.</source>
+        <translation>Cela active l’accessibilité du bureau pour toutes les applications. Les applications déjà ouvertes devront peut-être redémarrer avant que Corvane puisse lire leurs menus.</translation>
+    </message>
+    <message>
+        <source>Why does Corvane need this?</source>
+        <translation>Pourquoi Corvane en a-t-il besoin&#xa0;?</translation>
+    </message>
+    <message>
+        <source>Corvane reads menus on this computer only. Nothing is sent anywhere.</source>
+        <translation>Corvane lit les menus sur cet ordinateur uniquement. Rien n’est envoyé nulle part.</translation>
     </message>
 </context>
 <context>

@@ -18,7 +18,8 @@
 namespace corvane {
 
 namespace {
-constexpr int trustRefreshDelayMs = 500; // Part 1.2: the permission is re-read 0.5 s later
+// A broadcast may come before the bus has settled; the permission is read half a second later.
+constexpr int trustRefreshDelayMs = 500;
 constexpr int trustPollIntervalMs = 2000;
 } // namespace
 
@@ -46,8 +47,8 @@ void AppDelegate::applicationDidFinishLaunching()
     connect(&overlay, &OverlayPanelController::panelCreated, this, &AppDelegate::adoptPanel);
     overlay.setTranslucent(isCompositing());
     overlay.prepare();
-    // Step 9, the launch announcements of Part 1.6, once the permission has been read (never
-    // waited for: the answer arrives later on this thread).
+    // The launch announcements, once the permission has been read: the Welcome window depends on
+    // it. Never waited for: the answer arrives later on this thread.
     m_platform.trust.refresh([self = QPointer<AppDelegate>(this)](bool) {
         if (self)
             self->announceLaunch();

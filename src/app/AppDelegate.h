@@ -1,9 +1,9 @@
 #pragma once
 
-// The spine of Corvane (Parts 1.1 to 1.3): owns every long-lived object, turns the trigger
-// settings into detector parameters, wires the hold detector's effects to the overlay and the
-// overlay's callbacks back to the detector and the command runner, watches the accessibility
-// permission, tracks the application in front, crawls its menus and runs its commands.
+// The spine of Corvane: owns every long-lived object, turns the trigger settings into detector
+// parameters, wires the hold detector's effects to the overlay and the overlay's callbacks back to
+// the detector and the command runner, watches the accessibility permission, tracks the application
+// in front, crawls its menus and runs its commands.
 
 #include "menus/FavoritesStore.h"
 #include "menus/MenuCatalogCache.h"
@@ -32,8 +32,8 @@ class AppDelegate : public QObject {
     Q_OBJECT
 
 public:
-    // What the delegate needs from the operating system (PLATFORM.md); main() passes the Linux
-    // implementations, tests may pass their own.
+    // What the delegate needs from the operating system; main() passes the Linux implementations,
+    // tests may pass their own.
     struct Platform {
         InputMonitors& monitors;
         Workspace& workspace;
@@ -51,24 +51,27 @@ public:
     AppDelegate(UserDefaults& defaults, Platform platform, QObject* parent = nullptr);
     ~AppDelegate() override;
 
-    // Set once by main() and never cleared (Part 1.1).
+    // Set once by main() and never cleared.
     static inline AppDelegate* shared = nullptr;
 
-    // Part 1.6's flag: written true at the end of the first launch on this account.
+    // Written true at the end of the first launch on this account: the Welcome window opens on the
+    // first launch (and later only while accessibility is off).
     static inline const QString launchedBeforeKey = QStringLiteral("launchedBefore");
 
-    // The launch sequence of Part 1.1, steps 1 to 9 (step 9 once the permission has been read).
+    // The launch sequence: defaults, tray, wiring, monitors, observers, and the announcement once
+    // the permission has been read.
     void applicationDidFinishLaunching();
-    // Part 1.6: the Welcome window, What's New, or nothing (step 9).
+    // The Welcome window, What's New, or nothing.
     void announceLaunch();
     void reloadTriggerSettings();
     QString triggerSymbol() const;
-    // Part 1.6: the release notes' buttons (open the settings window).
+    // What the release notes' buttons do (open the settings window).
     WhatsNewActions whatsNewActions() const;
-    // The Linux AXIsProcessTrusted(): the last answer of the platform, never waited for.
+    // Whether accessibility is on: the last answer of the platform, never waited for.
     bool isTrusted() const;
 
-    // The fields of Part 1.1, in the spec's order.
+    // Built in this order and destroyed in the reverse one: the overlay and the detector go before
+    // the cache and the favourites.
     FavoritesStore favorites;
     std::shared_ptr<MenuCatalogCache> cache; // shared with the crawl jobs, which hold it weakly
     HoldDetector detector;
@@ -82,20 +85,19 @@ public:
     // The visible panel's frame, for the detector and the platform's input filter.
     std::optional<QRectF> visiblePanelFrame() const;
 
-    // Part 1.3, reachable for tests.
+    // Reachable for tests.
     void crawlAndUpdate(const RunningApp& app);
     void execute(const MenuCommand& command);
-    // Part 1.2, reachable for tests.
     void refreshTrust();
     void startTrustPolling();
 
 Q_SIGNALS:
-    // Part 1.6 has run: the Welcome window, What's New or nothing is showing.
+    // The launch announcement has run: the Welcome window, What's New or nothing is showing.
     void launchAnnounced();
     // For tests and benchmarks: a crawl's catalog was stored (on the main thread, after the
     // overlay was refreshed or left alone).
     void crawlFinished(const corvane::RunningApp& app, bool refreshedOverlay);
-    // The detector's monitors were installed anew after a change of permission (Part 1.2).
+    // The detector's monitors were installed anew after a change of permission.
     void monitorsRestarted(bool trusted);
 
 private:

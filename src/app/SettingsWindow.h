@@ -1,8 +1,8 @@
 #pragma once
 
-// Part 1.5's settings window: SettingsWindowPresenter and its single form, GeneralPane, whose
-// state and actions GeneralPaneModel holds. Settings are stored at once; the trigger and the
-// delay take effect at once through AppDelegate::reloadTriggerSettings().
+// The settings window: SettingsWindowPresenter and its single form, GeneralPane, whose state and
+// actions GeneralPaneModel holds. Settings are stored at once; the trigger and the delay take
+// effect at once through AppDelegate::reloadTriggerSettings().
 
 #include "whatsnew/SecondaryWindow.h"
 
@@ -29,7 +29,7 @@ class GeneralPaneModel : public QObject {
     Q_PROPERTY(bool trusted READ trusted NOTIFY trustedChanged)
 
 public:
-    // The slider's step (Part 1.5); its range is TriggerSettings' 0.3 to 2.0.
+    // The slider's step; its range is TriggerSettings' 0.3 to 2.0.
     static constexpr double delayStep = 0.05;
 
     GeneralPaneModel(UserDefaults& defaults, const WindowServices& services,
@@ -51,10 +51,11 @@ public:
     void setShowDisabledItems(bool show);
     void setShowItemsWithoutShortcut(bool show);
     void setGlassyBackground(bool glassy);
-    // The spec's setLaunchAtLogin(_:): a failed change silently shows the real state again.
+    // A failed change silently shows the real state again.
     void setLaunchAtLogin(bool enabled);
 
-    // "Open System Settings…": asks for the permission, then opens the accessibility settings.
+    // "Open Accessibility Settings…": asks for the permission, then opens the accessibility
+    // settings (the settings window has no separate grant button).
     Q_INVOKABLE void openSystemSettings();
     // Reads every stored value again (a change made elsewhere shows in the pane).
     void reload();

@@ -1,8 +1,8 @@
 #pragma once
 
-// Part 1.4: Corvane's only permanent presence, the tray icon and its menu. Two entries are
-// brought up to date each time the menu opens (the hint with the trigger's name, the permission
-// warning); the others call into the shell and the secondary windows.
+// Corvane's only permanent presence, the tray icon and its menu. Two entries are brought up to date
+// each time the menu opens (the hint with the trigger's name, the permission warning); the others
+// call into the shell and the secondary windows.
 
 #include <QObject>
 
@@ -20,7 +20,6 @@ public:
     explicit StatusMenuController(bool showStatusItem = true, QObject* parent = nullptr);
     ~StatusMenuController() override;
 
-    // The fields of Part 1.4, in the spec's order.
     QSystemTrayIcon* const statusItem;
     QMenu* const menu;
     QAction* const headerItem;

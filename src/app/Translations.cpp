@@ -37,6 +37,17 @@ QString Translations::install(const QLocale& locale)
     else
         delete qt;
 
+    // English, the source language, needs a catalog only for its plural forms ("%n command(s)"
+    // reads "1 command"); it is compiled into the program and installed first, so that the
+    // locale's own catalog, installed after it, is asked first.
+    auto* english = new QTranslator(QCoreApplication::instance());
+    if (english->load(QStringLiteral(":/corvane/translations/corvane_en.qm")))
+        QCoreApplication::installTranslator(english);
+    else
+        delete english;
+    if (locale.language() == QLocale::English || locale.language() == QLocale::C)
+        return {};
+
     auto* own = new QTranslator(QCoreApplication::instance());
     for (const QString& folder : folders()) {
         if (own->load(locale, QStringLiteral("corvane"), QStringLiteral("_"), folder)) {
@@ -45,8 +56,7 @@ QString Translations::install(const QLocale& locale)
         }
     }
     delete own;
-    if (locale.language() != QLocale::English && locale.language() != QLocale::C)
-        qCInfo(lcApp, "no translation for %s; the texts stay English", qPrintable(locale.name()));
+    qCInfo(lcApp, "no translation for %s; the texts stay English", qPrintable(locale.name()));
     return {};
 }
 

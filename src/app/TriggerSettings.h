@@ -1,7 +1,7 @@
 #pragma once
 
-// Part 1.1's settings: the five registered defaults, the hold-delay clamp, the trigger mapping
-// and the trigger's name, as pure functions over the settings store for the shell to call.
+// The display and trigger settings: the five registered defaults, the hold-delay clamp, the trigger
+// mapping and the trigger's name, as pure functions over the settings store.
 
 #include "trigger/ModifierFlags.h"
 
@@ -24,7 +24,7 @@ inline constexpr double defaultHoldDelay = 0.85;
 inline constexpr double minimumHoldDelay = 0.3;
 inline constexpr double maximumHoldDelay = 2.0;
 
-// Registers the five defaults of Part 1.1 (in memory; never written).
+// Registers the five defaults (in memory; never written).
 void registerDefaults(UserDefaults& defaults);
 
 // 0.3 or less gives 0.3; then more than 2.0 gives 2.0.
@@ -39,7 +39,8 @@ bool displayOption(const UserDefaults& defaults, const QString& key);
 QString triggerSetting(const UserDefaults& defaults);
 // "option" → option, "control" → control, "off" → none, anything else → command.
 std::optional<ModifierFlags::Flags> triggerModifier(const QString& setting);
-// The Linux name of the trigger (PLATFORM.md, Keys): "Ctrl", "Alt", "Super", or "" for "off".
+// The trigger as the keyboard labels it: "Ctrl", "Alt", "Super", or "" for "off". The stored values
+// keep their historical names ("command" is Ctrl, "option" Alt, "control" Super).
 QString triggerSymbol(const QString& setting);
 
 } // namespace TriggerSettings

@@ -1,7 +1,7 @@
 #pragma once
 
-// Per-application favourite command ids in the user defaults, under "favorites." followed by
-// the application id, oldest first (Part 3.4). An application without favourites has no entry.
+// Per-application favourite command ids in the user defaults, under "favorites." followed by the
+// application id, oldest first. An application without favourites has no entry.
 
 #include <QString>
 #include <QStringList>

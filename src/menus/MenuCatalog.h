@@ -1,7 +1,7 @@
 #pragma once
 
-// The crawled-menu records of Part 3.1: plain values with memberwise equality, the command's
-// identity (`id`) and its derived `titles` and `breadcrumb`.
+// The crawled-menu records: plain values with memberwise equality, the command's identity (`id`)
+// and its derived `titles` and `breadcrumb`.
 
 #include <QList>
 #include <QString>
@@ -9,7 +9,7 @@
 
 namespace corvane {
 
-// Unicode canonical equivalence: the string equality of the spec's Conventions.
+// Unicode canonical equivalence: a title typed as "é" or as "e" + U+0301 is the same title.
 bool canonicallyEqual(const QString& a, const QString& b);
 
 struct PathStep {

@@ -1,7 +1,7 @@
 #pragma once
 
-// The last crawled catalog of every application, keyed by its bundle identifier (Part 3.4).
-// Written from the crawl thread and read from the main thread, so every access takes the lock.
+// The last crawled catalog of every application, keyed by its application id. Written from the
+// crawl thread and read from the main thread, so every access takes the lock.
 
 #include "MenuCatalog.h"
 

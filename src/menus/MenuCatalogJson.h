@@ -1,7 +1,7 @@
 #pragma once
 
 // The JSON form of a MenuCatalog, written by `corvane-menus dump --json` and read by
-// `corvane-overlay-preview`. Field names are the spec's; a command's "id" is written for
+// `corvane-overlay-preview`. Field names are the records' own; a command's "id" is written for
 // readers' convenience and recomputed from its path on reading.
 
 #include "MenuCatalog.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-// MenuCrawler (Parts 3.2, 3.3): a crawl or a press of one process, read through a MenuSource
-// within the crawl deadline, on the one crawl thread "com.vantorel.corvane.crawl".
+// MenuCrawler: a crawl or a press of one process, read through a MenuSource within the crawl
+// deadline, on the one crawl thread "com.vantorel.corvane.crawl".
 
 #include "MenuTree.h"
 #include "MenuWalk.h"

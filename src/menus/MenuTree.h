@@ -1,9 +1,8 @@
 #pragma once
 
-// The small tree interface the crawl and the press walk (PLATFORM.md): children, title, role
-// kind, enabled, checked, shortcut, press. The AT-SPI backend implements it; tests build trees
-// in memory. Every read tolerates failure: an unreadable value is absent, an empty list, or the
-// documented default.
+// The small tree interface the crawl and the press walk: children, title, role kind, enabled,
+// checked, shortcut, press. The AT-SPI backend implements it; tests build trees in memory. Every
+// read tolerates failure: an unreadable value is absent, an empty list, or the documented default.
 
 #include "MenuCatalog.h"
 
@@ -56,8 +55,8 @@ private:
     bool m_timedOut = false;
 };
 
-// Where a walk starts: the menu bar of a process (PLATFORM.md's "AXMenuBar"), read within the
-// walk's budget. `error` is 0 when a menu bar was found.
+// Where a walk starts: the menu bar of a process, read within the walk's budget. `error` is 0 when
+// a menu bar was found.
 class MenuSource {
 public:
     virtual ~MenuSource() = default;

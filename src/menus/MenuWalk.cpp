@@ -27,7 +27,8 @@ struct Collector {
         return false;
     }
 
-    // Part 3.2's collect(_:path:depth:isAppMenu:itemCount:into:).
+    // Appends the commands under `element` (a submenu element) to `into`, depth first, in menu
+    // order; the item cap and the deadline end the whole walk.
     void collect(const std::shared_ptr<MenuNode>& element, const QList<PathStep>& path, int depth,
                  bool isAppMenu, QList<MenuCommand>& into)
     {
@@ -139,7 +140,8 @@ std::optional<MenuCatalog> crawl(const RunningApp& app, const std::shared_ptr<Me
             continue;
         const int occurrence = counts.value(*title, 0);
         counts.insert(*title, occurrence + 1);
-        // Linux: collect runs once, on the top-level item's submenu element (PLATFORM.md).
+        // A top-level item is collected once, through its submenu element (GTK: the item itself;
+        // Qt: its menu child).
         QList<MenuCommand> commands;
         if (const std::shared_ptr<MenuNode> submenu = child->submenu())
             collector.collect(submenu, {PathStep{*title, occurrence}}, 1, false, commands);

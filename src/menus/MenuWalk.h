@@ -1,8 +1,8 @@
 #pragma once
 
-// Parts 3.2 and 3.3 on the tree interface: the crawl of a menu bar into a MenuCatalog, and the
-// press of one command along its path. Pure rules, no platform calls of their own; the log
-// lines go to "com.vantorel.corvane.crawl".
+// The walk rules on the tree interface: the crawl of a menu bar into a MenuCatalog, and the press
+// of one command along its path. Pure rules, no platform calls of their own; the log lines go to
+// "com.vantorel.corvane.crawl".
 
 #include "MenuCatalog.h"
 #include "MenuTree.h"
@@ -23,12 +23,12 @@ namespace MenuWalk {
 inline constexpr int itemCap = 2500;
 inline constexpr int depthLimit = 5;
 
-// The localized titles of the macOS Services submenu (MenuHeuristics.servicesTitles). Linux
-// menu bars have no system menu, so the test never applies there; kept for the rule's sake.
+// The localized titles of a system "Services" submenu, skipped in an application menu. Linux menu
+// bars have no application menu (isAppMenu is always false), so this never applies here.
 const QSet<QString>& servicesTitles();
 
 // `menuBar` is null when it could not be read; `readError` is then the code to log.
-// Top-level menus are walked from the first child (PLATFORM.md: no system menu on Linux).
+// Top-level menus are walked from the first child: Linux menu bars have no system menu.
 std::optional<MenuCatalog> crawl(const RunningApp& app, const std::shared_ptr<MenuNode>& menuBar,
                                  int readError, WalkBudget& budget);
 

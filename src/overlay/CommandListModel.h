@@ -1,8 +1,8 @@
 #pragma once
 
-// One list of commands as the QML views show it (Part 5.4): a section card's rows, the
-// favourites or the search results. Rows carry the derived texts of Part 5.4 as roles; a click
-// and a star click go back to the view model's callbacks.
+// One list of commands as the QML views show it: a section card's rows, the favourites or the
+// search results. Rows carry the texts the rows draw as roles; a click and a star click go back to
+// the view model's callbacks.
 
 #include "menus/MenuCatalog.h"
 
@@ -16,8 +16,8 @@ class CommandListModel : public QAbstractListModel {
     Q_OBJECT
     Q_PROPERTY(QString title READ title CONSTANT)
     Q_PROPERTY(int count READ count NOTIFY countChanged)
-    // Per row: 1 when it has a breadcrumb, + 2 when it has a shortcut key. The section cards
-    // lay their rows out from these without making them (Part 5.3's lazy grid).
+    // Per row: 1 when it has a breadcrumb, + 2 when it has a shortcut key. The section cards lay
+    // their rows out from these without making them (the grid makes only visible rows).
     Q_PROPERTY(QList<int> rowKinds READ rowKinds NOTIFY commandsChanged)
     // Changes whenever any row's data may have changed, for views that read rows with rowData().
     Q_PROPERTY(int revision READ revision NOTIFY commandsChanged)
@@ -25,7 +25,7 @@ class CommandListModel : public QAbstractListModel {
 public:
     enum Role {
         TitleRole = Qt::UserRole + 1, // the last step's title, "" for an empty path
-        BreadcrumbRole,               // Part 3.1's breadcrumb
+        BreadcrumbRole,               // the titles between the menu and the command
         LocationRole,                 // first title and breadcrumb, for search rows
         IsCheckedRole,
         EnabledRole,
@@ -51,7 +51,7 @@ public:
     QVariant data(const QModelIndex& index, int role) const override;
     QHash<int, QByteArray> roleNames() const override;
 
-    // A click on a row: runs an enabled command, ignores a disabled one (Part 5.4).
+    // A click on a row: runs an enabled command, ignores a disabled one.
     Q_INVOKABLE void click(int row);
     // A click on the row's star: toggles the favourite, enabled or not.
     Q_INVOKABLE void toggleFavorite(int row);

@@ -26,8 +26,8 @@ constexpr int grabRetryMs = 20;
 
 OverlayPanelController::OverlayPanelController(QObject* parent) : QObject(parent)
 {
-    // PLATFORM.md: the software scene graph, chosen before the first window.
-    // (graphicsApi() keeps answering OpenGL after this; the backend's name tells.)
+    // The software scene graph, chosen before the first window: no GPU driver in a process that
+    // lives all day. (graphicsApi() keeps answering OpenGL after this; the backend's name tells.)
     if (QQuickWindow::sceneGraphBackend() != QStringLiteral("software"))
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     // A window asked to redraw waits 5 ms by default (Qt gathers requests before drawing);
@@ -165,9 +165,9 @@ void OverlayPanelController::fill(const RunningApp& app, const std::optional<Men
     m_viewModel.setTriggerSymbol(triggerSymbol);
     m_lists.setDeferred(false);
 
-    // The root view is made once; every presentation resets its own state (search focus,
-    // scroll positions), which is what Part 5.2's fresh view per presentation is for. Hover
-    // follows the pointer by itself. Making a new view each time costs a frame and more.
+    // The root view is made once; every presentation resets its own state (search focus, scroll
+    // positions), so that every presentation starts as a fresh view would. Hover follows the
+    // pointer by itself. Making a new view each time costs a frame and more.
     QMetaObject::invokeMethod(m_root, "reset");
 }
 
@@ -286,7 +286,8 @@ void OverlayPanelController::dismiss()
     if (!m_panel || !m_panel->isVisible())
         return;
     const qint64 generation = nextGeneration();
-    // The generation check makes a late completion harmless (Part 5.2).
+    // A fade-out overtaken by a new presentation must not hide it: the generation check makes a
+    // late completion harmless.
     fade(0.0, fadeOutMs, [this, generation] {
         if (m_fadeGeneration != generation || !m_panel)
             return;

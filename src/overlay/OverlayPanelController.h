@@ -1,8 +1,8 @@
 #pragma once
 
-// Part 5.2: owns the floating panel, fills the view model for each presentation, places the
-// panel on the screen under the pointer, fades it in and out, and while pinned handles the
-// four keys that drive the overlay.
+// Owns the floating panel, fills the view model for each presentation, places the panel on the
+// screen under the pointer, fades it in and out, and while pinned handles the four keys that drive
+// the overlay.
 
 #include "OverlayLists.h"
 #include "OverlayViewModel.h"

@@ -7,7 +7,8 @@ namespace corvane {
 OverlayViewModel::OverlayViewModel(QObject* parent) : QObject(parent) {}
 OverlayViewModel::~OverlayViewModel() = default;
 
-// Every assignment notifies, also when the value is unchanged (Part 5.1).
+// Every assignment notifies, also when the value is unchanged: a view that reset its own state
+// (scroll, hover) hears the assignment that a new presentation makes.
 void OverlayViewModel::setAppName(const QString& value)
 {
     m_appName = value;
@@ -126,7 +127,7 @@ QList<MenuCommand> OverlayViewModel::favoriteCommands() const
 
 QList<MenuCommand> OverlayViewModel::searchResults() const
 {
-    // Without a search Part 4.2 returns the commands unchanged: no need to build the index.
+    // Without a search the filter returns the commands unchanged: no need to build the index.
     if (!isSearchActive())
         return allCommands();
     return index().rank(m_query, m_favoriteIDs);
@@ -157,7 +158,7 @@ void OverlayViewModel::moveSelection(qint64 delta)
     }
     qint64 s = 0;
     if (qAddOverflow(m_selection, delta, &s))
-        qFatal("overlay selection overflowed"); // a fatal error, as the spec's Conventions say
+        qFatal("overlay selection overflowed"); // a counter that overflows is a bug, not a case
     setSelection(s > 0 ? std::min(s, n - 1) : 0);
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
-// The overlay's observable state (Part 5.1): the application shown, its sections, the search,
-// the pin, the selection, the favourites and the display options, with the derived lists the
-// views show and the two keyboard actions. Every assignment notifies, also of an equal value.
+// The overlay's observable state: the application shown, its sections, the search, the pin, the
+// selection, the favourites and the display options, with the derived lists the views show and the
+// two keyboard actions. Every assignment notifies, also of an equal value.
 
 #include "menus/MenuCatalog.h"
 #include "shortcuts/CommandFilter.h"
@@ -74,7 +74,7 @@ public:
     bool isSearchActive() const;
 
     Q_INVOKABLE void moveSelection(qint64 delta);
-    // A click on the search field of an unpinned overlay (Part 5.3): calls onPinRequest if set.
+    // A click on the search field of an unpinned overlay: calls onPinRequest if set.
     Q_INVOKABLE void requestPin();
     Q_INVOKABLE void executeSelection();
 
@@ -107,7 +107,7 @@ private:
     bool m_showDisabled = true;
     bool m_showNoShortcut = true;
     bool m_glassy = true;
-    QString m_triggerSymbol = QStringLiteral("Ctrl"); // the spec's "⌘" (PLATFORM.md, Keys)
+    QString m_triggerSymbol = QStringLiteral("Ctrl");
     QStringList m_favoriteOrder;
     mutable std::unique_ptr<CommandFilter::Index> m_index;
 };

@@ -1,7 +1,7 @@
 #pragma once
 
-// Part 5.2's `place()` rule as a pure function: which screen, and the panel's frame on it.
-// The screen rule is shared with the secondary windows' centerOnActiveScreen().
+// The panel's placement as a pure function: which screen, and the panel's frame on it. The screen
+// rule is shared with the secondary windows' centerOnActiveScreen().
 
 #include <QList>
 #include <QPointF>
@@ -17,7 +17,7 @@ struct ScreenFrames {
 
 // The screen under `pointer`: the first whose frame holds the pointer (a point on the right or
 // bottom edge is outside), else the main screen (`mainScreen`, an index or -1), else the first;
-// null when there are no screens. The overlay and the secondary windows (Part 6.3) both use it.
+// null when there are no screens. The overlay and the secondary windows both use it.
 const ScreenFrames* screenUnderPointer(const QList<ScreenFrames>& screens, int mainScreen,
                                        QPointF pointer);
 

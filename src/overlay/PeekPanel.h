@@ -1,9 +1,9 @@
 #pragma once
 
-// The spec's PeekPanel on X11 (PLATFORM.md): a frameless, always-on-top tool window that skips
-// the taskbar, is shown without taking activation and can take the keyboard for typing while
-// the application in front stays active. Translucent (an alpha channel) where a compositor
-// blends it with what lies behind; opaque and cut to the card's shape where nothing does.
+// The overlay's window on X11: a frameless, always-on-top tool window that skips the taskbar, is
+// shown without taking activation and can take the keyboard for typing while the application in
+// front stays active. Translucent (an alpha channel) where a compositor blends it with what lies
+// behind; opaque and cut to the card's shape where nothing does.
 
 #include <QQuickWindow>
 #include <optional>

@@ -1,7 +1,7 @@
 #pragma once
 
-// PLATFORM.md's stand-in for the spec's SF Symbols: the project's monochrome SVGs under the
-// symbols' names, tinted by the view. QML asks for "image://symbol/NAME?COLOR".
+// The views' symbols: the project's monochrome SVGs under the symbols' names, tinted by the view.
+// QML asks for "image://symbol/NAME?COLOR".
 
 #include <QQuickImageProvider>
 

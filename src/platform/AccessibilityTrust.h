@@ -1,8 +1,9 @@
 #pragma once
 
-// The spec's Accessibility permission (AXIsProcessTrusted) and its broadcast, read without ever
-// waiting on another process: the last answer is kept, and a read is asked for and answered
-// later on the calling thread. The Linux implementation is AccessibilitySwitch.
+// Whether Corvane may read other applications (accessibility is on) and the broadcast of every
+// change, read without ever waiting on another process: the last answer is kept, and a read is
+// asked for and answered later on the calling thread. The Linux implementation is
+// AccessibilitySwitch.
 
 #include <QObject>
 #include <functional>
@@ -21,12 +22,12 @@ public:
     virtual void refresh(std::function<void(bool trusted)> completion) = 0;
     // Starts listening for the broadcast; false when it cannot be heard.
     virtual bool watch() = 0;
-    // The spec's AXIsProcessTrustedWithOptions with the prompt: asks for the permission without
-    // waiting for the answer (on Linux the user's click is the consent: IsEnabled is set).
+    // Asks for the permission without waiting for the answer (on Linux the user's click is the
+    // consent: IsEnabled is set).
     virtual void requestTrust() = 0;
 
 Q_SIGNALS:
-    // The platform's accessibility broadcast (the spec's "com.apple.accessibility.api").
+    // The platform says the permission may have changed; read it again to know.
     void broadcast();
 };
 

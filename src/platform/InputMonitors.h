@@ -1,9 +1,8 @@
 #pragma once
 
-// Global input monitors (the spec's NSEvent global monitors; XInput 2 raw events on Linux):
-// modifier changes, key presses, mouse-button presses and scrolling delivered to other
-// applications, and the pointer position. Input meant for Corvane's own windows never reaches
-// the handlers.
+// Global input monitors (XInput 2 raw events on X11): modifier changes, key presses, mouse-button
+// presses and scrolling delivered to other applications, and the pointer position. Input meant for
+// Corvane's own windows never reaches the handlers.
 
 #include <QPointF>
 #include <QRectF>
@@ -13,8 +12,8 @@
 
 namespace corvane {
 
-// The platform's CGRectContainsPoint on Linux (PLATFORM.md): a rectangle contains a point on its
-// left and top edges, not on its right and bottom edges.
+// Whether the pointer is over the panel: a rectangle contains a point on its left and top edges,
+// not on its right and bottom edges.
 inline bool containsPoint(const QRectF& frame, const QPointF& point)
 {
     return point.x() >= frame.left() && point.x() < frame.left() + frame.width() &&

@@ -1,7 +1,7 @@
 #pragma once
 
-// A running application as PLATFORM.md defines it (the spec's NSRunningApplication): compared
-// by process id only.
+// A running application: its process id, application id, name and icon. Compared by process id
+// only, so that a restarted application with the same id is another one.
 
 #include <QString>
 #include <optional>

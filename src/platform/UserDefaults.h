@@ -1,8 +1,7 @@
 #pragma once
 
-// The "standard user defaults" of the spec on Linux (PLATFORM.md): an INI file read and written
-// through QSettings, registered defaults held in memory only, and typed reads in which a missing
-// or mistyped value reads as absent.
+// Corvane's settings store: an INI file read and written through QSettings, registered defaults
+// held in memory only, and typed reads in which a missing or mistyped value reads as absent.
 
 #include <QDateTime>
 #include <QSettings>

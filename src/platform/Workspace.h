@@ -1,7 +1,7 @@
 #pragma once
 
-// The workspace service of the spec (NSWorkspace): which application is frontmost, and every
-// activation of an application. The X11 implementation is X11Workspace.
+// The workspace service: which application is frontmost, and every activation of an application.
+// The X11 implementation is X11Workspace.
 
 #include "RunningApp.h"
 
@@ -18,7 +18,6 @@ public:
     using QObject::QObject;
 
     virtual std::optional<RunningApp> frontmostApplication() const = 0;
-    // The spec's NSProcessInfo processIdentifier.
     static qint64 thisProcessId() { return QCoreApplication::applicationPid(); }
 
 Q_SIGNALS:

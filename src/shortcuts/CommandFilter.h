@@ -1,7 +1,7 @@
 #pragma once
 
-// Scores and ranks menu commands for a search query (Part 4.2). `Index` folds every title once
-// per catalog so that a keystroke only folds the query; its results are identical to `rank`.
+// Scores and ranks menu commands for a search query. `Index` folds every title once per catalog so
+// that a keystroke only folds the query; its results are identical to `rank`.
 
 #include "TextFolding.h"
 #include "menus/MenuCatalog.h"

@@ -1,8 +1,9 @@
 #pragma once
 
-// Turns a menu item's key-equivalent description into displayable ShortcutKeys (Part 4.1).
-// The three macOS functions are written exactly as specified (pure; a macOS backend will call
-// them); `fromAccelerator` reads the GTK and Qt accelerator texts that AT-SPI reports on Linux.
+// Turns a menu item's key-equivalent description into displayable ShortcutKeys.
+// `fromAccelerator` reads the GTK and Qt accelerator texts that AT-SPI reports; the three
+// functions over a character, a virtual key code and a glyph number read the key-equivalent
+// attributes of a platform that describes menu shortcuts that way (pure, for a future backend).
 
 #include "menus/MenuCatalog.h"
 
@@ -25,8 +26,8 @@ std::optional<QString> virtualKeyLabel(qint64 virtualKey);
 // order Ctrl, Alt, Shift, Super. Empty or unparsable text gives ShortcutKeys::none.
 ShortcutKeys fromAccelerator(const QString& text);
 
-// Qt reports an item's mnemonic as its key binding when it has no shortcut: Alt plus one letter
-// or digit that occurs in the item's title is a mnemonic, not a shortcut (PLATFORM.md).
+// Qt reports an item's mnemonic as its key binding when it has no shortcut: Alt plus one letter or
+// digit that occurs in the item's title is a mnemonic, not a shortcut.
 bool isQtMnemonic(const ShortcutKeys& keys, const QString& title);
 
 } // namespace corvane::ShortcutDisplay

@@ -1,8 +1,9 @@
 #pragma once
 
-// The one query-normalisation helper of Parts 4.2, 5.1 and 5.2: case- and diacritic-folding
-// without locale rules, trimming of spaces and tabs, canonical equivalence, and lengths in
-// user-perceived characters (grapheme clusters).
+// The one query-normalisation helper of the filter, the view model and the key handling, so that
+// they agree on when a search is active: case- and diacritic-folding without locale rules, trimming
+// of spaces and tabs, canonical equivalence, and lengths in user-perceived characters (grapheme
+// clusters).
 
 #include <QList>
 #include <QString>
@@ -18,7 +19,7 @@ QString trimmed(const QString& text);
 // result in NFC so that canonically equivalent inputs fold to identical strings, then trims.
 QString fold(const QString& text);
 
-// A search is active when the folded query is not empty (Parts 5.1, 5.2, 5.3).
+// A search is active when the folded query is not empty.
 bool isSearchActive(const QString& query);
 
 qsizetype graphemeCount(const QString& text);

@@ -1,8 +1,8 @@
 #pragma once
 
-// Turns global input into HoldStateMachine events and carries out the timer effects (Part 2.2).
-// It knows nothing of the overlay: the panel frame and whether arming is allowed come through
-// two providers that the application delegate installs.
+// Turns global input into HoldStateMachine events and carries out the timer effects. It knows
+// nothing of the overlay: the panel frame and whether arming is allowed come through two providers
+// that the application delegate installs.
 
 #include "HoldStateMachine.h"
 #include "ModifierFlags.h"

@@ -8,8 +8,8 @@ using Kind = HoldStateMachine::Event::Kind;
 
 HoldStateMachine::Effects HoldStateMachine::handle(const Event& event)
 {
-    // Each case is one row of Part 2.1's transition table; whatever a row does not name is
-    // ignored (state unchanged, no effects).
+    // Each case is one state's transitions; an event a state does not name is ignored (state
+    // unchanged, no effects).
     switch (state) {
     case State::idle:
         switch (event.kind) {

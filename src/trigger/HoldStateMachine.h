@@ -1,7 +1,7 @@
 #pragma once
 
-// The pure decision core of hold-to-peek (Part 2.1): four states, seven events, and for every
-// event an ordered list of effects for the driver (HoldDetector) to carry out.
+// The pure decision core of hold-to-peek: four states, seven events, and for every event an ordered
+// list of effects for the driver (HoldDetector) to carry out.
 
 #include <QList>
 #include <QMetaType>

@@ -1,7 +1,8 @@
 #pragma once
 
-// The four watched device-independent modifier bits of Part 2.2, kept as the spec numbers them.
-// On Linux, Ctrl sets `command`, Alt sets `option` and Super sets `control` (PLATFORM.md, Keys).
+// The four watched device-independent modifier bits, numbered as the stored trigger setting names
+// them ("command", "option", "control"). On Linux, Ctrl sets `command`, Alt sets `option` and Super
+// sets `control`.
 
 #include <cstdint>
 

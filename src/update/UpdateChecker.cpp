@@ -111,8 +111,7 @@ void UpdateChecker::check(std::function<void(const Result&)> completion, const O
                              return;
                          }
                          // The HTTP status is not looked at: any answer with the right shape is
-                         // accepted, and an error page is a parse failure like any other body
-                         // (Part 7.1).
+                         // accepted, and an error page is a parse failure like any other body.
                          const bool answered =
                              reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
                          if (reply->error() != QNetworkReply::NoError && !answered) {

@@ -1,7 +1,7 @@
 #pragma once
 
-// The manual update check of Part 7.1: fetch the JSON feed, compare its version with the
-// running one, and present the result in one of three alerts.
+// The manual update check: fetch the JSON feed, compare its version with the running one, and
+// present the result in one of three alerts.
 
 #include <QByteArray>
 #include <QCoreApplication>

@@ -7,7 +7,7 @@ namespace corvane {
 
 namespace {
 
-// Unicode white space and newlines, as the spec's whitespacesAndNewlines.
+// Unicode white space and newlines, trimmed from both ends before parsing.
 bool isWhite(QChar c)
 {
     return c.isSpace() || c == QChar(0x85) || c == QChar(0x2028) || c == QChar(0x2029);

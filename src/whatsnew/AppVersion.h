@@ -1,6 +1,6 @@
 #pragma once
 
-// A dotted numeric version with a strict parser, zero-padding order and text form (Part 6.1).
+// A dotted numeric version with a strict parser, zero-padding order and text form.
 
 #include <QList>
 #include <QString>
@@ -16,7 +16,7 @@ public:
     // Absent when the text is not a valid version.
     static std::optional<AppVersion> parse(const QString& text);
     // The running version: QCoreApplication::applicationVersion(), parsed; absent when it is
-    // missing or malformed (PLATFORM.md: "CFBundleShortVersionString").
+    // missing or malformed.
     static std::optional<AppVersion> current();
     static std::optional<AppVersion> current(const QString& bundleVersion)
     {
@@ -27,7 +27,8 @@ public:
 
     QList<qint64> components;
 
-    // Equality does not pad with zeros; the ordering does (the spec keeps this asymmetry).
+    // Equality does not pad with zeros; the ordering does: "1.0" and "1.0.0" are different records
+    // of what was installed, yet neither is newer than the other.
     friend bool operator==(const AppVersion& a, const AppVersion& b)
     {
         return a.components == b.components;

@@ -18,8 +18,8 @@ LoopingPlayer::LoopingPlayer(QQuickItem* parent)
     m_player->setVideoSink(m_sink.get());
     m_player->setLoops(QMediaPlayer::Infinite);
     connect(m_sink.get(), &QVideoSink::videoFrameChanged, this, &LoopingPlayer::showFrame);
-    // Over and over: Qt 6.4's FFmpeg backend stops at the end whatever the loop count says, so
-    // the end starts the clip again (the spec's AVPlayerLooper).
+    // Over and over: Qt 6.4's FFmpeg backend stops at the end whatever the loop count says, so the
+    // end starts the clip again.
     connect(m_player.get(), &QMediaPlayer::mediaStatusChanged, this,
             [this](QMediaPlayer::MediaStatus status) {
                 if (status != QMediaPlayer::EndOfMedia || !m_looping)
@@ -98,8 +98,8 @@ void LoopingPlayer::paint(QPainter* painter)
 void LoopingPlayer::itemChange(ItemChange change, const ItemChangeData& value)
 {
     if (change == ItemSceneChange) {
-        // The window closes: the clip pauses (Part 6.3). By name: the signal's event type is
-        // private to Qt Quick.
+        // The window closes: the clip pauses, so that a closed window decodes nothing. By name: the
+        // signal's event type is private to Qt Quick.
         if (m_window)
             disconnect(m_window, SIGNAL(closing(QQuickCloseEvent*)), this, SLOT(pause()));
         m_window = value.window;

@@ -1,9 +1,8 @@
 #pragma once
 
-// Part 6.3's LoopingPlayer on Linux (PLATFORM.md): a Qt Multimedia player, muted, looping for
-// ever, without controls, whose frames fill and crop the item. Frames are painted by the item
-// itself, because Qt 6.4's VideoOutput draws nothing on the software scene graph Corvane uses.
-// The clip pauses when its window closes and when the item goes.
+// A Qt Multimedia player, muted, looping for ever, without controls, whose frames fill and crop the
+// item. Frames are painted by the item itself, because Qt 6.4's VideoOutput draws nothing on the
+// software scene graph Corvane uses. The clip pauses when its window closes and when the item goes.
 
 #include <QImage>
 #include <QPointer>

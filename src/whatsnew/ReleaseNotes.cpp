@@ -26,7 +26,7 @@ QList<WhatsNewRelease> ReleaseNotes::all(const WhatsNewActions& actions, const Q
         WhatsNewRelease{
             *AppVersion::parse(QStringLiteral("1.0")),
             {
-                WhatsNewFeature{QStringLiteral("command"),
+                WhatsNewFeature{QStringLiteral("keyboard"),
                                 tr("Hold %1 and see everything").arg(trigger),
                                 tr("Every menu command and shortcut of the app in front of you, "
                                    "grouped by menu."),

@@ -1,6 +1,6 @@
 #pragma once
 
-// The release-note records and the catalogue compiled into the program (Part 6.2).
+// The release-note records and the catalogue compiled into the program.
 
 #include "AppVersion.h"
 
@@ -21,14 +21,14 @@ struct WhatsNewFeature {
     struct Media {
         enum class Kind { image, video };
         Kind kind;
-        QUrl url; // a still picture or a clip played muted in a loop (Part 6.3)
+        QUrl url; // a still picture or a clip played muted in a loop
     };
     struct Action {
         QString title;
         std::function<void()> perform;
     };
 
-    QString symbol; // one of the project's monochrome SVG symbols (PLATFORM.md)
+    QString symbol; // one of the project's monochrome SVG symbols
     QString title;
     QString detail;
     std::optional<Media> media;
@@ -49,9 +49,8 @@ public:
     // The trigger as texts name it: the configured trigger's name, or the default "Ctrl" when
     // the trigger is off (empty).
     static QString triggerNameInTexts(const QString& configured);
-    // The whole catalogue, its texts translated on each call. The spec's "⌘" in the texts is the
-    // configured trigger's name on Linux ("Ctrl", "Alt", "Super"); with the trigger off the
-    // default "Ctrl" is named.
+    // The whole catalogue, its texts translated on each call. The texts name the configured trigger
+    // ("Ctrl", "Alt", "Super"); with the trigger off the default "Ctrl" is named.
     static QList<WhatsNewRelease> all(const WhatsNewActions& actions,
                                       const QString& triggerName = {});
 };

@@ -118,7 +118,8 @@ void SecondaryWindow::create(const QString& module, const QString& type, const Q
     // application does (the shared presenters outlive it, so their destructor cannot). A playing
     // clip goes with them, and with it the copy Qt Multimedia made of it in the temporary folder.
     QObject::connect(qApp, &QCoreApplication::aboutToQuit, window, [this] { dismantle(); });
-    // The window follows its content's size, as the spec's hosting windows do.
+    // The window follows its content's size: a longer translation grows it instead of cutting the
+    // text.
     const auto fit = [window, item] { fitToContent(*window, item); };
     QObject::connect(item, &QQuickItem::implicitHeightChanged, window, fit);
     QObject::connect(item, &QQuickItem::implicitWidthChanged, window, fit);
@@ -136,8 +137,8 @@ void SecondaryWindow::create(const QString& module, const QString& type, const Q
 
 void SecondaryWindow::willClose()
 {
-    // The spec's will-close handling: the view (and a playing clip) and the model go, the
-    // fields are cleared; the window itself is deleted once its close has been handled.
+    // The view (and a playing clip) and the model go, the fields are cleared, so that the next show
+    // builds a fresh view; the window itself is deleted once its close has been handled.
     SecondaryView* window = m_window;
     QObject* model = m_model;
     m_window = nullptr;

@@ -1,11 +1,10 @@
 #pragma once
 
-// What the settings, Welcome and What's New windows share (Parts 1.5, 6.3, 6.4): a normal titled
-// window of fixed size whose content is a QML view of the module Corvane.Windows, made on demand
-// with a model object, brought forward and centred on the screen under the pointer, and
-// forgotten when it closes (the spec's will-close handling: the view and its model go, the
-// fields are cleared, so the next show builds a fresh view). PLATFORM.md maps the rest. The
-// views live in the QML modules Corvane.Windows (Welcome, What's New) and Corvane.Settings.
+// What the settings, Welcome and What's New windows share: a normal titled window of fixed size
+// whose content is a QML view of the module Corvane.Windows, made on demand with a model object,
+// brought forward and centred on the screen under the pointer, and forgotten when it closes (the
+// view and its model go, the fields are cleared, so the next show builds a fresh view). The views
+// live in the QML modules Corvane.Windows (Welcome, What's New) and Corvane.Settings.
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -27,7 +26,7 @@ class UserDefaults;
 // The platform services the windows use; main() fills them in, tests may pass their own.
 struct WindowServices {
     AccessibilityTrust* trust = nullptr;   // the permission shown and asked for
-    DesktopIntegration* desktop = nullptr; // start at login, settings, reveal
+    DesktopIntegration* desktop = nullptr; // start at login, settings, help
     std::function<QString()> triggerName;  // "Ctrl", "Alt", "Super" or "" (off)
     bool globalInputWatched = true;        // false: the Welcome window says why holding fails
     UserDefaults* defaults = nullptr;      // the settings store; null: UserDefaults::standard()
@@ -37,9 +36,9 @@ struct WindowServices {
     QString triggerNameForTexts() const;
 };
 
-// The permission as a window shows it (the spec's `trusted` view state with its 1.0 s
-// `trustTimer`): read at once from the last answer, then asked for again every second, never
-// waited on; `changed` when the answer differs.
+// The permission as a window shows it: read at once from the last answer, then asked for again
+// every second (a switch flipped elsewhere shows within a second), never waited on; `changed` when
+// the answer differs.
 class PermissionWatch : public QObject {
     Q_OBJECT
 
@@ -82,7 +81,7 @@ public:
     // The open view's model, or null.
     QObject* model() const { return m_model; }
 
-    // Closes the window, if any; the will-close handling runs at once.
+    // Closes the window, if any; its view and model go at once.
     void close();
 
 protected:

@@ -30,7 +30,7 @@ void VersionTracker::incrementUpdateCount()
     const qint64 count = m_defaults.integer(updateCountKey).value_or(0);
     qint64 next = 0;
     if (qAddOverflow(count, qint64(1), &next))
-        qFatal("whatsNew.updateCount overflowed"); // a counter overflow is fatal (spec Conventions)
+        qFatal("whatsNew.updateCount overflowed"); // a counter that overflows is a bug, not a case
     m_defaults.setInteger(updateCountKey, next);
 }
 

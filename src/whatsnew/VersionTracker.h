@@ -1,7 +1,7 @@
 #pragma once
 
 // Compares the running version with the one recorded at the previous launch and, on commit(),
-// writes the install/update record to the user defaults (Part 6.1).
+// writes the install/update record to the settings store.
 
 #include "AppVersion.h"
 

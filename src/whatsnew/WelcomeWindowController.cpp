@@ -24,10 +24,10 @@ void WelcomeModel::openAccessibilitySettings()
         m_services.desktop->openAccessibilitySettings();
 }
 
-void WelcomeModel::revealApplication()
+void WelcomeModel::openAccessibilityHelp()
 {
     if (m_services.desktop)
-        m_services.desktop->revealApplication();
+        m_services.desktop->openAccessibilityHelp();
 }
 
 void WelcomeModel::close()

@@ -1,7 +1,7 @@
 #pragma once
 
-// Part 6.4's Welcome window: what Corvane does, the permission with the ways to grant it, re-read
-// once a second while the window is open, and a closing button that depends on it.
+// The Welcome window: what Corvane does, the permission with the ways to grant it, re-read once a
+// second while the window is open, and a closing button that depends on it.
 
 #include "SecondaryWindow.h"
 
@@ -9,7 +9,7 @@
 
 namespace corvane {
 
-// The view's state and actions (the spec's WelcomeView fields and buttons).
+// The view's state and the actions of its buttons.
 class WelcomeModel : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool trusted READ trusted NOTIFY trustedChanged)
@@ -25,7 +25,7 @@ public:
 
     Q_INVOKABLE void grantAccess();
     Q_INVOKABLE void openAccessibilitySettings();
-    Q_INVOKABLE void revealApplication();
+    Q_INVOKABLE void openAccessibilityHelp();
     Q_INVOKABLE void close();
 
 Q_SIGNALS:

@@ -1,6 +1,6 @@
 #pragma once
 
-// Picks the releases to announce after a launch from its version outcome (Part 6.2).
+// Picks the releases to announce after a launch from its version outcome.
 
 #include "ReleaseNotes.h"
 #include "VersionTracker.h"

@@ -63,7 +63,7 @@ void WhatsNewWindowController::show(const QList<WhatsNewRelease>& releases)
 {
     if (releases.isEmpty())
         return;
-    close(); // an open window is replaced; its will-close handling runs at once
+    close(); // an open window is replaced; its view and model go at once
     auto* model = new WhatsNewModel(releases, WindowServices::shared().triggerNameForTexts(),
                                     [] { shared().close(); });
     create(QStringLiteral("Corvane.Windows"), QStringLiteral("WhatsNewView"),

@@ -1,7 +1,7 @@
 #pragma once
 
-// Part 6.3's What's New window: the given releases' features, each with its symbol, title,
-// detail and optionally a button and a picture or a looping muted clip; "Continue" closes it.
+// The What's New window: the given releases' features, each with its symbol, title, detail and
+// optionally a button and a picture or a looping muted clip; "Continue" closes it.
 
 #include "ReleaseNotes.h"
 #include "SecondaryWindow.h"
@@ -25,7 +25,7 @@ public:
     QVariantList releases() const;
     QString trigger() const { return m_trigger; }
 
-    // Closes the window, then runs the feature's action (Part 6.3's FeatureRow button).
+    // Closes the window, then runs the feature's action (its button).
     Q_INVOKABLE void performAction(int release, int feature);
     Q_INVOKABLE void close();
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// Part 6.3's centerOnActiveScreen(): a secondary window takes the size its content asks for and
-// is centred in the available area of the screen under the pointer.
+// centerOnActiveScreen(): a secondary window takes the size its content asks for and is centred in
+// the available area of the screen under the pointer.
 
 #include "overlay/PanelPlacement.h"
 

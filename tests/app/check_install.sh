@@ -16,6 +16,7 @@ expected=(
     share/metainfo/com.vantorel.Corvane.metainfo.xml
     share/icons/hicolor/scalable/apps/com.vantorel.Corvane.svg
     share/corvane/translations/corvane_de.qm share/corvane/translations/corvane_fr.qm
+    share/doc/corvane/README.md
 )
 for size in 16 22 24 32 48 64 128 256; do
     expected+=("share/icons/hicolor/${size}x${size}/apps/com.vantorel.Corvane.png")

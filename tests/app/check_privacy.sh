@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Network and privacy (issue #9): runs the demo's whole peek loop (hold Ctrl over geany, pin,
+# Network and privacy: runs the demo's whole peek loop (hold Ctrl over geany, pin,
 # type "prefer", Return runs Edit ▸ Preferences) with Corvane under strace, inside this test
 # session, then checks with check_privacy.py that Corvane opened no socket other than the X
 # server's, the D-Bus buses', the application's own accessibility socket and the journal's, and

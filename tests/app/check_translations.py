@@ -4,6 +4,7 @@
 1. lupdate, run over the sources against a copy of each committed catalog, finds no new text,
    and no entry is unfinished or empty; every translation keeps its source's placeholders
    (%1, %2, %.2f) and its trailing "…" (a button that opens a window says so in every language).
+   No English text names another desktop's places (a Mac, Finder, System Settings) or draws ⌘.
 2. Each window, opened by corvane-window-preview with LANG set to de_DE.UTF-8 or fr_FR.UTF-8
    (nothing else), shows only translated texts: a text the English run also shows must be one
    whose translation is the same word ("OK", "Ctrl", "Version %1"). The preview finds the
@@ -24,7 +25,8 @@ import previews  # noqa: E402
 
 root, build = Path(sys.argv[1]), Path(sys.argv[2])
 languages = {"de": "de_DE.UTF-8", "fr": "fr_FR.UTF-8"}
-placeholder = re.compile(r"%(?:\d|\.2f)")
+placeholder = re.compile(r"%(?:\d|\.2f|n)")
+foreign_desktop = re.compile(r"\bMac\b|Finder|System Settings|Applications folder|⌘")
 failures = []
 
 catalogs = {}
@@ -45,15 +47,18 @@ with tempfile.TemporaryDirectory() as tmp:
             translation = message.find("translation")
             if translation.get("type") in ("vanished", "obsolete"):
                 continue
-            text = translation.text or ""
-            if translation.get("type") == "unfinished" or not text.strip():
+            forms = [form.text or "" for form in translation.iter("numerusform")]
+            forms = forms or [translation.text or ""]
+            if translation.get("type") == "unfinished" or not all(f.strip() for f in forms):
                 failures.append(f"{language}: unfinished: \"{source}\"")
                 continue
-            if sorted(placeholder.findall(source)) != sorted(placeholder.findall(text)):
-                failures.append(f"{language}: placeholders differ: \"{source}\" → \"{text}\"")
-            if source.endswith("…") != text.endswith("…"):
-                failures.append(f"{language}: the trailing … differs: \"{source}\" → \"{text}\"")
-            pairs[source] = text
+            for text in forms:
+                if sorted(placeholder.findall(source)) != sorted(placeholder.findall(text)):
+                    failures.append(f"{language}: placeholders differ: \"{source}\" → \"{text}\"")
+                if source.endswith("…") != text.endswith("…"):
+                    failures.append(f"{language}: the trailing … differs: \"{source}\" → "
+                                    f"\"{text}\"")
+            pairs[source] = forms[-1]
             translated += 1
         catalogs[language] = pairs
         print(f"{language}: {total} source texts, {translated} translated")
@@ -75,6 +80,8 @@ for language, lang in languages.items():
     same_word = [as_pattern(s) for s, t in catalogs[language].items() if s == t]
     for window, options in previews.states(root):
         english = shown(window, options, "C.UTF-8")
+        failures += [f"{window} {' '.join(options)}: speaks of another system: \"{line}\""
+                     for line in english if foreign_desktop.search(line)]
         local = shown(window, options, lang)
         untranslated = [line for line in local & english if line not in previews.NOT_TEXT
                         and not any(p.match(line) for p in same_word)]
@@ -88,6 +95,16 @@ for language, lang in languages.items():
     if not any(delay in line for line in settings):
         failures.append(f"{language}: the hold delay is not written with the locale's decimal "
                         f"sign ({delay})")
+
+# English holds the plural forms of every "%n" text.
+with tempfile.TemporaryDirectory() as tmp:
+    ts = Path(tmp) / "corvane_en.ts"
+    shutil.copy(root / "data/translations/corvane_en.ts", ts)
+    previews.lupdate(root, ts, "-locations", "none", "-pluralonly")
+    for message in ET.parse(ts).iter("message"):
+        forms = [form.text or "" for form in message.iter("numerusform")]
+        if message.find("translation").get("type") == "unfinished" or not all(forms):
+            failures.append(f"en: plural forms missing: \"{message.find('source').text}\"")
 
 assert not failures, "\n  ".join(["translations:"] + failures)
 print("German and French complete, loaded from the system locale")

@@ -1,5 +1,5 @@
-// Parts 1.1 to 1.4 in process: the delegate with fake input monitors, workspace, permission and
-// menus (built in memory), and the real overlay, detector, crawl thread, status menu and
+// The application shell in process: the delegate with fake input monitors, workspace, permission
+// and menus (built in memory), and the real overlay, detector, crawl thread, status menu and
 // settings store. Every "Edge cases worth testing" bullet of those Parts; the same loop with
 // real applications and real input is tst_shell.
 
@@ -145,7 +145,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    // Part 1.1
+    // Launch and wiring
     void launchInstallsEverything();
     void holdDelayIsClamped_data();
     void holdDelayIsClamped();
@@ -162,14 +162,14 @@ private Q_SLOTS:
     void prefetchAfterTheHoldEndedStagesNothing();
     void glassFollowsTheCompositorAtEachShow();
 
-    // Part 1.2
+    // The accessibility permission
     void grantWithoutBroadcastIsNoticedByThePoll();
     void broadcastWithoutChangeChangesNothing();
     void withdrawalRestartsMonitorsAndStartsPolling();
     void startTrustPollingTwiceKeepsOneTimer();
     void holdInProgressKeepsItsStateAcrossRestart();
 
-    // Part 1.3
+    // The target application and running commands
     void activatingOwnWindowKeepsPinnedOverlay();
     void switchingAwayClosesSwitchingToTargetDoesNot();
     void peekItemWithOwnWindowInFrontPeeksLastExternalApp();
@@ -180,7 +180,7 @@ private Q_SLOTS:
     void pressOfVanishedPathBeepsOnce();
     void crawlWithoutPermissionIsSkippedAndLogged();
 
-    // Part 1.4
+    // The tray menu
     void menuHoldsTheSpecEntriesInOrder();
     void headerNamesTheTrigger_data();
     void headerNamesTheTrigger();
@@ -188,7 +188,7 @@ private Q_SLOTS:
     void peekWithoutPermissionOpensWelcome();
     void peekItemToggles();
     void whatsNewShowsEveryRelease();
-    // Part 1.6
+    // Launch announcements
     void firstLaunchOpensWelcomeEvenAfterAnUpdate();
     void updateWithPermissionOpensWhatsNew();
     void updateWithoutNewNotesOpensNothing();
@@ -226,7 +226,7 @@ void TestAppDelegate::init()
     m_dir = std::make_unique<QTemporaryDir>();
     m_defaults = std::make_unique<UserDefaults>(m_dir->filePath(QStringLiteral("corvane.conf")));
     // Not the first launch, and no version compiled in: no window opens at launch unless the
-    // permission is missing (Part 1.6). The launch tests below set their own.
+    // permission is missing. The launch tests below set their own.
     QVERIFY(m_defaults->setBool(AppDelegate::launchedBeforeKey, true));
     QCoreApplication::setApplicationVersion(QString());
     m_source = std::make_shared<FakeSource>();
@@ -301,7 +301,7 @@ void TestAppDelegate::pinOverlayFor(const RunningApp& app)
     QCOMPARE(m_delegate->targetApp->pid, app.pid);
 }
 
-// ---- Part 1.1 -------------------------------------------------------------------------------
+// ---- Launch and wiring
 
 void TestAppDelegate::launchInstallsEverything()
 {
@@ -554,7 +554,7 @@ void TestAppDelegate::glassFollowsTheCompositorAtEachShow()
     QCOMPARE(m_blurredWindows.size(), 1);
 }
 
-// ---- Part 1.2 -------------------------------------------------------------------------------
+// ---- The accessibility permission
 
 void TestAppDelegate::grantWithoutBroadcastIsNoticedByThePoll()
 {
@@ -644,7 +644,7 @@ void TestAppDelegate::holdInProgressKeepsItsStateAcrossRestart()
     QCOMPARE(m_delegate->detector.machine.state, State::idle);
 }
 
-// ---- Part 1.3 -------------------------------------------------------------------------------
+// ---- The target application and running commands
 
 void TestAppDelegate::activatingOwnWindowKeepsPinnedOverlay()
 {
@@ -772,7 +772,7 @@ void TestAppDelegate::crawlWithoutPermissionIsSkippedAndLogged()
     QVERIFY(!m_delegate->cache->catalog(*editor.appId));
 }
 
-// ---- Part 1.4 -------------------------------------------------------------------------------
+// ---- The tray menu
 
 void TestAppDelegate::menuHoldsTheSpecEntriesInOrder()
 {
@@ -883,7 +883,7 @@ void TestAppDelegate::whatsNewShowsEveryRelease()
     QCOMPARE(test::items(view, QStringLiteral("release")).size(), releases.size());
 }
 
-// ---- Part 1.6 -------------------------------------------------------------------------------
+// ---- Launch announcements
 
 // A settings file as the previous launch left it: `lastSeen` recorded (absent: none), and
 // "launchedBefore" as given.

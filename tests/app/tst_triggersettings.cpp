@@ -1,5 +1,5 @@
-// Part 1.1's trigger settings: the registered defaults, the delay clamp, the trigger mapping
-// and the trigger's Linux name (PLATFORM.md, Keys).
+// The trigger settings: the registered defaults, the delay clamp, the trigger mapping
+// and the trigger's Linux name.
 
 #include "app/TriggerSettings.h"
 #include "platform/UserDefaults.h"

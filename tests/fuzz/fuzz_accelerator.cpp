@@ -1,4 +1,4 @@
-// ShortcutDisplay::fromAccelerator (PLATFORM.md, Keys) on any text, as GTK or Qt would send it
+// ShortcutDisplay::fromAccelerator on any text, as GTK or Qt would send it
 // over AT-SPI: never crashes; a result is either none or a key with modifiers in the desktop
 // order, each at most once.
 

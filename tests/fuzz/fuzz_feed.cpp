@@ -1,4 +1,4 @@
-// UpdateChecker::decide (Part 7.1) on any feed body: never crashes; an update it reports is a
+// UpdateChecker::decide on any feed body: never crashes; an update it reports is a
 // newer version than the running one, with an https download address.
 
 #include "FuzzInput.h"

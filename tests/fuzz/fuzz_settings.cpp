@@ -1,4 +1,4 @@
-// The settings reader (UserDefaults over an INI file, Part 1.1's store) on any file contents:
+// The settings reader (UserDefaults over an INI file) on any file contents:
 // never crashes; every typed read of a stored key gives a value or absence; a write succeeds and
 // reads back while the other keys keep what they read before.
 

@@ -1,4 +1,4 @@
-// AppVersion::parse (Part 6.1) on any text: never crashes, and a parsed version reads back as
+// AppVersion::parse on any text: never crashes, and a parsed version reads back as
 // itself from its own text form.
 
 #include "FuzzInput.h"

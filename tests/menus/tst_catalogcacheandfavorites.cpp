@@ -1,4 +1,4 @@
-// Part 3.4: the catalog cache (under its lock, from two threads) and the favourites store.
+// The catalog cache (under its lock, from two threads) and the favourites store.
 
 #include "menus/FavoritesStore.h"
 #include "menus/MenuCatalogCache.h"

@@ -1,4 +1,4 @@
-// Part 3.1: identity, titles, breadcrumb and equality of the menu records; the JSON form.
+// Identity, titles, breadcrumb and equality of the menu records; the JSON form.
 
 #include "menus/MenuCatalog.h"
 #include "menus/MenuCatalogJson.h"

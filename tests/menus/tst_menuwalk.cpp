@@ -1,4 +1,4 @@
-// Parts 3.2 and 3.3's walk rules on built in-memory trees (the real applications are in the
+// The crawl's and the press's walk rules on built in-memory trees (the real applications are in the
 // session tests): occurrences, depth limit, item cap, empty submenus, the deadline, timeouts,
 // and every failure with its log text.
 

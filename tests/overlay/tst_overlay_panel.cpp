@@ -1,5 +1,5 @@
-// Part 5.2 on X11 (session tier): the real panel under Xvfb and openbox, placed on the real
-// screen, faded, pinned by taking the keyboard while a real application (mousepad) stays the
+// The overlay panel on X11 (session tier): the real panel under Xvfb and openbox, placed on the
+// real screen, faded, pinned by taking the keyboard while a real application (mousepad) stays the
 // active window, and driven by real keys typed through XTEST.
 
 #include "OverlayHarness.h"
@@ -531,7 +531,7 @@ void TestOverlayPanel::arrowsWithEmptyQueryStayBounded()
 {
     present();
     pinAndWaitForKeyboard();
-    // With no search the results are all six visible commands (Part 5.1): the arrows move the
+    // With no search the results are all six visible commands: the arrows move the
     // selection within them although nothing shows it; they are consumed, Return is passed on.
     key(QStringLiteral("Down"));
     key(QStringLiteral("Down"));

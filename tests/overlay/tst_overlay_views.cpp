@@ -1,4 +1,4 @@
-// Parts 5.3, 5.4 and 5.5 on the real QML items of the overlay's real window (session tier):
+// The overlay views on the real QML items of the overlay's real window (session tier):
 // each "Edge cases worth testing" bullet about what the views draw and how they react.
 
 #include "OverlayHarness.h"
@@ -10,6 +10,7 @@
 #include <QQuickItem>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTranslator>
 
 using namespace corvane;
 using namespace corvane::test;
@@ -89,7 +90,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    // Part 5.3
+    // The root view
     void loadingWithoutCatalogAlsoWhileTyping();
     void allFilteredOutShowsEmptyGrid();
     void oneCommandCountLine();
@@ -105,7 +106,7 @@ private Q_SLOTS:
     void pinnedBeforeTheFirstFrame();
     void footerNamesTheTrigger();
     void applicationIconAt30Points();
-    // Part 5.4
+    // Section cards and rows
     void disabledCardRow();
     void disabledSelectedSearchRow();
     void checkMarkInCardOnly();
@@ -114,7 +115,7 @@ private Q_SLOTS:
     void emptyPathShowsEmptyTexts();
     void favoritesCardLooksDifferent();
     void longTitleTruncatedInTheMiddle();
-    // Part 5.5
+    // Key caps and theme
     void singleCharacterCapsAreSquare();
     void longLabelCapIsPadded();
     void noShortcutTakesNoSpace();
@@ -139,6 +140,10 @@ private:
 void TestOverlayViews::initTestCase()
 {
     QVERIFY2(qEnvironmentVariableIsSet("CORVANE_SESSION"), "run under tools/test-session.sh");
+    // The English plural forms the program carries ("1 command", "0 commands").
+    auto* english = new QTranslator(qApp);
+    QVERIFY(english->load(QStringLiteral(":/corvane/translations/corvane_en.qm")));
+    QCoreApplication::installTranslator(english);
 }
 
 void TestOverlayViews::init()
@@ -227,7 +232,7 @@ void TestOverlayViews::click(QQuickItem* target)
     xdotool({"click", "1"});
 }
 
-// --- Part 5.3 --------------------------------------------------------------------------------
+// --- The root view
 
 void TestOverlayViews::loadingWithoutCatalogAlsoWhileTyping()
 {
@@ -535,7 +540,7 @@ void TestOverlayViews::footerNamesTheTrigger()
     QVERIFY(!find("clickHint")->isVisible());
 }
 
-// --- Part 5.4 --------------------------------------------------------------------------------
+// --- Section cards and rows
 
 void TestOverlayViews::disabledCardRow()
 {
@@ -579,7 +584,7 @@ void TestOverlayViews::disabledSelectedSearchRow()
     click(undo);
     QTest::qWait(100);
     QVERIFY(m_executed.isEmpty());
-    m_controller->viewModel().executeSelection(); // what Return does (Part 5.2)
+    m_controller->viewModel().executeSelection(); // what Return does
     QCOMPARE(m_executed.size(), 1);
 }
 
@@ -680,7 +685,7 @@ void TestOverlayViews::longTitleTruncatedInTheMiddle()
     QVERIFY(title->width() < title->implicitWidth());
 }
 
-// --- Part 5.5 --------------------------------------------------------------------------------
+// --- Key caps and theme
 
 void TestOverlayViews::singleCharacterCapsAreSquare()
 {

@@ -1,4 +1,4 @@
-// Part 5.1: the overlay view model's derived lists, selection and execution, each edge case
+// The overlay view model's derived lists, selection and execution, each edge case
 // worth testing, and that every assignment notifies and the cached index never goes stale.
 
 #include "overlay/OverlayLists.h"

@@ -1,4 +1,4 @@
-// Part 5.2's placement rule: which screen holds the panel and its frame there.
+// The panel's placement rule: which screen holds the panel and its frame there.
 
 #include "overlay/PanelPlacement.h"
 

@@ -1,5 +1,5 @@
 // The fixture applications (GTK 3 and Qt 6 Widgets) crawled and pressed over AT-SPI (session
-// tier): the crawl gives exactly the catalog the declared menus imply under Part 3.2's rules,
+// tier): the crawl gives exactly the catalog the declared menus imply under the crawl's rules,
 // and presses land in the fixture's record.
 
 #include "CrawlThread.h"
@@ -21,7 +21,7 @@ using test::onCrawlThread;
 
 namespace {
 
-// Part 3.2's rules read once more, independently of MenuWalk, over the declared model.
+// The crawl's rules read once more, independently of MenuWalk, over the declared model.
 struct Expectation {
     int count = 0;
     QList<MenuSection> sections;
@@ -235,7 +235,7 @@ void TestAtspiFixtures::pressesAreRecorded()
 
 void TestAtspiFixtures::disabledItems()
 {
-    // The press does not check the enabled state (Part 3.3); the application decides. Measured
+    // The press does not check the enabled state; the application decides. Measured
     // here: GTK 3.24 answers "click" on an insensitive item with success and Qt keeps "Press";
     // both then do nothing. What matters is that nothing runs.
     const Fixture& gtk = m_fixtures["gtk"];

@@ -1,4 +1,4 @@
-// The settings store of PLATFORM.md: typed reads in which missing or mistyped values read as
+// The settings store: typed reads in which missing or mistyped values read as
 // absent, registered defaults that are never written, and writes that lose nothing on failure.
 
 #include "ReadOnlyFolder.h"

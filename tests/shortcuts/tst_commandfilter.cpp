@@ -1,5 +1,5 @@
-// Part 4.2: every edge case, the shared query normalisation, and CommandFilter against the plain
-// reference implementation on random catalogs and queries.
+// The command filter: its edge cases, the shared query normalisation, and CommandFilter against the
+// plain reference implementation on random catalogs and queries.
 
 #include "CatalogGenerator.h"
 #include "ReferenceCommandFilter.h"

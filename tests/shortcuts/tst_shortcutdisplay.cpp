@@ -1,4 +1,4 @@
-// Part 4.1 exactly as specified, and fromAccelerator for the GTK and Qt texts of PLATFORM.md.
+// The key-equivalent functions, and fromAccelerator for the GTK and Qt accelerator texts.
 
 #include "shortcuts/ShortcutDisplay.h"
 
@@ -9,7 +9,7 @@ using namespace corvane;
 using namespace corvane::ShortcutDisplay;
 
 namespace {
-// What the crawler builds from the macOS attributes (Part 3.2, command(for:path:)).
+// What a crawler builds from key-equivalent attributes.
 ShortcutKeys fromAttributes(std::optional<QString> ch, std::optional<qint64> vk,
                             std::optional<qint64> glyph, std::optional<qint64> modifiers)
 {

@@ -15,7 +15,7 @@ CorvaneProcess::CorvaneProcess(const QString& program, const QVariantMap& settin
     QDir(m_config.path()).mkpath(QStringLiteral("corvane"));
     QSettings file(m_config.filePath(QStringLiteral("corvane/corvane.conf")), QSettings::IniFormat);
     // An account that ran this version before: no Welcome or What's New window at launch while
-    // the permission is on (Part 1.6), unless the test's settings say otherwise.
+    // the permission is on, unless the test's settings say otherwise.
     QVariantMap all{{QStringLiteral("launchedBefore"), QStringLiteral("true")},
                     {QStringLiteral("whatsNew.lastSeenVersion"), QStringLiteral(CORVANE_VERSION)}};
     all.insert(settings);

@@ -1,6 +1,6 @@
 #pragma once
 
-// A plain, literal reading of Part 4.2 with nothing precomputed: every call folds every title
+// A plain, literal ranking with nothing precomputed: every call folds every title
 // and compares lists of user-perceived characters. CommandFilter must agree with it exactly; the
 // benchmark measures against it.
 

@@ -1,4 +1,4 @@
-// Part 2.2's hold detector driven through a fake set of input monitors: every edge case worth
+// The hold detector driven through a fake set of input monitors: every edge case worth
 // testing, the worked sequences, the timer, and re-entrant send from inside onEffect.
 
 #include "FakeMonitors.h"
@@ -249,7 +249,7 @@ void TestHoldDetector::keyPressInterrupts()
 
 void TestHoldDetector::reentrantSendFromOnEffect()
 {
-    // The delegate cannot show and sends closeRequest from inside onEffect (Part 1.1).
+    // The delegate cannot show and sends closeRequest from inside onEffect.
     QList<QString> log;
     m_detector->onEffect = [this, &log](const Effects& effects) {
         for (Effect e : effects) {

@@ -1,4 +1,4 @@
-// Part 2.1: every cell of the transition table, and each edge case worth testing.
+// Every cell of the transition table, and each edge case worth testing.
 
 #include "trigger/HoldStateMachine.h"
 
@@ -54,7 +54,7 @@ void TestHoldStateMachine::transitionTable_data()
     QTest::addColumn<State>("to");
     QTest::addColumn<QString>("effects");
 
-    // Columns of Part 2.1's table, in order.
+    // The table's columns, in order.
     const char* eventNames[] = {"triggerDown", "triggerUp(false)", "triggerUp(true)", "interrupted",
                                 "timerFired",  "pinRequest",       "closeRequest"};
     struct Cell {

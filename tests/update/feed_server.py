@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""A real HTTP server on 127.0.0.1 serving the update-feed cases of Part 7.1.
+"""A real HTTP server on 127.0.0.1 serving the update-feed cases.
 
 With --tls CERT KEY it serves HTTPS. Prints "PORT <n>" once it listens; runs until it is killed. /hang accepts the request and never
 answers; /big sends more than a feed could ever be.

@@ -1,4 +1,4 @@
-// Part 7.1's checkAndPresent(): the three alerts, shown for real under the test session (Xvfb,
+// checkAndPresent(): the three alerts, shown for real under the test session (Xvfb,
 // openbox) against a real HTTP server on 127.0.0.1 (feed_server.py), answered through the real
 // keyboard and pointer (xdotool). "Download" is seen where a browser would be: the desktop's
 // handler for https addresses, replaced here by a recorder.

@@ -1,4 +1,4 @@
-// Part 7.1's check against a real HTTP server on 127.0.0.1 (feed_server.py, started and stopped
+// The update check against a real HTTP server on 127.0.0.1 (feed_server.py, started and stopped
 // by this test), and the feed parser on arbitrary bytes.
 
 #include "FeedServer.h"

@@ -1,4 +1,4 @@
-// Part 6.1: the version parser, its normal form, ordering and text form.
+// The version parser, its normal form, ordering and text form.
 
 #include "whatsnew/AppVersion.h"
 

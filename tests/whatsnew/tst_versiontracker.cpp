@@ -1,4 +1,4 @@
-// Part 6.1's version tracker and Part 6.2's policy and catalogue.
+// The version tracker, the What's New policy and the catalogue.
 
 #include "platform/UserDefaults.h"
 #include "whatsnew/ReleaseNotes.h"
@@ -195,10 +195,10 @@ void TestVersionTracker::catalogue()
     QCOMPARE(all[0].version, v("1.0"));
     QCOMPARE(ReleaseNotes::floor(), v("1.0"));
     QCOMPARE(all[0].features.size(), 4);
-    const QStringList symbols{"command", "pin", "star", "square.on.square"};
+    const QStringList symbols{"keyboard", "pin", "star", "square.on.square"};
     for (int i = 0; i < 4; ++i) {
         QCOMPARE(all[0].features[i].symbol, symbols[i]);
-        // The pin feature carries the looping clip of Part 6.3, compiled into the program.
+        // The pin feature carries the looping clip, compiled into the program.
         QCOMPARE(all[0].features[i].media.has_value(), i == 1);
         QCOMPARE(all[0].features[i].action.has_value(), i == 3);
     }

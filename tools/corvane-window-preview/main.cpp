@@ -59,9 +59,9 @@ public:
         QTextStream(stdout) << "preview: the accessibility settings would open\n";
         return true;
     }
-    void revealApplication() override
+    void openAccessibilityHelp() override
     {
-        QTextStream(stdout) << "preview: the file manager would show Corvane\n";
+        QTextStream(stdout) << "preview: the accessibility help would open\n";
     }
 };
 

@@ -4,8 +4,8 @@ import QtQuick.Layouts
 import Corvane.Overlay
 import Corvane.Windows
 
-// Part 1.5's GeneralPane: a grouped form of four sections, 470 × 470 points. Every control reads
-// and writes the settings store through the model at once.
+// The settings form: four grouped sections, 470 × 470. Every control reads and writes the settings
+// store through the model at once.
 WindowSurface {
     id: root
     required property QtObject model
@@ -193,13 +193,13 @@ WindowSurface {
                         }
                         Button {
                             objectName: "openSystemSettingsButton"
-                            text: qsTr("Open System Settings…")
+                            text: qsTr("Open Accessibility Settings…")
                             onClicked: root.model.openSystemSettings()
                         }
                     }
                 }
             }
-            Footer { text: qsTr("Corvane reads menus on your Mac, locally. Nothing is stored or sent anywhere.") }
+            Footer { text: qsTr("Corvane reads menus on this computer only. Nothing is sent anywhere.") }
         }
     }
 }

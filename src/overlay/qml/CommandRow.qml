@@ -1,8 +1,8 @@
 import QtQuick
 import QtQuick.Layouts
 
-// Part 5.4's CommandRow: one command in a section card, row `row` of the card's
-// CommandListModel `list`. The card gives it its height (SectionCard lays rows out itself).
+// One command in a section card, row `row` of the card's CommandListModel `list`. The card gives it
+// its height (SectionCard lays rows out itself).
 Item {
     id: row
     required property var list

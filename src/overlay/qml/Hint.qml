@@ -1,6 +1,6 @@
 import QtQuick
 
-// The footer's `hint(key, label)` of Part 5.3: a key cap and its label.
+// One of the footer's hints: a key cap and its label.
 Row {
     id: hint
     required property string key

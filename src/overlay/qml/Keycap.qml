@@ -1,6 +1,6 @@
 import QtQuick
 
-// Part 5.5's Keycap: one key as a small rounded key cap with a lower lip.
+// One key as a small rounded key cap with a lower lip.
 Item {
     id: cap
     required property string label

@@ -1,7 +1,7 @@
 import QtQuick
 
-// Part 5.5's KeycapView: a shortcut as a row of caps, modifiers first. A shortcut without a key
-// draws nothing and takes no space (invisible items take none in a layout).
+// A shortcut as a row of caps, modifiers first. A shortcut without a key draws nothing and takes no
+// space (invisible items take none in a layout).
 Row {
     id: view
     property var modifiers: []

@@ -2,9 +2,9 @@ import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
-// Part 5.3's OverlayRootView: the rounded card with the header, the content (loading, section
-// grid or search results) and the footer. `model` is the OverlayViewModel (Part 5.1), `lists`
-// its derived lists as list models. A new root is made for every presentation (Part 5.2).
+// The overlay's root view: the rounded card with the header, the content (loading, section grid or
+// search results) and the footer. `model` is the OverlayViewModel, `lists` its derived lists as
+// list models. The root is made once; reset() starts each presentation afresh.
 Item {
     id: root
     objectName: "overlayRoot"
@@ -45,7 +45,8 @@ Item {
         }
         function onSelectionChanged() { results.reveal() }
     }
-    // A new presentation (Part 5.2): the view's own state starts afresh, as in a new view.
+    // A new presentation: the view's own state (search focus, scroll positions) starts afresh, as
+    // in a new view.
     function reset() {
         searchFocused = false
         scrollToTop(grid)
@@ -120,8 +121,7 @@ Item {
                     }
                     Text {
                         objectName: "countLine"
-                        readonly property int n: root.lists.commandCount
-                        text: n === 1 ? qsTr("%1 command").arg(n) : qsTr("%1 commands").arg(n)
+                        text: qsTr("%n command(s)", "", root.lists.commandCount)
                         font: Theme.font(10.5, Font.Normal)
                         color: Theme.secondary
                     }

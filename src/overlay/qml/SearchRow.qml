@@ -1,7 +1,7 @@
 import QtQuick
 import QtQuick.Layouts
 
-// Part 5.4's SearchRow: one command in the search results, with its location in the menus.
+// One command in the search results, with its location in the menus.
 Item {
     id: row
     required property var list

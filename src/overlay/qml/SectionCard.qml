@@ -1,6 +1,6 @@
 import QtQuick
 
-// Part 5.4's SectionCard: one top-level menu, or the favourites, with its command rows.
+// One top-level menu, or the favourites, with its command rows.
 // `commands` is a CommandListModel. The card has the height of all its rows but makes only
 // those inside `visibleTop`…`visibleBottom` (its own coordinates; the grid passes the part of
 // the card that is scrolled into view), so that a menu of thousands of items opens at once.

@@ -1,8 +1,8 @@
 import QtQuick
 import QtQuick.Controls.Basic
 
-// The star of Part 5.4, shared by both row kinds: toggles the favourite without running the
-// command, on disabled rows too.
+// The favourite star, shared by both row kinds: toggles the favourite without running the command,
+// on disabled rows too.
 Item {
     id: star
     required property bool isFavorite

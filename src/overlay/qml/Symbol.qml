@@ -1,7 +1,7 @@
 import QtQuick
 
-// One of PLATFORM.md's symbols ("star.fill", "pin.fill", "magnifyingglass", …): the project's
-// monochrome SVG, drawn in `color` at the height of a glyph of the font size `size`.
+// One of the project's symbols ("star.fill", "pin.fill", "magnifyingglass", …): its monochrome SVG,
+// drawn in `color` at the height of a glyph of the font size `size`.
 Image {
     id: symbol
     required property string name

@@ -1,10 +1,10 @@
 pragma Singleton
 import QtQuick
 
-// Part 5.5's Theme: the accent colours and type styles shared by the overlay and the windows,
-// and PLATFORM.md's label colours: the palette's window text at opacity 1.0, 0.6 and 0.4.
-// Sizes are the spec's points, one point per logical pixel; font sizes are given in points at
-// 96 dpi (× 0.75), so that they follow the desktop's font resolution.
+// The accent colours and type styles shared by the overlay and the windows, and the label colours:
+// the palette's window text at opacity 1.0, 0.6 and 0.4, so that they follow a light or dark
+// desktop. Sizes are one point per logical pixel; font sizes are given in points at 96 dpi (×
+// 0.75), so that they follow the desktop's font resolution.
 QtObject {
     readonly property color accent: Qt.rgba(1.0, 0.69, 0.29, 1.0)
     readonly property color accentDeep: Qt.rgba(0.82, 0.51, 0.1, 1.0)
@@ -26,8 +26,8 @@ QtObject {
     readonly property real rowLine: Math.ceil(rowMetrics.height)
     readonly property real breadcrumbLine: Math.ceil(breadcrumbMetrics.height)
 
-    // A card row's height (Part 5.4): its text lines or its key caps (20) or star (16),
-    // padded 4 above and below, at least 26. `kind`: 1 = has a breadcrumb, 2 = has a key.
+    // A card row's height: its text lines or its key caps (20) or star (16), padded 4 above and
+    // below, at least 26. `kind`: 1 = has a breadcrumb, 2 = has a key.
     function cardRowHeight(kind, showBreadcrumb) {
         const text = rowLine + ((kind & 1) && showBreadcrumb ? breadcrumbLine : 0)
         return Math.max(26, Math.max(text, (kind & 2) ? 20 : 16) + 8)

@@ -148,7 +148,7 @@ void AccessibilitySwitch::onPropertiesChanged(const QString& interface, const QV
     if (interface != statusInterface)
         return;
     // The broadcast carries the new value: keep it at once, so that nobody reads a stale answer
-    // while the shell's re-read (Part 1.2, half a second later) is pending.
+    // while the shell's re-read (half a second later) is pending.
     const auto value = changed.constFind(QStringLiteral("IsEnabled"));
     if (value != changed.cend() && value->typeId() == QMetaType::Bool)
         m_trusted = m_trusted && value->toBool();

@@ -1,9 +1,9 @@
 #pragma once
 
-// The accessibility switch (PLATFORM.md): the Linux AXIsProcessTrusted() is "the a11y bus is
-// reachable and org.a11y.Status IsEnabled is true"; setting IsEnabled is the prompt; every change
-// is broadcast as PropertiesChanged on /org/a11y/bus. The static reads block (call them off the
-// main thread); the AccessibilityTrust side reads asynchronously and never waits.
+// The accessibility switch: Corvane may read other applications when the a11y bus is reachable and
+// org.a11y.Status IsEnabled is true; setting IsEnabled is the prompt; every change is broadcast as
+// PropertiesChanged on /org/a11y/bus. The static reads block (call them off the main thread); the
+// AccessibilityTrust side reads asynchronously and never waits.
 
 #include "platform/AccessibilityTrust.h"
 

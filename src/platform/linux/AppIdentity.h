@@ -1,7 +1,7 @@
 #pragma once
 
-// The identity of a running application (PLATFORM.md, "Names that change"): its application
-// id, name and icon, resolved from its X windows, its environment and the desktop entries.
+// The identity of a running application: its application id, name and icon, resolved from its X
+// windows, its environment and the desktop entries.
 
 #include "DesktopEntries.h"
 #include "platform/RunningApp.h"

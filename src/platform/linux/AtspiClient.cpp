@@ -390,8 +390,8 @@ void Node::loadInfo(const QList<std::shared_ptr<Node>>& nodes)
 
 void Node::prefetchMenus(const std::shared_ptr<Node>& menuBar)
 {
-    // What one wave asks of a node, and why: `depth` is Part 3.2's depth of the collect that
-    // lists the node (the menu bar's children: 0).
+    // What one wave asks of a node, and why: `depth` is the walk's depth of the submenu that lists
+    // the node (the menu bar's children: 0).
     enum class Ask { children, itemChildren, info, candidateInfo, keyBinding };
     struct Request {
         std::shared_ptr<Node> node;

@@ -1,9 +1,9 @@
 #pragma once
 
-// AT-SPI 2 spoken directly over D-Bus on the accessibility bus (PLATFORM.md): the registry's
-// applications, a process's menu bar, and MenuNode over accessible objects. Requests are
-// pipelined, each carries the 1-second time-out (less when the walk's deadline is nearer), and
-// none may be made on the main thread.
+// AT-SPI 2 spoken directly over D-Bus on the accessibility bus: the registry's applications, a
+// process's menu bar, and MenuNode over accessible objects. Requests are pipelined, each carries
+// the 1-second time-out (less when the walk's deadline is nearer), and none may be made on the main
+// thread.
 
 #include "AtspiTypes.h"
 #include "menus/MenuTree.h"
@@ -139,11 +139,11 @@ public:
                                            const CacheItem& item);
     // Reads role, name, state and child count of every node in one pipelined round.
     static void loadInfo(const QList<std::shared_ptr<Node>>& nodes);
-    // For applications without an object table (Qt): reads below `menuBar` what the walk will
-    // ask, as Part 3.2 asks it (titled items only, submenus to the depth limit, the first page of
-    // each element), one level of every menu per pipelined wave instead of one element at a
-    // time. Bounded by the walk's budget and by itemCap + pageSize objects; the walk reads
-    // anything left over as before.
+    // For applications without an object table (Qt): reads below `menuBar` what the walk will ask,
+    // as the walk asks it (titled items only, submenus to the depth limit, the first page of each
+    // element), one level of every menu per pipelined wave instead of one element at a time.
+    // Bounded by the walk's budget and by itemCap + pageSize objects; the walk reads anything left
+    // over as before.
     static void prefetchMenus(const std::shared_ptr<Node>& menuBar);
 
 private:

@@ -1,9 +1,9 @@
 #pragma once
 
-// The log's destination (PLATFORM.md): the systemd journal when running in a user session that
-// has one, stderr otherwise. Messages go to journald's native socket as one datagram each, with
-// SYSLOG_IDENTIFIER "corvane" (`journalctl --user -t corvane`), the priority of their level and
-// the category in QT_CATEGORY. Started from a terminal, lines go to the terminal as well.
+// The log's destination: the systemd journal when running in a user session that has one, stderr
+// otherwise. Messages go to journald's native socket as one datagram each, with SYSLOG_IDENTIFIER
+// "corvane" (`journalctl --user -t corvane`), the priority of their level and the category in
+// QT_CATEGORY. Started from a terminal, lines go to the terminal as well.
 
 #include <QByteArray>
 #include <QString>

@@ -1,9 +1,6 @@
 #include "LinuxDesktop.h"
 
 #include <QCoreApplication>
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFile>
@@ -20,9 +17,7 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcDesktop, "com.vantorel.corvane.desktop")
 
-const QString desktopEntryName = QStringLiteral("com.vantorel.Corvane.desktop");
-
-// The Exec key's quoting rules of the Desktop Entry Specification: an argument with a reserved
+// The Exec key's quoting rules of freedesktop.org desktop entries: an argument with a reserved
 // character is quoted, and inside quotes ", `, $ and \ are escaped; % is doubled everywhere.
 // The value is then a string value, whose own escape doubles each backslash.
 QString execArgument(const QString& argument)
@@ -138,33 +133,21 @@ bool LinuxDesktop::openAccessibilitySettings()
     return false;
 }
 
-QString LinuxDesktop::applicationPath()
+QUrl LinuxDesktop::accessibilityHelpUrl()
 {
-    const QString entry =
-        QStandardPaths::locate(QStandardPaths::ApplicationsLocation, desktopEntryName);
-    return entry.isEmpty() ? QCoreApplication::applicationFilePath() : entry;
+    // Installed with the program: <prefix>/bin/corvane and <prefix>/share/doc/corvane/README.md.
+    const QString readme =
+        QCoreApplication::applicationDirPath() + QStringLiteral("/../share/doc/corvane/README.md");
+    if (QFileInfo::exists(readme))
+        return QUrl::fromLocalFile(QFileInfo(readme).canonicalFilePath());
+    return QUrl(QStringLiteral("https://corvane.vantorel.com/#switching-accessibility-on"));
 }
 
-void LinuxDesktop::revealApplication()
+void LinuxDesktop::openAccessibilityHelp()
 {
-    const QString path = applicationPath();
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.FileManager1"),
-        QStringLiteral("/org/freedesktop/FileManager1"),
-        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
-    call.setArguments({QStringList{QUrl::fromLocalFile(path).toString()}, QString()});
-    auto* watcher =
-        new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call, 5000));
-    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, [watcher, path] {
-        watcher->deleteLater();
-        if (!watcher->isError())
-            return;
-        // No file manager on the bus: open the folder instead.
-        const QUrl folder = QUrl::fromLocalFile(QFileInfo(path).absolutePath());
-        if (!QDesktopServices::openUrl(folder))
-            qCCritical(lcDesktop, "reveal: no file manager opened %s",
-                       qPrintable(folder.toString()));
-    });
+    const QUrl url = accessibilityHelpUrl();
+    if (!QDesktopServices::openUrl(url))
+        qCCritical(lcDesktop, "accessibility help: nothing opened %s", qPrintable(url.toString()));
 }
 
 } // namespace corvane

@@ -1,7 +1,7 @@
 #pragma once
 
-// One Corvane per session (PLATFORM.md): the first instance owns the session-bus name
-// "com.vantorel.Corvane"; a second start asks it to show its settings and exits.
+// One Corvane per session: the first instance owns the session-bus name "com.vantorel.Corvane"; a
+// second start asks it to show its settings and exits.
 
 #include <QObject>
 

@@ -1,9 +1,8 @@
 #pragma once
 
-// PLATFORM.md's glass: the card is translucent only where a compositor draws transparency (an
-// owner of the _NET_WM_CM_Sn selection), with the blur-behind hint
-// _KDE_NET_WM_BLUR_BEHIND_REGION for window managers that honour it. Main thread; uses the X
-// connection of the Qt application.
+// The panel's glass: the card is translucent only where a compositor draws transparency (an owner
+// of the _NET_WM_CM_Sn selection), with the blur-behind hint _KDE_NET_WM_BLUR_BEHIND_REGION for
+// window managers that honour it. Main thread; uses the X connection of the Qt application.
 
 class QWindow;
 

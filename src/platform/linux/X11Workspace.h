@@ -1,8 +1,8 @@
 #pragma once
 
-// The workspace service of PLATFORM.md on X11: the frontmost application is the owner
-// (_NET_WM_PID) of _NET_ACTIVE_WINDOW; an activation is a PropertyNotify of _NET_ACTIVE_WINDOW
-// whose new owner is another process than the last one.
+// The workspace service on X11: the frontmost application is the owner (_NET_WM_PID) of
+// _NET_ACTIVE_WINDOW; an activation is a PropertyNotify of _NET_ACTIVE_WINDOW whose new owner is
+// another process than the last one.
 
 #include "platform/Workspace.h"
 

@@ -75,7 +75,8 @@ void XInputMonitors::select()
 
 std::uint64_t XInputMonitors::flagForKeysym(unsigned long keysym)
 {
-    // PLATFORM.md, Keys: Ctrl sets command, Alt (and Meta) option, Super (and Hyper) control.
+    // Ctrl sets command, Alt (and Meta) option, Super (and Hyper) control: the bits keep their
+    // stored names, the keys are the ones a Linux keyboard has.
     switch (keysym) {
     case XK_Control_L:
     case XK_Control_R:
@@ -158,8 +159,8 @@ void XInputMonitors::readEvents()
         case XI_RawKeyRelease: {
             const bool press = cookie->evtype == XI_RawKeyPress;
             const KeySym keysym = XkbKeycodeToKeysym(m_display, KeyCode(raw->detail), 0, 0);
-            // Caps Lock, Num Lock and AltGr are not watched: they neither count as a modifier
-            // nor break a hold (PLATFORM.md, Keys).
+            // Caps Lock, Num Lock and AltGr are not watched: they neither count as a modifier nor
+            // break a hold: a lock key left on must not disable the trigger.
             if (keysym == XK_Caps_Lock || keysym == XK_Shift_Lock || keysym == XK_Num_Lock ||
                 keysym == XK_ISO_Level3_Shift || keysym == XK_ISO_Level5_Shift ||
                 keysym == XK_Mode_switch)

@@ -1,8 +1,8 @@
 #pragma once
 
-// InputMonitors on X11 (PLATFORM.md): XInput 2.2 raw key and button events on the root window,
-// on an X connection of the monitor's own, delivered on the main thread. The modifier state is
-// the set of modifier keys down (a release can arrive twice), seeded from the keyboard state.
+// InputMonitors on X11: XInput 2.2 raw key and button events on the root window, on an X connection
+// of the monitor's own, delivered on the main thread. The modifier state is the set of modifier
+// keys down (a release can arrive twice), seeded from the keyboard state.
 
 #include "platform/InputMonitors.h"
 

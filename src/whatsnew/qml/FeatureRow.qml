@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Controls.Fusion
 import Corvane.Overlay
 
-// Part 6.3's FeatureRow: the symbol, then title, detail, the optional button and media.
+// One feature of a release: the symbol, then title, detail, the optional button and media.
 Row {
     id: row
     required property var feature

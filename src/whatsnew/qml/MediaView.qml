@@ -2,8 +2,8 @@ import QtQuick
 import Corvane.Overlay
 import Corvane.Windows
 
-// Part 6.3's MediaView: a still picture fitted into 400 × 250, or a clip played muted, without
-// controls, over and over, filling and cropping the frame; 8-point rounded corners.
+// A still picture fitted into 400 × 250, or a clip played muted, without controls, over and over,
+// filling and cropping the frame; 8-point rounded corners.
 Item {
     id: media
     required property string kind

@@ -4,7 +4,7 @@ import QtQuick.Layouts
 import Corvane.Overlay
 import Corvane.Windows
 
-// Part 6.4's WelcomeView: header, how-to card, permission section, privacy note and the closing
+// The Welcome window's view: header, how-to card, permission section, privacy note and the closing
 // button, 440 points wide, as high as its content.
 WindowSurface {
     id: root
@@ -120,7 +120,7 @@ WindowSurface {
             }
         }
 
-        // The one sentence of PLATFORM.md when global input cannot be watched (Wayland).
+        // One sentence when held keys cannot be watched, with the way in that still works.
         Label {
             objectName: "inputNote"
             visible: !root.model.globalInputWatched
@@ -169,7 +169,7 @@ WindowSurface {
                 Layout.fillWidth: true
                 horizontalAlignment: Text.AlignHCenter
                 wrapMode: Text.Wrap
-                text: qsTr("Corvane appears in the Accessibility list — switch it on. If it's missing, click + and add Corvane from Applications.")
+                text: qsTr("This switches on the desktop's accessibility support for every application. Applications that were already running may need a restart before Corvane can read their menus.")
                 font: Theme.font(10.5, Font.Normal)
                 color: Theme.tertiary
             }
@@ -183,11 +183,21 @@ WindowSurface {
                     font: Theme.font(11, Font.Normal)
                     onClicked: root.model.openAccessibilitySettings()
                 }
+                // A link, not a button: it explains rather than acts.
                 Button {
-                    objectName: "revealButton"
-                    text: qsTr("Reveal Corvane in Finder")
+                    id: helpLink
+                    objectName: "helpLink"
+                    flat: true
+                    text: qsTr("Why does Corvane need this?")
                     font: Theme.font(11, Font.Normal)
-                    onClicked: root.model.revealApplication()
+                    contentItem: Label {
+                        text: helpLink.text
+                        font.pointSize: helpLink.font.pointSize
+                        font.underline: helpLink.hovered
+                        color: Theme.accentDeep
+                    }
+                    background: null
+                    onClicked: root.model.openAccessibilityHelp()
                 }
             }
         }
@@ -198,7 +208,7 @@ WindowSurface {
             Layout.fillWidth: true
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.Wrap
-            text: qsTr("Corvane reads menus on your Mac, locally. Nothing is stored or sent anywhere.")
+            text: qsTr("Corvane reads menus on this computer only. Nothing is sent anywhere.")
             font: Theme.font(10.5, Font.Normal)
             color: Theme.tertiary
         }

@@ -3,7 +3,7 @@ import QtQuick.Controls.Fusion
 import Corvane.Overlay
 import Corvane.Windows
 
-// Part 6.3's WhatsNewView: a scrolling column with the key cap, the heading and each release's
+// The What's New window's view: a scrolling column with the key cap, the heading and each release's
 // features, then a divider and the bar with "Continue". 520 points wide, at most 640 high.
 WindowSurface {
     id: root
