@@ -9,7 +9,7 @@ FUZZ_DIR    ?= build-fuzz
 FUZZ_SECONDS ?= 300
 
 .PHONY: all deps configure build run test test-sanitize test-core fuzz fuzz-build package demo bench screenshots translations format \
-        format-check lint clean
+        format-check lint mutation-check clean
 
 all: build
 
@@ -84,9 +84,15 @@ format:
 format-check:
 	@git ls-files --cached --others --exclude-standard '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
 
+# Deliberate faults (tests/mutations/faults.txt), one at a time on a copy of the tree in
+# build-mutation/: which of them the tests covering the changed code catch, and the size of the
+# tests beside the product code.
+mutation-check: deps
+	@python3 tools/mutation-check.py
+
 # Tracked files never point at documents the repository does not hold (tools/lint.sh).
 lint:
 	@bash tools/lint.sh
 
 clean:
-	rm -rf $(BUILD_DIR) $(FUZZ_DIR) $(SANITIZE_DIR)
+	rm -rf $(BUILD_DIR) $(FUZZ_DIR) $(SANITIZE_DIR) build-mutation
