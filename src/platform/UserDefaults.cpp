@@ -238,6 +238,11 @@ std::optional<QStringList> UserDefaults::stringList(const QString& key) const
 
 bool UserDefaults::write(const QString& key, const std::optional<QString>& text)
 {
+    // QSettings keeps the error of a failed sync for good: every later write would fail too,
+    // although the folder is writable again. A fresh one reads the file, which holds every
+    // change that was stored (the refused ones were put back).
+    if (m_settings->status() == QSettings::AccessError)
+        m_settings = std::make_unique<QSettings>(m_settings->fileName(), QSettings::IniFormat);
     const QVariant previous = m_settings->value(key);
     const bool hadPrevious = m_settings->contains(key);
     const QString dir = QFileInfo(m_settings->fileName()).absolutePath();
