@@ -1,6 +1,6 @@
 #pragma once
 
-// Deterministic catalogs with realistic menu titles, for tests and benchmarks.
+// Deterministic catalogs with realistic menu titles, for the benchmarks.
 
 #include "menus/MenuCatalog.h"
 

@@ -33,14 +33,12 @@ private Q_SLOTS:
     void holdShowsTheFrontApplicationsMenus();
     void releaseOverThePanelPinsAndReturnRunsTheCommand();
     void compositorStartingAndStoppingSwitchesTheGlass();
-    void escapeCloses();
-    void clickOutsideCloses();
+    void escapeOrAClickOutsideCloses();
     void ownWindowAndTheTargetKeepTheOverlayAnotherAppCloses();
     void failedPressBeepsAndLogs();
     void accessibilitySwitchedOffAndOn();
     void crawlSkippedWhenPermissionGoesDuringTheHold();
-    void trayMenuHoldsTheSpecEntries();
-    void trayPeekOpensPinnedAndClosesAgain();
+    void trayMenuEntriesAndPeek();
     void trayWithoutPermissionWarnsAndPeekOpensWelcome();
     void terminatedWithAWindowOpenItQuitsCleanly();
 
@@ -244,22 +242,17 @@ void TestShell::compositorStartingAndStoppingSwitchesTheGlass()
     QTRY_VERIFY(!m_corvane->panelVisible());
 }
 
-void TestShell::escapeCloses()
+void TestShell::escapeOrAClickOutsideCloses()
 {
     const qsizetype before = recorded().size();
     pin(m_fixture);
     xdotool({QStringLiteral("key"), QStringLiteral("Escape")});
     QTRY_VERIFY(!m_corvane->panelVisible());
-    QTest::qWait(200);
-    QCOMPARE(recorded().size(), before);
-}
-
-void TestShell::clickOutsideCloses()
-{
     pin(m_fixture);
     xdotool({QStringLiteral("mousemove"), QStringLiteral("20"), QStringLiteral("880")});
     xdotool({QStringLiteral("click"), QStringLiteral("1")});
     QTRY_VERIFY(!m_corvane->panelVisible());
+    QCOMPARE(recorded().size(), before); // nothing ran
 }
 
 void TestShell::ownWindowAndTheTargetKeepTheOverlayAnotherAppCloses()
@@ -392,12 +385,12 @@ QStringList visibleLabels(const StatusNotifierWatcher::MenuEntry& menu)
 
 } // namespace
 
-void TestShell::trayMenuHoldsTheSpecEntries()
+void TestShell::trayMenuEntriesAndPeek()
 {
     QTRY_COMPARE(m_tray.items().size(), 1);
     const auto menu = m_tray.openMenu();
     QVERIFY(menu);
-    // With accessibility on, the warning entry is hidden.
+    // With accessibility on, the warning entry is hidden; every other entry but the header works.
     QCOMPARE(
         visibleLabels(*menu),
         (QStringList{QStringLiteral("Hold Ctrl to peek at any app's shortcuts"),
@@ -405,30 +398,19 @@ void TestShell::trayMenuHoldsTheSpecEntries()
                      QStringLiteral("Settings…"), QStringLiteral("Welcome to Corvane…"),
                      QStringLiteral("What's New in Corvane…"), QStringLiteral("Check for Updates…"),
                      QStringLiteral("—"), QStringLiteral("Quit Corvane")}));
-    QCOMPARE(menu->children.size(), 11);
     QVERIFY(!menu->children.at(0).isEnabled());
-    QCOMPARE(menu->children.at(1).label(),
-             QStringLiteral("Accessibility access needed — click to fix"));
-    QVERIFY(!menu->children.at(1).isVisible());
     for (qsizetype i = 1; i < menu->children.size(); ++i)
-        // (Qt exports a hidden entry as disabled too.)
         if (!menu->children.at(i).isSeparator() && menu->children.at(i).isVisible())
-            QVERIFY2(menu->children.at(i).isEnabled(),
-                     qPrintable(menu->children.at(i).label() + QStringLiteral(" ") +
-                                QDebug::toString(menu->children.at(i).properties)));
-}
+            QVERIFY2(menu->children.at(i).isEnabled(), qPrintable(menu->children.at(i).label()));
 
-void TestShell::trayPeekOpensPinnedAndClosesAgain()
-{
+    // "Peek Current App" shows the overlay pinned over the application in front, which stays
+    // active; the same entry again closes it.
     QVERIFY(activateWindowOf(m_fixture));
-    QTRY_COMPARE(m_tray.items().size(), 1);
     QVERIFY(m_tray.click(QStringLiteral("Peek Current App")));
     QTRY_VERIFY_WITH_TIMEOUT(m_corvane->panelVisible(), 5000);
-    // Pinned: it stays, and typing reaches it while the fixture stays in front.
     QTest::qWait(400);
     QVERIFY(m_corvane->panelVisible());
     QCOMPARE(activeWindowPid(), m_fixture);
-    // The same entry again closes it (the request toggles).
     QVERIFY(m_tray.click(QStringLiteral("Peek Current App")));
     QTRY_VERIFY(!m_corvane->panelVisible());
 }

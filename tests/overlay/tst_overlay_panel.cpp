@@ -1,40 +1,50 @@
-// The overlay panel on X11 (session tier): the real panel under Xvfb and openbox, placed on the
-// real screen, faded, pinned by taking the keyboard while a real application (mousepad) stays the
-// active window, and driven by real keys typed through XTEST.
+// The overlay's real window under Xvfb and openbox (session tier): placed on the real screen,
+// faded, pinned by taking the keyboard while a real application (mousepad) stays active, driven
+// by real keys and clicks (XTEST), and its views as the user sees them.
 
 #include "OverlayHarness.h"
 #include "SessionTools.h"
 #include "overlay/OverlayPanelController.h"
 
-#include <QColor>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPointer>
 #include <QProcess>
-#include <QQuickItem>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
-#include <algorithm>
+#include <QTranslator>
 
 using namespace corvane;
 using namespace corvane::test;
 
 namespace {
 
-MenuCommand command(const QString& menu, const QString& title)
+MenuCommand command(const QStringList& titles, ShortcutKeys keys = {}, bool enabled = true,
+                    bool checked = false)
 {
-    return MenuCommand{{{menu, 0}, {title, 0}}, {}, true, false};
+    return MenuCommand{pathFromTitles(titles), keys, enabled, checked};
 }
 
+const QString longTitle = QStringLiteral("An extraordinarily long command title that cannot fit in "
+                                         "any card of the overlay however wide it is made, so it "
+                                         "is cut in the middle and ends here");
+
+// One of each kind of row.
 MenuCatalog sample()
 {
-    return MenuCatalog{QStringLiteral("org.example.Editor"),
-                       QStringLiteral("Editor"),
-                       {{"File",
-                         {command("File", "Save"), command("File", "Save As…"),
-                          command("File", "Save All"), command("File", "Close")}},
-                        {"Edit", {command("Edit", "Undo"), command("Edit", "Select All")}}}};
+    return {QStringLiteral("org.example.Editor"),
+            QStringLiteral("Editor"),
+            {{"File",
+              {command({"File", "New"}, {{"Ctrl"}, "N"}),
+               command({"File", "Save"}, {{"Ctrl"}, "S"}), command({"File", "Save As…"}),
+               command({"File", "Open Recent", "notes.txt"}), command({"File", longTitle})}},
+             {"Edit",
+              {command({"Edit", "Undo"}, {{"Ctrl"}, "Z"}, false),
+               command({"Edit", "Word Wrap"}, {}, true, true),
+               command({"Edit", "Reload"}, {{}, "F5"})}},
+             {"View", {command({"View", "Zoom In"}, {{"Ctrl", "Shift"}, "+"})}},
+             {"Window", {command({"Window", "Minimize"}, {{"Ctrl"}, "M"})}}}};
 }
 
 // Records the keys that reach an item, without taking them.
@@ -49,13 +59,9 @@ public:
     }
 };
 
-QString windowName(qint64 pid)
+QColor colorOf(QQuickItem* item)
 {
-    const QString window = xdotool({"search", "--all", "--onlyvisible", "--pid",
-                                    QString::number(pid), "--name", "Mousepad"},
-                                   false)
-                               .section(u'\n', 0, 0);
-    return window.isEmpty() ? QString() : xdotool({"getwindowname", window}, false);
+    return item->property("color").value<QColor>();
 }
 
 } // namespace
@@ -68,60 +74,70 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void placedByTheSizeRule();
-    void panelIsAToolWindowAboveOthers();
-    void cornersShowTheWindowBehindWithoutACompositor();
-    void opaqueWithoutACompositorFadesFromTheEmptyCard();
-    void translucentWindowWhereACompositorDrawsIt();
-    void compositorChangeMakesTheHiddenPanelAgain();
-    void createdOnceAndReused();
-    void fadesInAndOut();
-    void fadeInStartsWithTheFirstFrameOnScreen();
-    void dismissThenPresentWithinTheFadeStaysVisible();
-    void dismissWhenHiddenRunsNoAnimation();
+    void placedByTheSizeRuleWithoutTakingActivation();
+    void opaqueWithoutACompositorTranslucentWithOne();
+    void fadesAndALateFadeOutHidesNothing();
     void unpinnedKeysGoToTheApplication();
-    void pinnedKeysReachThePanelWhileTheApplicationStaysActive();
-    void pinnedBeforeItIsMappedLeavesTheApplicationActive();
-    void stageLaysOutTheHiddenPanelAhead();
-    void returnWithoutSearchIsPassedOn();
-    void escapeIsConsumedWithoutCloseCallback();
-    void arrowsWithEmptyQueryStayBounded();
-    void secondPinInstallsNoSecondMonitor();
-    void updateKeepsOrResetsSelection();
+    void pinnedKeysDriveTheOverlay();
+    void pinnedBeforeItIsMapped();
+    void everyPresentationStartsAfresh();
+    void stagedViewsAreShownByPresent();
+    void contentStatesAndCount();
+    void favoritesCardAndGridColumns();
+    void searchListScrollsAndRebindsItsRows();
+    void hugeMenuMakesOnlyTheRowsInView();
+    void rowsClickStarAndDisabled();
+    void rowDetails();
+    void headerAndFooter();
 
 private:
-    void present(const std::optional<MenuCatalog>& catalog = sample());
-    void pinAndWaitForKeyboard();
-    void type(const QString& text);
+    void present(const std::optional<MenuCatalog>& catalog = sample(),
+                 const QStringList& favorites = {}, bool showDisabled = true,
+                 const QString& trigger = QStringLiteral("Ctrl"));
+    void pin();
     void key(const QString& name);
+    void type(const QString& text);
+    void hover(QQuickItem* item);
+    QQuickItem* find(const QString& name) { return item(m_controller->rootView(), name); }
+    QQuickItem* row(const QString& kind, const QString& title);
+    QString mousepadTitle() const;
 
     Programs* m_programs = nullptr;
     qint64 m_mousepad = 0;
     std::unique_ptr<OverlayPanelController> m_controller;
-    QList<MenuCommand> m_executed;
-    int m_closeRequests = 0;
+    QList<MenuCommand> m_executed, m_toggled;
+    int m_closeRequests = 0, m_pinRequests = 0;
     KeyProbe m_probe;
 };
 
 void TestOverlayPanel::initTestCase()
 {
     QVERIFY2(qEnvironmentVariableIsSet("CORVANE_SESSION"), "run under tools/test-session.sh");
+    auto* english = new QTranslator(qApp); // the plural forms the program carries
+    QVERIFY(english->load(QStringLiteral(":/corvane/translations/corvane_en.qm")));
+    QCoreApplication::installTranslator(english);
     m_programs = new Programs(this);
     m_mousepad = m_programs->startWithWindow(QStringLiteral("mousepad"), {"--disable-server"},
                                              QStringLiteral("Mousepad"));
+    // Filling the screen, so that whatever shows around the panel is mousepad.
+    xdotool({"search", "--onlyvisible", "--pid", QString::number(m_mousepad), ".", "windowmove",
+             "%@", "0", "0", "windowsize", "%@", "100%", "100%"});
 }
 
 void TestOverlayPanel::init()
 {
     m_controller = std::make_unique<OverlayPanelController>();
     m_executed.clear();
-    m_closeRequests = 0;
+    m_toggled.clear();
+    m_closeRequests = m_pinRequests = 0;
     m_probe.keys.clear();
     OverlayViewModel& model = m_controller->viewModel();
     model.onExecute = [this](const MenuCommand& c) { m_executed << c; };
+    model.onToggleFavorite = [this](const MenuCommand& c) { m_toggled << c; };
     model.onCloseRequest = [this] { ++m_closeRequests; };
-    // The application in front, as the user would have it.
+    model.onPinRequest = [this] { ++m_pinRequests; };
     QVERIFY(activateWindowOf(m_mousepad, QStringLiteral("Mousepad")));
+    xdotool({"mousemove", "0", "0"});
 }
 
 void TestOverlayPanel::cleanup()
@@ -130,448 +146,519 @@ void TestOverlayPanel::cleanup()
     QTRY_COMPARE(activeWindowPid(), m_mousepad);
 }
 
-void TestOverlayPanel::present(const std::optional<MenuCatalog>& catalog)
+void TestOverlayPanel::present(const std::optional<MenuCatalog>& catalog,
+                               const QStringList& favorites, bool showDisabled,
+                               const QString& trigger)
 {
-    m_controller->present(RunningApp{m_mousepad, {}, QStringLiteral("Editor"), {}}, catalog, {},
-                          true, true, true, QStringLiteral("Ctrl"));
+    m_controller->present(RunningApp{m_mousepad, {}, QStringLiteral("Editor"), {}}, catalog,
+                          favorites, showDisabled, true, true, trigger);
     QVERIFY(QTest::qWaitForWindowExposed(m_controller->panel()));
     QVERIFY(nextFrame(m_controller->panel()));
-    item(m_controller->rootView(), "searchText")->installEventFilter(&m_probe);
+    find("searchText")->installEventFilter(&m_probe);
 }
 
-void TestOverlayPanel::pinAndWaitForKeyboard()
+void TestOverlayPanel::pin()
 {
     m_controller->pin();
     QTRY_VERIFY(m_controller->panel()->hasKeyboard());
-    QTRY_VERIFY(item(m_controller->rootView(), "searchText")->hasActiveFocus());
-}
-
-void TestOverlayPanel::type(const QString& text)
-{
-    xdotool({"type", "--delay", "20", text});
-    QTest::qWait(50); // the X events reach us through the event loop
+    QTRY_VERIFY(find("searchText")->hasActiveFocus());
 }
 
 void TestOverlayPanel::key(const QString& name)
 {
     xdotool({"key", name});
+    QTest::qWait(50); // the X events reach us through the event loop
+}
+
+void TestOverlayPanel::type(const QString& text)
+{
+    xdotool({"type", "--delay", "20", text});
     QTest::qWait(50);
 }
 
-void TestOverlayPanel::placedByTheSizeRule()
+void TestOverlayPanel::hover(QQuickItem* target)
 {
-    // Run on a 1440 × 900 screen and on a 1000 × 700 one (two CTest entries); openbox has no
-    // panels, so the visible frame is the whole screen.
-    const QRect visible = QGuiApplication::primaryScreen()->availableGeometry();
+    QVERIFY(target);
+    const QPointF centre = target->mapToGlobal(QPointF(target->width() / 2, target->height() / 2));
+    xdotool(
+        {"mousemove", QString::number(qRound(centre.x())), QString::number(qRound(centre.y()))});
+}
+
+// The CommandRow or SearchRow shown with this title.
+QQuickItem* TestOverlayPanel::row(const QString& kind, const QString& title)
+{
+    for (QQuickItem* text : visibleItems(m_controller->rootView(), QStringLiteral("title"))) {
+        QQuickItem* candidate = text;
+        while (candidate &&
+               !QString::fromLatin1(candidate->metaObject()->className()).startsWith(kind))
+            candidate = candidate->parentItem();
+        if (candidate && text->property("text").toString() == title)
+            return candidate;
+    }
+    qWarning("no %s titled \"%s\"", qPrintable(kind), qPrintable(title));
+    return nullptr;
+}
+
+QString TestOverlayPanel::mousepadTitle() const
+{
+    const QString window = xdotool({"search", "--all", "--onlyvisible", "--pid",
+                                    QString::number(m_mousepad), "--name", "Mousepad"},
+                                   false)
+                               .section(u'\n', 0, 0);
+    return window.isEmpty() ? QString() : xdotool({"getwindowname", window}, false);
+}
+
+void TestOverlayPanel::placedByTheSizeRuleWithoutTakingActivation()
+{
+    // Run on a 1440 × 900 screen and on a 1000 × 700 one (two CTest entries).
     const QHash<QSize, QRect> expected{{QSize(1440, 900), QRect(250, 130, 940, 640)},
                                        {QSize(1000, 700), QRect(130, 77, 740, 546)}};
-    QVERIFY2(expected.contains(visible.size()),
-             qPrintable(QStringLiteral("no expectation for a screen of %1 × %2")
-                            .arg(visible.width())
-                            .arg(visible.height())));
+    const QRect want = expected.value(QGuiApplication::primaryScreen()->availableGeometry().size());
+    QVERIFY(!want.isEmpty());
     present();
-    QCOMPARE(m_controller->panel()->geometry(), expected[visible.size()]);
-    // And where the X server has it.
     const QString window = QString::number(m_controller->panel()->winId());
     const QString geometry = xdotool({"getwindowgeometry", window});
-    const QRect want = expected[visible.size()];
     QVERIFY2(geometry.contains(QStringLiteral("Position: %1,%2").arg(want.x()).arg(want.y())) &&
                  geometry.contains(
                      QStringLiteral("Geometry: %1x%2").arg(want.width()).arg(want.height())),
              qPrintable(geometry));
-}
-
-void TestOverlayPanel::panelIsAToolWindowAboveOthers()
-{
-    present();
     QProcess xprop;
-    xprop.start(QStringLiteral("xprop"),
-                {"-id", QString::number(m_controller->panel()->winId()), "_NET_WM_STATE",
-                 "_NET_WM_WINDOW_TYPE", "WM_HINTS", "_NET_WM_USER_TIME"});
+    xprop.start(QStringLiteral("xprop"), {"-id", window, "_NET_WM_STATE", "_NET_WM_WINDOW_TYPE",
+                                          "WM_HINTS", "_NET_WM_USER_TIME"});
     QVERIFY(xprop.waitForFinished(5000));
     const QString props = QString::fromUtf8(xprop.readAllStandardOutput());
-    QVERIFY2(props.contains(QStringLiteral("_NET_WM_STATE_ABOVE")), qPrintable(props));
-    QVERIFY2(props.contains(QStringLiteral("_NET_WM_WINDOW_TYPE_UTILITY")), qPrintable(props));
-    QVERIFY2(props.contains(QStringLiteral("Client accepts input or input focus: False")),
-             qPrintable(props));
-    // Mapped with "do not activate" (a user time of 0), whatever our last X event was.
-    QVERIFY2(props.contains(QStringLiteral("_NET_WM_USER_TIME(CARDINAL) = 0")), qPrintable(props));
-    // Shown without taking activation.
+    for (const char* expectedProperty :
+         {"_NET_WM_STATE_ABOVE", "_NET_WM_WINDOW_TYPE_UTILITY",
+          "Client accepts input or input focus: False", "_NET_WM_USER_TIME(CARDINAL) = 0"})
+        QVERIFY2(props.contains(QLatin1String(expectedProperty)), qPrintable(props));
     QTest::qWait(200);
     QCOMPARE(activeWindowPid(), m_mousepad);
 }
 
-void TestOverlayPanel::cornersShowTheWindowBehindWithoutACompositor()
+void TestOverlayPanel::opaqueWithoutACompositorTranslucentWithOne()
 {
-    // Xvfb has no compositor, so the panel is not translucent: the window behind (mousepad,
-    // filling the screen) shows through the card's rounded corners, not black.
-    QCOMPARE(
-        QProcess::execute(QStringLiteral("xdotool"),
-                          {"search", "--onlyvisible", "--pid", QString::number(m_mousepad), ".",
-                           "windowmove", "%@", "0", "0", "windowsize", "%@", "100%", "100%"}),
-        0);
-    QTest::qWait(300);
+    // Xvfb composites nothing: an opaque window cut to the card, whose rounded corners show
+    // mousepad behind it, and whose frame at alpha 0 (the fade's first) shows the empty card.
     const QImage behind = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
     present();
-    QTest::qWait(300); // the fade-in
-    const QImage shown = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
-    const QRect frame = m_controller->panel()->geometry();
-    const QList<QPoint> corners{frame.topLeft() + QPoint(1, 1), frame.topRight() + QPoint(-1, 1),
-                                frame.bottomLeft() + QPoint(1, -1),
-                                frame.bottomRight() + QPoint(-1, -1)};
-    for (const QPoint& corner : corners) {
-        QVERIFY2(behind.pixelColor(corner) != QColor(Qt::black), "mousepad does not cover it");
-        QCOMPARE(shown.pixelColor(corner), behind.pixelColor(corner));
-    }
-    // The card itself is drawn: its middle is not what was behind.
-    QVERIFY(shown.pixelColor(frame.center()) != behind.pixelColor(frame.center()) ||
-            shown.pixelColor(frame.center() + QPoint(0, 40)) !=
-                behind.pixelColor(frame.center() + QPoint(0, 40)));
-}
-
-void TestOverlayPanel::opaqueWithoutACompositorFadesFromTheEmptyCard()
-{
-    present();
-    PeekPanel* panel = m_controller->panel();
-    QVERIFY(!panel->isTranslucent());
-    QVERIFY(!panel->format().hasAlpha());
-    QCOMPARE(windowDepth(QString::number(panel->winId())), 24);
+    PeekPanel* opaque = m_controller->panel();
+    QCOMPARE(windowDepth(QString::number(opaque->winId())), 24);
     QTRY_COMPARE(m_controller->rootView()->opacity(), 1.0);
-    // A frame at alpha 0, as the fade's first and last are: the card's empty colour shows,
-    // not black (an ARGB window that nothing composites shows black there).
-    const QColor card =
-        item(m_controller->rootView(), "background")->property("color").value<QColor>();
+    const QRect frame = opaque->geometry();
+    QImage shown = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
+    for (const QPoint& corner :
+         {frame.topLeft() + QPoint(1, 1), frame.bottomRight() - QPoint(1, 1)})
+        QCOMPARE(shown.pixelColor(corner), behind.pixelColor(corner));
+    const QColor card = colorOf(find("background"));
     QCOMPARE(card.alpha(), 255);
     m_controller->rootView()->setOpacity(0);
-    QVERIFY(nextFrame(panel));
-    QTest::qWait(50); // the X server has the frame's image
-    const QRect frame = panel->geometry();
-    const QImage screen = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
-    for (const QPoint& point :
-         {frame.center(), frame.topLeft() + QPoint(40, 40), frame.bottomRight() - QPoint(40, 40)})
-        QCOMPARE(screen.pixelColor(point), card);
-}
+    QVERIFY(nextFrame(opaque));
+    QTest::qWait(50);
+    shown = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
+    QCOMPARE(shown.pixelColor(frame.center()), card);
 
-void TestOverlayPanel::translucentWindowWhereACompositorDrawsIt()
-{
+    // A compositor starts: the visible panel stays as it is; once hidden it is made again with
+    // an alpha channel and no shape cut, and its glass is translucent.
     QSignalSpy created(m_controller.get(), &OverlayPanelController::panelCreated);
+    QSignalSpy hidden(m_controller.get(), &OverlayPanelController::hidden);
+    QPointer<PeekPanel> old = opaque;
     m_controller->setTranslucent(true);
-    QCOMPARE(created.size(), 0); // nothing made yet
-    present();
-    PeekPanel* panel = m_controller->panel();
+    QCOMPARE(m_controller->panel(), opaque);
+    m_controller->dismiss();
+    QVERIFY(hidden.wait(2000));
+    m_controller->setTranslucent(true);
+    QVERIFY(!old);
     QCOMPARE(created.size(), 1);
-    QCOMPARE(created.at(0).at(0).value<PeekPanel*>(), panel);
-    QVERIFY(panel->isTranslucent());
-    QVERIFY(panel->format().hasAlpha());
-    QCOMPARE(windowDepth(QString::number(panel->winId())), 32);
-    QVERIFY(m_controller->rootView()->property("translucent").toBool());
-    QVERIFY(panel->mask().isEmpty()); // its corners are transparent: no shape cut
-}
-
-void TestOverlayPanel::compositorChangeMakesTheHiddenPanelAgain()
-{
-    QSignalSpy created(m_controller.get(), &OverlayPanelController::panelCreated);
     present();
-    QPointer<PeekPanel> opaque = m_controller->panel();
-    QVERIFY(!opaque->mask().isEmpty()); // cut to the card
-    // While it shows, the panel stays what it is.
-    m_controller->setTranslucent(true);
-    QCOMPARE(m_controller->panel(), opaque.data());
-    QVERIFY(!m_controller->rootView()->property("translucent").toBool());
-    QSignalSpy hidden(m_controller.get(), &OverlayPanelController::hidden);
-    m_controller->dismiss();
-    QVERIFY(hidden.wait(2000));
-    // Hidden: made again, with an alpha channel, its view and lists working as before.
-    m_controller->setTranslucent(true);
-    QVERIFY(!opaque); // the old window is gone
-    QCOMPARE(created.size(), 2);
-    MenuCatalog catalog = sample();
-    present(catalog);
-    PeekPanel* glass = m_controller->panel();
-    QCOMPARE(windowDepth(QString::number(glass->winId())), 32);
-    QVERIFY(m_controller->rootView()->property("translucent").toBool());
-    pinAndWaitForKeyboard();
+    QCOMPARE(windowDepth(QString::number(m_controller->panel()->winId())), 32);
+    QVERIFY(m_controller->panel()->mask().isEmpty());
+    QCOMPARE(colorOf(find("background")).alphaF(), 0.82f);
+    pin(); // its view works as before, and pinning keeps the glass
     type(QStringLiteral("save"));
-    QTRY_VERIFY(m_controller->viewModel().query() == QStringLiteral("save"));
-    // And back: opaque again once hidden.
-    m_controller->dismiss();
-    QVERIFY(hidden.wait(2000));
-    m_controller->setTranslucent(false);
-    QCOMPARE(created.size(), 3);
-    present(catalog);
-    QCOMPARE(windowDepth(QString::number(m_controller->panel()->winId())), 24);
-    QVERIFY(!m_controller->panel()->mask().isEmpty());
+    QTRY_COMPARE(m_controller->viewModel().query(), QStringLiteral("save"));
+    QCOMPARE(colorOf(find("background")).alphaF(), 0.82f);
 }
 
-void TestOverlayPanel::createdOnceAndReused()
+void TestOverlayPanel::fadesAndALateFadeOutHidesNothing()
 {
-    QVERIFY(!m_controller->panel());
-    MenuCatalog tall = sample();
-    for (int i = 0; i < 200; ++i)
-        tall.sections[0].commands << command("File", QStringLiteral("Recent %1").arg(i));
-    present(tall);
-    PeekPanel* first = m_controller->panel();
-    pinAndWaitForKeyboard();
-    QQuickItem* grid = item(m_controller->rootView(), "sectionGrid");
-    const qreal top = grid->property("contentY").toReal();
-    grid->setProperty("contentY", top + 2000);
-    m_controller->dismiss();
-    present(tall);
-    QCOMPARE(m_controller->panel(), first);
-    // Every presentation starts with fresh view state: no search focus, scrolled to the top.
-    QVERIFY(!item(m_controller->rootView(), "searchText")->hasActiveFocus());
-    QCOMPARE(m_controller->rootView()->property("searchFocused").toBool(), false);
-    QCOMPARE(grid->property("contentY").toReal(), top);
-}
-
-void TestOverlayPanel::fadesInAndOut()
-{
-    present();
-    QQuickItem* root = m_controller->rootView();
-    QVERIFY(root->opacity() < 1.0); // still fading in
-    QTRY_COMPARE(root->opacity(), 1.0);
-    QSignalSpy hidden(m_controller.get(), &OverlayPanelController::hidden);
-    m_controller->dismiss();
-    QVERIFY(m_controller->panel()->isVisible()); // fading out
-    QVERIFY(hidden.wait(2000));
-    QCOMPARE(root->opacity(), 0.0);
-    QVERIFY(!m_controller->panel()->isVisible());
-}
-
-void TestOverlayPanel::fadeInStartsWithTheFirstFrameOnScreen()
-{
-    m_controller->prepare();
     QList<qreal> opacityAtFrames;
-    QObject context; // disconnects when the test ends
+    m_controller->prepare();
+    QObject context;
     connect(m_controller->panel(), &QQuickWindow::frameSwapped, &context,
             [&] { opacityAtFrames << m_controller->rootView()->opacity(); });
     m_controller->present(RunningApp{m_mousepad, {}, QStringLiteral("Editor"), {}}, sample(), {},
                           true, true, true, QStringLiteral("Ctrl"));
-    // Not mapped yet: the fade waits (it would otherwise run partly before anything shows).
+    // The fade starts with the first frame on screen, drawn at alpha 0, and only rises.
     QCOMPARE(m_controller->rootView()->opacity(), 0.0);
     QTRY_COMPARE(m_controller->rootView()->opacity(), 1.0);
-    // The first frame on screen is drawn at alpha 0, then the fade's frames, none less opaque
-    // than the one before.
     QVERIFY2(opacityAtFrames.size() >= 3, qPrintable(QDebug::toString(opacityAtFrames)));
     QCOMPARE(opacityAtFrames.first(), 0.0);
-    QVERIFY(std::any_of(opacityAtFrames.cbegin(), opacityAtFrames.cend(),
-                        [](qreal opacity) { return opacity > 0.0 && opacity < 1.0; }));
     QVERIFY(std::is_sorted(opacityAtFrames.cbegin(), opacityAtFrames.cend()));
-}
 
-void TestOverlayPanel::dismissThenPresentWithinTheFadeStaysVisible()
-{
-    present();
+    // Presented again during the fade-out: that fade's end hides nothing.
     m_controller->dismiss();
-    const qint64 afterDismiss = m_controller->fadeGeneration();
-    present(); // within the 0.12 s fade
-    QVERIFY(m_controller->fadeGeneration() > afterDismiss);
+    QVERIFY(m_controller->panel()->isVisible());
+    present();
     QTest::qWait(400);
     QVERIFY(m_controller->panel()->isVisible());
     QCOMPARE(m_controller->rootView()->opacity(), 1.0);
-}
-
-void TestOverlayPanel::dismissWhenHiddenRunsNoAnimation()
-{
-    present();
     QSignalSpy hidden(m_controller.get(), &OverlayPanelController::hidden);
     m_controller->dismiss();
     QVERIFY(hidden.wait(2000));
-    OverlayViewModel& model = m_controller->viewModel();
-    model.setPinned(true);
-    model.setQuery(QStringLiteral("save"));
-    const qint64 generation = m_controller->fadeGeneration();
-    m_controller->dismiss();
-    QCOMPARE(model.pinned(), false);
-    QCOMPARE(model.query(), QString());
-    QVERIFY(!m_controller->keyMonitorInstalled());
-    QCOMPARE(m_controller->fadeGeneration(), generation); // no fade
-    QTest::qWait(200);
-    QCOMPARE(hidden.size(), 1);
     QVERIFY(!m_controller->panel()->isVisible());
 }
 
 void TestOverlayPanel::unpinnedKeysGoToTheApplication()
 {
-    const QString before = windowName(m_mousepad);
-    QVERIFY(!before.startsWith(u'*'));
+    QVERIFY(!mousepadTitle().startsWith(u'*'));
     present();
     type(QStringLiteral("ab"));
     key(QStringLiteral("Return"));
-    key(QStringLiteral("Down"));
     key(QStringLiteral("Escape"));
-    // Mousepad got them: its document is now modified.
-    QTRY_VERIFY2(windowName(m_mousepad).startsWith(u'*'), qPrintable(windowName(m_mousepad)));
+    QTRY_VERIFY2(mousepadTitle().startsWith(u'*'), qPrintable(mousepadTitle())); // modified
     QCOMPARE(m_controller->viewModel().query(), QString());
-    QCOMPARE(m_controller->viewModel().selection(), 0);
     QCOMPARE(m_closeRequests, 0);
     QVERIFY(m_probe.keys.isEmpty());
-    QVERIFY(m_controller->panel()->isVisible());
-    QCOMPARE(activeWindowPid(), m_mousepad);
-    key(QStringLiteral("ctrl+z"));
-    key(QStringLiteral("ctrl+z"));
-    key(QStringLiteral("ctrl+z"));
+    for (int i = 0; i < 3; ++i)
+        key(QStringLiteral("ctrl+z"));
 }
 
-void TestOverlayPanel::pinnedKeysReachThePanelWhileTheApplicationStaysActive()
+void TestOverlayPanel::pinnedKeysDriveTheOverlay()
 {
-    const QString before = windowName(m_mousepad);
+    const QString title = mousepadTitle();
     present();
-    pinAndWaitForKeyboard();
+    pin();
+    // Return without a search is passed on to the field and runs nothing.
+    key(QStringLiteral("Return"));
+    QCOMPARE(m_probe.keys.count(Qt::Key_Return), 1);
     type(QStringLiteral("save"));
     QTRY_COMPARE(m_controller->viewModel().query(), QStringLiteral("save"));
-    QCOMPARE(activeWindowPid(), m_mousepad);  // the application keeps _NET_ACTIVE_WINDOW
-    QCOMPARE(windowName(m_mousepad), before); // and got none of the typing
-
-    key(QStringLiteral("Down"));
+    QCOMPARE(activeWindowPid(), m_mousepad); // the application stays active…
+    QCOMPARE(mousepadTitle(), title);        // …and got none of the typing
+    for (int i = 0; i < 5; ++i)
+        key(QStringLiteral("Down")); // bounded by the two results
     QCOMPARE(m_controller->viewModel().selection(), 1);
     key(QStringLiteral("Up"));
-    QCOMPARE(m_controller->viewModel().selection(), 0);
     key(QStringLiteral("Down"));
     const MenuCommand expected = m_controller->viewModel().searchResults().at(1);
     key(QStringLiteral("Return"));
-    QTRY_COMPARE(m_executed.size(), 1);
-    QCOMPARE(m_executed[0], expected);
     key(QStringLiteral("KP_Enter"));
     QTRY_COMPARE(m_executed.size(), 2);
-    // Return, Enter and the arrows were consumed; the letters went to the search field.
-    QVERIFY(!m_probe.keys.contains(Qt::Key_Return) && !m_probe.keys.contains(Qt::Key_Enter));
-    QVERIFY(!m_probe.keys.contains(Qt::Key_Down) && !m_probe.keys.contains(Qt::Key_Up));
-    QVERIFY(m_probe.keys.contains(Qt::Key_S));
+    QCOMPARE(m_executed[0], expected);
+    QCOMPARE(m_probe.keys.count(Qt::Key_Return), 1); // consumed once a search is active
+    QVERIFY(!m_probe.keys.contains(Qt::Key_Down));
+    m_controller->pin(); // a second pin installs no second key monitor
+    key(QStringLiteral("Up"));
+    QCOMPARE(m_controller->viewModel().selection(), 0);
+    key(QStringLiteral("Escape"));
+    QCOMPARE(m_closeRequests, 1);
+    QVERIFY(!m_probe.keys.contains(Qt::Key_Escape));
 
     // Dismissed, the keyboard goes back to the application.
     m_controller->dismiss();
     QVERIFY(!m_controller->panel()->hasKeyboard());
+    QVERIFY(!m_controller->keyMonitorInstalled());
     type(QStringLiteral("x"));
-    QTRY_VERIFY(windowName(m_mousepad).startsWith(u'*'));
+    QTRY_VERIFY(mousepadTitle().startsWith(u'*'));
     key(QStringLiteral("ctrl+z"));
 }
 
-void TestOverlayPanel::pinnedBeforeItIsMappedLeavesTheApplicationActive()
+void TestOverlayPanel::pinnedBeforeItIsMapped()
 {
-    // As the tray's "Peek Current App" does: present and pin in one go, before the window
-    // manager has mapped the panel. Twice: a new panel, then the same one shown again.
+    // As the tray's "Peek Current App" does: present and pin at once, before the window manager
+    // has mapped the panel; a new panel, then the same one again. The application stays active.
     for (int round = 0; round < 2; ++round) {
         m_controller->present(RunningApp{m_mousepad, {}, QStringLiteral("Editor"), {}}, sample(),
                               {}, true, true, true, QStringLiteral("Ctrl"));
         m_controller->pin();
         QTRY_VERIFY(m_controller->panel()->hasKeyboard());
-        QTest::qWait(300); // time for a window manager to activate a window mapped for input
+        QTest::qWait(300);
         QCOMPARE(activeWindowPid(), m_mousepad);
         type(QStringLiteral("save"));
         QTRY_COMPARE(m_controller->viewModel().query(), QStringLiteral("save"));
+        // The header is laid out as after a first frame: the badge follows the search field.
+        QCOMPARE(windowRect(find("statePill")).left(),
+                 windowRect(find("searchField")).right() + 10);
         m_controller->dismiss();
         QTRY_VERIFY(!m_controller->panel()->isVisible());
     }
 }
 
-void TestOverlayPanel::stageLaysOutTheHiddenPanelAhead()
+void TestOverlayPanel::everyPresentationStartsAfresh()
+{
+    MenuCatalog tall = sample();
+    for (int i = 0; i < 200; ++i)
+        tall.sections[0].commands << command({"File", QStringLiteral("Recent %1").arg(i)});
+    present(tall);
+    PeekPanel* first = m_controller->panel();
+    pin();
+    type(QStringLiteral("rec"));
+    QTRY_COMPARE(m_controller->viewModel().query(), QStringLiteral("rec"));
+    QQuickItem* grid = find("sectionGrid");
+    const qreal top = grid->property("contentY").toReal();
+    grid->setProperty("contentY", top + 2000);
+    m_controller->viewModel().setSelection(4);
+    MenuCatalog smaller = tall;
+    smaller.sections[0].commands.removeLast();
+    m_controller->update(smaller); // a fresh crawl keeps a selection that still exists…
+    QCOMPARE(m_controller->viewModel().selection(), 4);
+    smaller.sections[0].commands = smaller.sections[0].commands.mid(0, 5);
+    m_controller->update(smaller); // …and resets one past the results
+    QCOMPARE(m_controller->viewModel().selection(), 0);
+    m_controller->dismiss();
+    present(tall);
+    QCOMPARE(m_controller->panel(), first); // made once
+    QCOMPARE(m_controller->viewModel().query(), QString());
+    QVERIFY(!find("searchText")->hasActiveFocus());
+    QCOMPARE(grid->property("contentY").toReal(), top);
+}
+
+void TestOverlayPanel::stagedViewsAreShownByPresent()
 {
     const RunningApp editor{m_mousepad, {}, QStringLiteral("Editor"), {}};
     m_controller->stage(editor, sample(), {}, true, true, true, QStringLiteral("Ctrl"));
-    // Nothing is shown: the panel is not mapped and the application keeps its activation.
     QTest::qWait(200);
-    QVERIFY(!m_controller->panel()->isVisible());
-    QVERIFY(!m_controller->panel()->isExposed());
+    QVERIFY(!m_controller->panel()->isExposed()); // nothing shown…
     QCOMPARE(activeWindowPid(), m_mousepad);
-    // Its views are made and laid out all the same: a card per menu, each row with its title.
-    QQuickItem* root = m_controller->rootView();
-    const QList<QQuickItem*> cards = items(root, QStringLiteral("sectionCard"));
-    QCOMPARE(cards.size(), 2);
-    QStringList titles;
-    for (QQuickItem* title : visibleItems(root, QStringLiteral("title")))
-        titles << title->property("text").toString();
-    QCOMPARE(titles, (QStringList{"Save", "Save As…", "Save All", "Close", "Undo", "Select All"}));
-    QVERIFY(cards.at(1)->x() > cards.at(0)->x() + cards.at(0)->width()); // two columns
-
-    // Presenting the same content shows the cards made ahead.
+    const QList<QQuickItem*> cards = items(m_controller->rootView(), QStringLiteral("sectionCard"));
+    QCOMPARE(cards.size(), 4); // …but the cards are made and laid out
+    QVERIFY(cards.at(1)->x() > cards.at(0)->x() + cards.at(0)->width());
     present();
-    QCOMPARE(items(root, QStringLiteral("sectionCard")), cards);
-    QVERIFY(m_controller->panel()->isVisible());
-
-    // Staging while the overlay shows changes nothing: what is shown is the user's.
-    m_controller->stage(editor, MenuCatalog{QStringLiteral("org.example.Other"), {}, {}}, {}, true,
-                        true, true, QStringLiteral("Ctrl"));
+    QCOMPARE(items(m_controller->rootView(), QStringLiteral("sectionCard")), cards);
+    // Staging while shown changes nothing the user sees.
+    m_controller->stage(editor, MenuCatalog{}, {}, true, true, true, QStringLiteral("Ctrl"));
     QCOMPARE(m_controller->viewModel().sections(), sample().sections);
-    QCOMPARE(items(root, QStringLiteral("sectionCard")), cards);
 }
 
-void TestOverlayPanel::returnWithoutSearchIsPassedOn()
+void TestOverlayPanel::contentStatesAndCount()
 {
-    present();
-    pinAndWaitForKeyboard();
-    key(QStringLiteral("Return"));
-    type(QStringLiteral("   "));
-    key(QStringLiteral("Return"));
-    QCOMPARE(m_probe.keys.count(Qt::Key_Return), 2);
-    QVERIFY(m_executed.isEmpty());
-    type(QStringLiteral("a"));
-    key(QStringLiteral("Return"));
-    QCOMPARE(m_probe.keys.count(Qt::Key_Return), 2); // consumed once a search is active
-    QCOMPARE(m_executed.size(), 1);
-}
-
-void TestOverlayPanel::escapeIsConsumedWithoutCloseCallback()
-{
-    m_controller->viewModel().onCloseRequest = nullptr;
-    present();
-    pinAndWaitForKeyboard();
-    type(QStringLiteral("sa"));
-    key(QStringLiteral("Escape"));
-    QVERIFY(!m_probe.keys.contains(Qt::Key_Escape));
-    QCOMPARE(m_controller->viewModel().query(), QStringLiteral("sa"));
-    QVERIFY(m_controller->panel()->isVisible());
-
-    m_controller->viewModel().onCloseRequest = [this] { ++m_closeRequests; };
-    key(QStringLiteral("Escape"));
-    QCOMPARE(m_closeRequests, 1);
-}
-
-void TestOverlayPanel::arrowsWithEmptyQueryStayBounded()
-{
-    present();
-    pinAndWaitForKeyboard();
-    // With no search the results are all six visible commands: the arrows move the
-    // selection within them although nothing shows it; they are consumed, Return is passed on.
-    key(QStringLiteral("Down"));
-    key(QStringLiteral("Down"));
-    QCOMPARE(m_controller->viewModel().selection(), 2);
-    for (int i = 0; i < 6; ++i)
-        key(QStringLiteral("Down"));
-    QCOMPARE(m_controller->viewModel().selection(), 5);
-    QVERIFY(!m_probe.keys.contains(Qt::Key_Down));
-    key(QStringLiteral("Return"));
-    QVERIFY(m_probe.keys.contains(Qt::Key_Return));
-    QVERIFY(m_executed.isEmpty());
-}
-
-void TestOverlayPanel::secondPinInstallsNoSecondMonitor()
-{
-    present();
-    pinAndWaitForKeyboard();
+    present(std::nullopt); // no catalog yet: loading, also while typing
     m_controller->pin();
-    QVERIFY(m_controller->keyMonitorInstalled());
-    type(QStringLiteral("s"));
-    key(QStringLiteral("Down"));
-    QCOMPARE(m_controller->viewModel().selection(), 1); // one step, not two
+    m_controller->viewModel().setQuery(QStringLiteral("sa"));
+    QVERIFY(nextFrame(m_controller->panel()));
+    QVERIFY(shown(find("loading")));
+    QVERIFY(!shown(find("searchList")) && !shown(find("sectionGrid")));
+
+    MenuCatalog allDisabled = sample();
+    for (MenuSection& section : allDisabled.sections)
+        for (MenuCommand& c : section.commands)
+            c.enabled = false;
+    present(allDisabled, {}, false); // everything filtered out: an empty grid, not loading
+    QVERIFY(shown(find("sectionGrid")) && !shown(find("loading")));
+    QVERIFY(visibleItems(m_controller->rootView(), "sectionCard").isEmpty());
+    QCOMPARE(find("countLine")->property("text").toString(), QStringLiteral("0 commands"));
+    present(MenuCatalog{{}, {}, {{"File", {command({"File", "New"})}}}});
+    QCOMPARE(find("countLine")->property("text").toString(), QStringLiteral("1 command"));
+
+    present();
+    m_controller->pin();
+    m_controller->viewModel().setQuery(QStringLiteral("   ")); // spaces: still the grid
+    QVERIFY(nextFrame(m_controller->panel()));
+    QVERIFY(shown(find("sectionGrid")) && !shown(find("searchList")));
+    m_controller->viewModel().setQuery(QStringLiteral("s")); // a letter: the results
+    QVERIFY(nextFrame(m_controller->panel()));
+    QVERIFY(shown(find("searchList")) && !shown(find("sectionGrid")));
+    const QList<QQuickItem*> highlights = visibleItems(find("searchList"), "highlight");
+    QVERIFY(highlights.size() > 1);
+    QVERIFY(colorOf(highlights[0]).alpha() > 0); // the selection
+    QCOMPARE(colorOf(highlights[1]).alpha(), 0); // the others
 }
 
-void TestOverlayPanel::updateKeepsOrResetsSelection()
+void TestOverlayPanel::favoritesCardAndGridColumns()
+{
+    const QString undo = command({"Edit", "Undo"}).id();
+    present(sample(), {undo}, false); // the only favourite is disabled and hidden: no card
+    QVERIFY(!find("favoritesCard")->isVisible());
+    present(sample(), {command({"View", "Zoom In"}).id(), undo});
+    QQuickItem* favorites = find("favoritesCard");
+    QVERIFY(favorites->isVisible());
+    QCOMPARE(item(favorites, "headingText")->property("text").toString(),
+             QStringLiteral("FAVORITES"));
+    const QRectF fav = windowRect(favorites);
+    QCOMPARE(fav.width(), m_controller->panel()->width() - 28.0); // the whole width, first
+    QList<QQuickItem*> cards = visibleItems(m_controller->rootView(), "sectionCard");
+    for (QQuickItem* card : cards)
+        QVERIFY(windowRect(card).top() > fav.bottom());
+    // Three columns of 296 in the 940-wide panel; one column below 592 of room.
+    QSet<qreal> lefts;
+    for (QQuickItem* card : cards)
+        lefts << windowRect(card).left();
+    QCOMPARE(lefts.size(), 3);
+    m_controller->panel()->resize(591 + 28, 640);
+    QTRY_COMPARE(m_controller->rootView()->width(), 591.0 + 28);
+    QVERIFY(nextFrame(m_controller->panel()));
+    lefts.clear();
+    for (QQuickItem* card : visibleItems(m_controller->rootView(), "sectionCard"))
+        lefts << windowRect(card).left();
+    QCOMPARE(lefts.size(), 1);
+}
+
+void TestOverlayPanel::searchListScrollsAndRebindsItsRows()
+{
+    MenuCatalog many{{}, {}, {{"Many", {}}}};
+    for (int i = 0; i < 60; ++i)
+        many.sections[0].commands << command(
+            {"Many", QStringLiteral("Item %1").arg(i, 2, 10, QChar('0'))},
+            i % 2 ? ShortcutKeys{{"Ctrl"}, "K"} : ShortcutKeys{});
+    present(many);
+    m_controller->pin();
+    m_controller->viewModel().setQuery(QStringLiteral("item"));
+    QVERIFY(nextFrame(m_controller->panel()));
+    QQuickItem* list = find("searchList");
+    const qreal top = list->property("contentY").toReal();
+    // The first row below the view, selected: scrolled just enough to show it at the bottom.
+    int whole = 0;
+    for (QQuickItem* r : visibleItems(list, "highlight"))
+        whole += windowRect(r).bottom() <= windowRect(list).bottom();
+    m_controller->viewModel().setSelection(whole);
+    QVERIFY(nextFrame(m_controller->panel()));
+    QQuickItem* selected =
+        row("SearchRow", QStringLiteral("Item %1").arg(whole, 2, 10, QChar('0')));
+    QVERIFY(selected);
+    QVERIFY(qAbs(windowRect(selected).bottom() - windowRect(list).bottom()) <= 1.0);
+
+    // A new query shows its results from the top, with the rows made before rebound in place:
+    // each draws its own command's caps.
+    QSet<QQuickItem*> made;
+    for (const QString query : {"item 1", "item", "item 0", "item"}) {
+        m_controller->viewModel().setQuery(query);
+        QVERIFY(nextFrame(m_controller->panel()));
+        QCOMPARE(list->property("contentY").toReal(), top);
+        const qsizetype before = made.size();
+        qsizetype fresh = 0, rows = 0;
+        for (QQuickItem* title : visibleItems(list, "title")) {
+            QQuickItem* searchRow = title->parentItem();
+            while (
+                !QString::fromLatin1(searchRow->metaObject()->className()).startsWith("SearchRow"))
+                searchRow = searchRow->parentItem();
+            if (searchRow->property("index").toInt() < 0)
+                continue; // back in the pool
+            ++rows;
+            const int number = title->property("text").toString().mid(5).toInt();
+            QCOMPARE(item(searchRow, "keycaps")->isVisible(), number % 2 == 1);
+            fresh += !made.contains(searchRow);
+            made << searchRow;
+        }
+        // A row is made only when more are shown than were ever made.
+        QCOMPARE(fresh, std::max<qsizetype>(0, rows - before));
+    }
+}
+
+void TestOverlayPanel::hugeMenuMakesOnlyTheRowsInView()
+{
+    MenuCatalog huge{{}, {}, {{"Huge", {}}}};
+    for (int i = 0; i < 2500; ++i)
+        huge.sections[0].commands << command({"Huge", QStringLiteral("Row %1").arg(i)});
+    present(huge);
+    QQuickItem* card = visibleItems(m_controller->rootView(), "sectionCard").value(0);
+    QVERIFY(card && card->height() > 2500 * 26);
+    QVERIFY(visibleItems(card, "title").size() < 40);
+    QQuickItem* grid = find("sectionGrid");
+    grid->setProperty("contentY", grid->property("contentHeight").toReal() - grid->height());
+    QVERIFY(nextFrame(m_controller->panel()));
+    QQuickItem* last = row("CommandRow", QStringLiteral("Row 2499"));
+    QVERIFY(last && windowRect(last).bottom() <= windowRect(grid).bottom());
+    QVERIFY(visibleItems(card, "title").size() < 40);
+}
+
+void TestOverlayPanel::rowsClickStarAndDisabled()
 {
     present();
-    pinAndWaitForKeyboard();
-    OverlayViewModel& model = m_controller->viewModel();
-    model.setQuery(QStringLiteral("save"));
-    QCOMPARE(model.searchResults().size(), 3); // Save, Save As…, Save All
-    model.setSelection(2);
-    MenuCatalog smaller = sample();
-    smaller.sections[0].commands.removeLast(); // Close: not a result
-    m_controller->update(smaller);
-    QCOMPARE(model.selection(), 2);
-    smaller.sections[0].commands.removeLast(); // Save All
-    m_controller->update(smaller);
-    QCOMPARE(model.selection(), 0);
-    QCOMPARE(model.appName(), QStringLiteral("Editor"));
+    QQuickItem* undo = row("CommandRow", "Undo"); // disabled
+    QCOMPARE(undo->opacity(), 0.4);
+    QQuickItem* star = item(undo, "star");
+    QVERIFY(!star->isVisible());
+    hover(undo);
+    QTRY_VERIFY(star->isVisible()); // the star shows on hover, even on a disabled row
+    QCOMPARE(colorOf(item(undo, "highlight")).alpha(), 0);
+    xdotool({"click", "1"});
+    QTest::qWait(100);
+    hover(star);
+    QTest::qWait(100);
+    xdotool({"click", "1"});
+    QTRY_COMPARE(m_toggled.size(), 1);
+    QCOMPARE(m_toggled[0].id(), command({"Edit", "Undo"}).id());
+    QVERIFY(m_executed.isEmpty()); // a click on a disabled row runs nothing
+
+    QQuickItem* save = row("CommandRow", "Save");
+    hover(save);
+    QTRY_VERIFY(colorOf(item(save, "highlight")).alpha() > 0);
+    xdotool({"click", "1"});
+    QTRY_COMPARE(m_executed.size(), 1);
+    QCOMPARE(m_executed[0].id(), command({"File", "Save"}).id());
+
+    // In the results a disabled row is not clicked either, but Return runs it.
+    m_controller->pin();
+    m_controller->viewModel().setQuery(QStringLiteral("undo"));
+    QVERIFY(nextFrame(m_controller->panel()));
+    hover(row("SearchRow", "Undo"));
+    xdotool({"click", "1"});
+    QTest::qWait(100);
+    QCOMPARE(m_executed.size(), 1);
+    m_controller->viewModel().executeSelection();
+    QCOMPARE(m_executed.size(), 2);
+
+    // The search field of an unpinned panel asks for the pin.
+    present();
+    hover(find("searchField"));
+    xdotool({"click", "1"});
+    QTRY_COMPARE(m_pinRequests, 1);
+}
+
+void TestOverlayPanel::rowDetails()
+{
+    present();
+    QVERIFY(item(row("CommandRow", "Word Wrap"), "checkmark")->isVisible());
+    QVERIFY(!item(row("CommandRow", "New"), "checkmark")->isVisible());
+    QQuickItem* notes = row("CommandRow", "notes.txt");
+    QCOMPARE(item(notes, "breadcrumb")->property("text").toString(), QStringLiteral("Open Recent"));
+    QVERIFY(!item(row("CommandRow", "Save"), "breadcrumb")->isVisible());
+    // No shortcut takes no room: the title reaches the row's padding.
+    QVERIFY(!item(notes, "keycaps")->isVisible());
+    QCOMPARE(windowRect(item(notes, "title")).right(), windowRect(notes).right() - 10 - 4 - 8);
+    QQuickItem* title = item(row("CommandRow", longTitle), "title");
+    QCOMPARE(title->property("elide").toInt(), int(Qt::ElideMiddle));
+    QVERIFY(title->property("truncated").toBool());
+    // Caps of one character are square; a longer label is padded.
+    for (QQuickItem* cap : item(row("CommandRow", "Zoom In"), "keycaps")->childItems())
+        if (cap->isVisible() && cap->property("label").toString().size() == 1)
+            QCOMPARE(cap->size(), QSizeF(20, 20));
+    for (QQuickItem* cap : item(row("CommandRow", "Reload"), "keycaps")->childItems())
+        if (cap->isVisible() && cap->property("label").toString() == u"F5")
+            QCOMPARE(cap->width(), cap->childItems().last()->implicitWidth() + 10);
+
+    m_controller->pin();
+    m_controller->viewModel().setQuery(QStringLiteral("notes"));
+    QVERIFY(nextFrame(m_controller->panel()));
+    QCOMPARE(item(row("SearchRow", "notes.txt"), "location")->property("text").toString(),
+             QStringLiteral("File ▸ Open Recent"));
+    m_controller->viewModel().setQuery(QStringLiteral("word wrap"));
+    QVERIFY(nextFrame(m_controller->panel()));
+    QVERIFY(visibleItems(row("SearchRow", "Word Wrap"), "checkmark").isEmpty()); // cards only
+}
+
+void TestOverlayPanel::headerAndFooter()
+{
+    present(sample(), {}, true, QStringLiteral("Super"));
+    QCOMPARE(find("footerNote")->property("text").toString(),
+             QStringLiteral("Release Super over this panel to keep it open"));
+    QVERIFY(!find("searchText")->isEnabled());
+    QVERIFY(!find("appIcon")->isVisible()); // no icon: no room taken
+    QCOMPARE(windowRect(find("appName")).left(), 16.0);
+    m_controller->pin();
+    QVERIFY(nextFrame(m_controller->panel()));
+    QCOMPARE(find("footerNote")->property("text").toString(),
+             QStringLiteral("Hover a command and click ★ to favorite it"));
+    QVERIFY(find("statePill")->isVisible());
+    QCOMPARE(windowRect(find("statePill")).right(), m_controller->panel()->width() - 16.0);
+
+    // An icon from the desktop's theme (geany's is installed for the session tests).
+    m_controller->present(RunningApp{1, {}, QStringLiteral("Geany"), QStringLiteral("geany")},
+                          sample(), {}, true, true, true, QStringLiteral("Ctrl"));
+    QVERIFY(nextFrame(m_controller->panel()));
+    QTRY_VERIFY(find("appIcon")->isVisible());
+    QCOMPARE(find("appIcon")->size(), QSizeF(30, 30));
+    QCOMPARE(windowRect(find("appName")).left(), 16.0 + 30 + 10);
 }
 
 QTEST_MAIN(TestOverlayPanel)

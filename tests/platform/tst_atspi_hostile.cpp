@@ -66,12 +66,8 @@ QStringList leafTitles(const MenuCatalog& catalog)
 {
     QStringList titles;
     for (const MenuSection& section : catalog.sections)
-        for (const MenuCommand& command : section.commands) {
-            QStringList path;
-            for (const PathStep& step : command.path)
-                path << step.title;
-            titles << path.join(u'/');
-        }
+        for (const MenuCommand& command : section.commands)
+            titles << command.titles().join(u'/');
     return titles;
 }
 
@@ -90,7 +86,7 @@ private Q_SLOTS:
     void wronglyTypedValuesAreTolerated();
     void sleeperEndsAtTheFirstTimeOutAndHoldsNobodyUp();
     void vanishingApplicationEndsTheCrawl();
-    void noRequestOnTheMainThread();
+    void cleanupTestCase() { QCOMPARE(atspi::mainThreadRequestCount(), 0); }
 
 private:
     qint64 start(const QString& scenario);
@@ -291,11 +287,6 @@ void TestAtspiHostile::vanishingApplicationEndsTheCrawl()
     // The bus connection survives: the next crawl of a live application works.
     const Outcome next = crawl(start(QStringLiteral("cycle")));
     QVERIFY(next.catalog);
-}
-
-void TestAtspiHostile::noRequestOnTheMainThread()
-{
-    QCOMPARE(atspi::mainThreadRequestCount(), 0);
 }
 
 QTEST_MAIN(TestAtspiHostile)

@@ -1,0 +1,408 @@
+// Crawl and press over AT-SPI (session tier): the fixture applications (GTK 3 and Qt 6 Widgets),
+// whose crawl must give exactly the catalog their declared menus imply, and real applications
+// from Debian (geany and mousepad on GTK 3, featherpad on Qt 5), a stopped one among them. Also
+// corvane-menus' messages, and no accessibility request on the main thread.
+
+#include "CrawlThread.h"
+#include "FixtureModel.h"
+#include "menus/MenuCrawler.h"
+#include "platform/linux/AccessibilitySwitch.h"
+#include "platform/linux/AppIdentity.h"
+#include "platform/linux/AtspiClient.h"
+#include "shortcuts/ShortcutDisplay.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+#include <csignal>
+
+using namespace corvane;
+using test::onCrawlThread;
+
+namespace {
+
+// The crawl's rules read once more, independently of the walk, over the declared model.
+struct Expectation {
+    int count = 0;
+    QList<MenuSection> sections;
+
+    explicit Expectation(const QList<fixture::Item>& menus)
+    {
+        QHash<QString, int> seen;
+        for (const fixture::Item& top : menus) {
+            QList<MenuCommand> commands;
+            walk(top.items.value_or(QList<fixture::Item>{}), {{top.title, seen[top.title]++}}, 1,
+                 commands);
+            if (!commands.isEmpty())
+                sections.append({top.title, commands});
+            if (count >= MenuWalk::itemCap)
+                break;
+        }
+    }
+    void walk(const QList<fixture::Item>& items, const QList<PathStep>& path, int depth,
+              QList<MenuCommand>& into)
+    {
+        QHash<QString, int> seen;
+        for (const fixture::Item& item : items) {
+            if (count >= MenuWalk::itemCap)
+                return;
+            if (item.separator || item.title.isEmpty())
+                continue;
+            const QList<PathStep> here = path + QList<PathStep>{{item.title, seen[item.title]++}};
+            if (!item.items) {
+                ++count;
+                into.append(MenuCommand{here, ShortcutDisplay::fromAccelerator(item.accel),
+                                        item.enabled, (item.check || item.radio) && item.checked});
+            } else if (depth < MenuWalk::depthLimit && !item.items->isEmpty()) {
+                walk(*item.items, here, depth + 1, into);
+            }
+        }
+    }
+};
+
+std::optional<MenuCommand> find(const MenuCatalog& catalog, const QString& section,
+                                const QString& leaf)
+{
+    for (const MenuSection& s : catalog.sections)
+        if (s.title.trimmed() == section)
+            for (const MenuCommand& c : s.commands)
+                if (c.path.last().title.trimmed() == leaf)
+                    return c;
+    return std::nullopt;
+}
+
+QString windowNames(qint64 pid)
+{
+    QProcess xdotool;
+    xdotool.start("xdotool", {"search", "--all", "--pid", QString::number(pid), "--name", ".",
+                              "getwindowname", "%@"});
+    xdotool.waitForFinished(5000);
+    return QString::fromUtf8(xdotool.readAllStandardOutput());
+}
+
+// How many objects of `role` the application of `pid` has (featherpad's tabs: PAGE_TAB).
+int countRole(qint64 pid, uint role)
+{
+    return onCrawlThread([pid, role] {
+        WalkBudget budget(std::chrono::seconds(5));
+        auto session = std::make_shared<atspi::Session>(*atspi::accessibilityBus(), budget);
+        const auto entry = atspi::application(session, pid);
+        if (!entry)
+            return -1;
+        int count = 0;
+        QList<std::shared_ptr<atspi::Node>> level{
+            std::make_shared<atspi::Node>(session, entry->root)};
+        for (int depth = 0; depth < 16 && !level.isEmpty(); ++depth) {
+            QList<std::shared_ptr<atspi::Node>> next;
+            for (const auto& node : level)
+                for (const auto& child : node->childNodes()) {
+                    count += child->role() == role;
+                    next.append(child);
+                }
+            level = next;
+        }
+        return count;
+    });
+}
+
+QStringList lines(const QString& file)
+{
+    QFile f(file);
+    return f.open(QIODevice::ReadOnly)
+               ? QString::fromUtf8(f.readAll()).split(u'\n', Qt::SkipEmptyParts)
+               : QStringList();
+}
+
+} // namespace
+
+class TestAtspiApps : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
+    void fixturesCrawlAsDeclared_data();
+    void fixturesCrawlAsDeclared();
+    void fixturePresses_data();
+    void fixturePresses();
+    void realApplications();
+    void realPresses();
+    void stoppedApplication();
+    void commandLineMessages();
+    void refreshDuringAReadHearsALaterChange();
+
+private:
+    RunningApp start(const QString& program, const QStringList& arguments);
+    MenuCatalog crawl(const RunningApp& app);
+    PressOutcome press(const QString& path, qint64 pid);
+
+    QTemporaryDir m_dir;
+    QList<QProcess*> m_processes;
+    QHash<QString, RunningApp> m_apps;
+    MenuCrawler m_crawler{std::make_shared<atspi::MenuBarFinder>()};
+};
+
+RunningApp TestAtspiApps::start(const QString& program, const QStringList& arguments)
+{
+    auto* process = new QProcess(this);
+    process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process->setStandardOutputFile(QProcess::nullDevice());
+    process->start(program, arguments);
+    if (!process->waitForStarted(10000))
+        qFatal("%s did not start", qPrintable(program));
+    m_processes.append(process);
+    const qint64 pid = process->processId();
+    if (!test::waitForMenuBar(pid))
+        qFatal("%s never showed a menu bar on the accessibility bus", qPrintable(program));
+    return onCrawlThread([pid] { return AppIdentity::forProcess(pid); });
+}
+
+MenuCatalog TestAtspiApps::crawl(const RunningApp& app)
+{
+    const auto catalog = onCrawlThread([&] { return m_crawler.crawl(app); });
+    if (!catalog)
+        qFatal("the crawl of %s gave no catalog", qPrintable(app.name));
+    return *catalog;
+}
+
+PressOutcome TestAtspiApps::press(const QString& path, qint64 pid)
+{
+    return onCrawlThread([&] { return m_crawler.press(pathFromTitles(path.split(u'/')), pid); });
+}
+
+void TestAtspiApps::initTestCase()
+{
+    QVERIFY2(qEnvironmentVariableIsSet("CORVANE_SESSION"), "run under tools/test-session.sh");
+    m_apps["gtk"] = start(QStringLiteral(FIXTURE_GTK), {"--record", m_dir.filePath("gtk")});
+    m_apps["qt"] = start(QStringLiteral(FIXTURE_QT), {"--record", m_dir.filePath("qt")});
+    m_apps["geany"] = start("geany", {"--new-instance", "--no-session"});
+    m_apps["mousepad"] = start("mousepad", {});
+    m_apps["featherpad"] = start("featherpad", {});
+}
+
+void TestAtspiApps::cleanupTestCase()
+{
+    for (QProcess* process : std::as_const(m_processes)) {
+        ::kill(pid_t(process->processId()), SIGCONT);
+        process->kill();
+        process->waitForFinished(5000);
+    }
+    QCOMPARE(atspi::mainThreadRequestCount(), 0);
+}
+
+void TestAtspiApps::fixturesCrawlAsDeclared_data()
+{
+    QTest::addColumn<QString>("toolkit");
+    QTest::addColumn<int>("directConnections"); // GTK hands out its own bus; Qt has none
+    QTest::newRow("GTK 3") << "gtk" << 1;
+    QTest::newRow("Qt 6 Widgets") << "qt" << 0;
+}
+
+void TestAtspiApps::fixturesCrawlAsDeclared()
+{
+    QFETCH(QString, toolkit);
+    QFETCH(int, directConnections);
+    QString error;
+    const auto model = fixture::load(QStringLiteral(FIXTURE_MODEL), &error);
+    QVERIFY2(model, qPrintable(error));
+    const int before = atspi::directConnectionCount();
+    const MenuCatalog catalog = crawl(m_apps[toolkit]);
+    QCOMPARE(atspi::directConnectionCount() - before, directConnections);
+    const Expectation expected(*model);
+    QCOMPARE(expected.count, MenuWalk::itemCap); // the 3000-item menu meets the item cap
+    QCOMPARE(catalog.sections.size(), expected.sections.size());
+    for (qsizetype s = 0; s < expected.sections.size(); ++s) { // section by section, readably
+        const QList<MenuCommand>& got = catalog.sections[s].commands;
+        const QList<MenuCommand>& want = expected.sections[s].commands;
+        QCOMPARE(got.size(), want.size());
+        for (qsizetype c = 0; c < want.size(); ++c) {
+            QCOMPARE(got[c].id(), want[c].id());
+            QCOMPARE(got[c].shortcut.modifiers + QStringList{got[c].shortcut.key},
+                     want[c].shortcut.modifiers + QStringList{want[c].shortcut.key});
+            QCOMPARE(got[c].enabled, want[c].enabled);
+            QCOMPARE(got[c].isChecked, want[c].isChecked);
+        }
+    }
+}
+
+void TestAtspiApps::fixturePresses_data()
+{
+    QTest::addColumn<QString>("toolkit");
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("record"); // what the fixture ran; "" nothing
+    for (const char* toolkit : {"gtk", "qt"}) {
+        QTest::addRow("%s plain", toolkit) << toolkit << "File/New"
+                                           << "File / New";
+        QTest::addRow("%s second of equal titles", toolkit) << toolkit << "File/Open…#1"
+                                                            << "File / Open…#1";
+        QTest::addRow("%s five levels down", toolkit)
+            << toolkit << "Deep/Level 1/Level 2/Level 3/Level 4/Leaf 5"
+            << "Deep / Level 1 / Level 2 / Level 3 / Level 4 / Leaf 5";
+        QTest::addRow("%s non-ASCII", toolkit) << toolkit << "Édition/日本語の項目"
+                                               << "Édition / 日本語の項目";
+        // The press does not look at the enabled state: the application decides (GTK answers
+        // success on an insensitive item, Qt keeps its action) and runs nothing.
+        QTest::addRow("%s disabled", toolkit) << toolkit << "File/Save"
+                                              << "";
+    }
+}
+
+void TestAtspiApps::fixturePresses()
+{
+    QFETCH(QString, toolkit);
+    QFETCH(QString, path);
+    QFETCH(QString, record);
+    const QString file = m_dir.filePath(toolkit);
+    const qsizetype before = lines(file).size();
+    press(path, m_apps[toolkit].pid);
+    if (record.isEmpty()) {
+        QTest::qWait(500);
+        QCOMPARE(lines(file).size(), before);
+        return;
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(lines(file).size(), before + 1, 10000);
+    QCOMPARE(lines(file).last(), record);
+}
+
+void TestAtspiApps::realApplications()
+{
+    // Identities: _GTK_APPLICATION_ID (mousepad), WM_CLASS matched to a desktop entry (the rest).
+    QCOMPARE(m_apps["geany"].appId, QStringLiteral("geany"));
+    QCOMPARE(m_apps["geany"].name, QStringLiteral("Geany"));
+    QCOMPARE(m_apps["mousepad"].appId, QStringLiteral("org.xfce.mousepad"));
+    QCOMPARE(m_apps["featherpad"].appId, QStringLiteral("featherpad"));
+    QCOMPARE(m_apps["featherpad"].name, QStringLiteral("FeatherPad"));
+
+    const QList<std::tuple<QString, QString, QString, ShortcutKeys>> expected{
+        {"geany", "File", "Open...", {{"Ctrl"}, "O"}},
+        {"geany", "File", "Open Selected File", {{"Ctrl", "Shift"}, "O"}},
+        {"geany", "File", "Save As...", {}},
+        {"mousepad", "File", "New Window", {{"Ctrl", "Shift"}, "N"}},
+        {"mousepad", "Edit", "Copy", {{"Ctrl"}, "C"}},
+        {"featherpad", "File", "Side-Pane", {{"Ctrl", "Alt"}, "P"}},
+        {"featherpad", "Edit", "Copy", {{"Ctrl"}, "C"}},
+        {"featherpad", "File", "Clear", {}}, // its mnemonic is not a shortcut
+    };
+    QHash<QString, MenuCatalog> catalogs;
+    for (const QString& app : {"geany", "mousepad", "featherpad"})
+        catalogs[app] = crawl(m_apps[app]);
+    for (const auto& [app, section, leaf, keys] : expected) {
+        const auto command = find(catalogs[app], section, leaf);
+        QVERIFY2(command, qPrintable(app + u' ' + leaf));
+        QCOMPARE(command->shortcut, keys);
+    }
+    QCOMPARE(catalogs["geany"].sections.first().title, QStringLiteral("File"));
+    QCOMPARE(find(catalogs["geany"], "File", "main.c")->titles(),
+             (QStringList{"File", "New (with Template)", "main.c"}));
+    QVERIFY(!find(catalogs["geany"], "File", "Recent Files")); // an empty submenu
+    QCOMPARE(find(catalogs["featherpad"], "File", "Clear")->titles().mid(0, 2),
+             (QStringList{"File", "Recently Modified"}));
+    QCOMPARE(find(catalogs["featherpad"], "File", "Detach Tab")->enabled, false);
+}
+
+void TestAtspiApps::realPresses()
+{
+    // The paths as the crawl gives them: mousepad pads its titles with spaces.
+    const auto path = [this](const QString& app, const QString& leaf) {
+        return find(crawl(m_apps[app]), "File", leaf)->titles().join(u'/');
+    };
+    QCOMPARE(press(path("mousepad", "New"), m_apps["mousepad"].pid), PressOutcome::pressed);
+    QTRY_VERIFY_WITH_TIMEOUT(windowNames(m_apps["mousepad"].pid).contains("Untitled 2"), 10000);
+    // geany's plain New adds a second "untitled" nobody can tell apart; a template retitles.
+    QCOMPARE(press(path("geany", "main.c"), m_apps["geany"].pid), PressOutcome::pressed);
+    QTRY_VERIFY_WITH_TIMEOUT(windowNames(m_apps["geany"].pid).contains("untitled.c"), 10000);
+    // Qt answers after the action has run: a new document is a new tab.
+    constexpr uint rolePageTab = 37;
+    const qint64 featherpad = m_apps["featherpad"].pid;
+    const int tabs = countRole(featherpad, rolePageTab);
+    QVERIFY(press(path("featherpad", "New"), featherpad) != PressOutcome::failed);
+    QTRY_COMPARE_WITH_TIMEOUT(countRole(featherpad, rolePageTab), tabs + 1, 10000);
+    QTest::ignoreMessage(QtCriticalMsg, "press: path component not found: Open...");
+    QCOMPARE(press(QStringLiteral("File/Open...#1"), m_apps["geany"].pid), PressOutcome::failed);
+}
+
+void TestAtspiApps::stoppedApplication()
+{
+    const RunningApp mousepad = m_apps["mousepad"];
+    QVERIFY(::kill(pid_t(mousepad.pid), SIGSTOP) == 0);
+    QElapsedTimer timer;
+    timer.start();
+    QTest::ignoreMessage(QtCriticalMsg,
+                         "crawl: menu bar read failed for org.xfce.mousepad: AXError 4");
+    QVERIFY(!onCrawlThread([&] { return m_crawler.crawl(mousepad); }));
+    QVERIFY2(timer.elapsed() < 3500, qPrintable(QString::number(timer.elapsed()))); // the deadline
+    timer.restart();
+    QTest::ignoreMessage(QtCriticalMsg, "press: could not read menu bar");
+    QCOMPARE(press(QStringLiteral("File/New"), mousepad.pid), PressOutcome::failed);
+    QVERIFY2(timer.elapsed() < 2500, qPrintable(QString::number(timer.elapsed())));
+    // Nobody else is held up by the frozen one.
+    crawl(m_apps["featherpad"]);
+    QVERIFY(::kill(pid_t(mousepad.pid), SIGCONT) == 0);
+}
+
+void TestAtspiApps::commandLineMessages()
+{
+    const auto run = [](const QStringList& arguments,
+                        const QProcessEnvironment& env = QProcessEnvironment::systemEnvironment()) {
+        QProcess process;
+        process.setProcessEnvironment(env);
+        process.start(QStringLiteral(CORVANE_MENUS), arguments);
+        process.waitForFinished(30000);
+        return std::make_tuple(process.exitCode(),
+                               QString::fromUtf8(process.readAllStandardOutput()),
+                               QString::fromUtf8(process.readAllStandardError()));
+    };
+    const auto [listed, list, listErr] = run({"list"});
+    QCOMPARE(listed, 0);
+    QVERIFY2(list.contains(QRegularExpression(
+                 QStringLiteral("%1\\s+geany\\s+Geany\\s+yes").arg(m_apps["geany"].pid))),
+             qPrintable(list));
+    const auto [dumped, dump, dumpErr] = run({"dump", "geany", "--json"});
+    QCOMPARE(dumped, 0);
+    QVERIFY(dump.contains("\"bundleID\": \"geany\""));
+    const auto [missing, _1, missingErr] = run({"dump", "org.example.Missing"});
+    QCOMPARE(missing, 5);
+    QVERIFY2(missingErr.startsWith("corvane-menus: no application with id org.example.Missing") &&
+                 missingErr.count(u'\n') == 1,
+             qPrintable(missingErr));
+    const auto [failed, failedOut, _2] =
+        run({"press", QString::number(m_apps["geany"].pid), "File", "Nonexistent"});
+    QCOMPARE(failed, 1);
+    QCOMPARE(failedOut, QStringLiteral("failed\n"));
+    QProcessEnvironment noBus = QProcessEnvironment::systemEnvironment();
+    noBus.insert("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus");
+    const auto [busless, _3, buslessErr] = run({"list"}, noBus);
+    QCOMPARE(busless, 3);
+    QVERIFY2(buslessErr.startsWith("corvane-menus: no accessibility bus"), qPrintable(buslessErr));
+    const auto [usage, _4, usageErr] = run({"frobnicate"});
+    QCOMPARE(usage, 2);
+    QVERIFY(usageErr.startsWith("usage: corvane-menus"));
+    QVERIFY(onCrawlThread([] { return AccessibilitySwitch::setEnabled(false); }));
+    const auto [off, _5, offErr] = run({"list"});
+    QVERIFY(onCrawlThread([] { return AccessibilitySwitch::setEnabled(true); }));
+    QCOMPARE(off, 4);
+    QVERIFY2(offErr.contains("accessibility is switched off"), qPrintable(offErr));
+}
+
+// A caller that asks while a read is in flight may have heard of a change that read was sent
+// before: it is answered by a read sent after it asked, never by the older one.
+void TestAtspiApps::refreshDuringAReadHearsALaterChange()
+{
+    AccessibilitySwitch trust;
+    std::optional<bool> first, second, third;
+    trust.refresh([&](bool trusted) { first = trusted; });
+    QVERIFY(onCrawlThread([] { return AccessibilitySwitch::setEnabled(false); }));
+    trust.refresh([&](bool trusted) { second = trusted; });
+    QTRY_VERIFY(first && second);
+    QCOMPARE(*second, false);
+    QCOMPARE(trust.isTrusted(), false);
+    QVERIFY(onCrawlThread([] { return AccessibilitySwitch::setEnabled(true); }));
+    trust.refresh([&](bool trusted) { third = trusted; });
+    QTRY_COMPARE(third, std::optional(true));
+}
+
+QTEST_GUILESS_MAIN(TestAtspiApps)
+#include "tst_atspi_apps.moc"

@@ -1,0 +1,217 @@
+// The settings store (typed reads in which missing or mistyped values read as absent, registered
+// defaults never written, writes that lose nothing on failure) and the log's way to the journal.
+
+#include "ReadOnlyFolder.h"
+#include "platform/UserDefaults.h"
+#include "platform/linux/JournalLog.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QLoggingCategory>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimeZone>
+#include <QtEndian>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+using namespace corvane;
+
+Q_LOGGING_CATEGORY(lcTest, "com.vantorel.corvane.test")
+
+class TestPlatform : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void roundTripsAndDefaults();
+    void mistypedValuesReadAsAbsent_data();
+    void mistypedValuesReadAsAbsent();
+    void unwritableFileLosesNothing();
+    void fileWithAFormatErrorIsSetAside();
+    void journal();
+
+private:
+    QString write(const QString& name, const QByteArray& bytes)
+    {
+        QFile f(m_dir.filePath(name));
+        if (!f.open(QIODevice::WriteOnly))
+            qFatal("cannot write %s", qPrintable(f.fileName()));
+        f.write(bytes);
+        return f.fileName();
+    }
+    QTemporaryDir m_dir;
+};
+
+void TestPlatform::roundTripsAndDefaults()
+{
+    const QString file = m_dir.filePath("not/yet/there/corvane.conf"); // made on the first write
+    const QDateTime when(QDate(2026, 11, 23), QTime(9, 30, 15, 250), QTimeZone::utc());
+    {
+        UserDefaults d(file);
+        d.registerDefaults({{"holdDelay", 0.85}, {"glassy", true}});
+        QCOMPARE(d.doubleValue("holdDelay"), 0.85);
+        QVERIFY(d.setString("s", QStringLiteral("Éd, \"quoted\" ▸ 日本 @x")));
+        QVERIFY(d.setDouble("holdDelay", 1.25));
+        QVERIFY(d.setInteger("i", -9223372036854775807LL));
+        QVERIFY(d.setDate("t", when));
+        QVERIFY(d.setStringList("one", {QStringLiteral("Edit\x1f"
+                                                       "Copy")}));
+        QVERIFY(d.setStringList("l", {QStringLiteral("File\x1fOpen#1"), QStringLiteral("a, b")}));
+    }
+    UserDefaults d(file); // a fresh reader of the same file
+    QCOMPARE(d.string("s"), QStringLiteral("Éd, \"quoted\" ▸ 日本 @x"));
+    QCOMPARE(d.doubleValue("holdDelay"), 1.25);
+    QCOMPARE(d.integer("i"), -9223372036854775807LL);
+    QCOMPARE(d.date("t"), when);
+    QCOMPARE(d.stringList("one"), QStringList{QStringLiteral("Edit\x1f"
+                                                             "Copy")});
+    QCOMPARE(d.stringList("l"),
+             (QStringList{QStringLiteral("File\x1fOpen#1"), QStringLiteral("a, b")}));
+    QVERIFY(!d.stringList("s")); // a string is not a list
+    d.registerDefaults({{"holdDelay", 0.85}});
+    QVERIFY(d.remove("holdDelay"));
+    QCOMPARE(d.doubleValue("holdDelay"), 0.85); // the registered default again…
+    QFile f(file);
+    QVERIFY(f.open(QIODevice::ReadOnly));
+    QVERIFY(!f.readAll().contains("holdDelay")); // …never written
+}
+
+void TestPlatform::mistypedValuesReadAsAbsent_data()
+{
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<QString>("type");
+    QTest::newRow("double from bool") << QByteArray("k=true") << "double";
+    QTest::newRow("double nan") << QByteArray("k=nan") << "double";
+    QTest::newRow("bool from number") << QByteArray("k=1") << "bool";
+    QTest::newRow("integer from double") << QByteArray("k=1.5") << "integer";
+    QTest::newRow("integer overflow") << QByteArray("k=9223372036854775808") << "integer";
+    QTest::newRow("date from text") << QByteArray("k=yesterday") << "date";
+    QTest::newRow("list from string") << QByteArray("k=Edit") << "list";
+    QTest::newRow("list of numbers") << QByteArray("k=\"[1,2]\"") << "list";
+    QTest::newRow("string from list") << QByteArray("k=a, b") << "string";
+    QTest::newRow("string from variant") << QByteArray("k=@Variant(\\0\\0\\0\\x7f)") << "string";
+    QTest::newRow("bool from text") << QByteArray("k=maybe") << "bool";
+}
+
+void TestPlatform::mistypedValuesReadAsAbsent()
+{
+    QFETCH(QByteArray, line);
+    QFETCH(QString, type);
+    UserDefaults d(write(QStringLiteral("typed-%1.conf").arg(QTest::currentDataTag()),
+                         "[General]\n" + line + "\n"));
+    const QHash<QString, std::function<bool()>> present{
+        {"double", [&] { return d.doubleValue("k").has_value(); }},
+        {"bool", [&] { return d.boolValue("k").has_value(); }},
+        {"integer", [&] { return d.integer("k").has_value(); }},
+        {"date", [&] { return d.date("k").has_value(); }},
+        {"list", [&] { return d.stringList("k").has_value(); }},
+        {"string", [&] { return d.string("k").has_value(); }}};
+    QVERIFY(!present[type]());
+}
+
+void TestPlatform::unwritableFileLosesNothing()
+{
+    QDir(m_dir.path()).mkpath("ro");
+    const QString file = m_dir.filePath("ro/corvane.conf");
+    {
+        UserDefaults d(file);
+        QVERIFY(d.setStringList("favorites.app", {"a", "b"}));
+        QVERIFY(d.setString("triggerModifier", "option"));
+    }
+    QFile original(file);
+    QVERIFY(original.open(QIODevice::ReadOnly));
+    const QByteArray before = original.readAll();
+    original.close();
+    UserDefaults d(file);
+    {
+        test::ReadOnlyFolder readOnly(m_dir.filePath("ro"));
+        QVERIFY2(readOnly.isReadOnly(), qPrintable(readOnly.reason()));
+        QVERIFY(!d.setStringList("favorites.app", {"a", "b", "c"}));
+        QVERIFY(!d.remove("triggerModifier"));
+        QVERIFY(!d.setBool("glassyBackground", false));
+        // Reads show what is stored, not the refused change.
+        QCOMPARE(d.stringList("favorites.app"), (QStringList{"a", "b"}));
+        QCOMPARE(d.string("triggerModifier"), QStringLiteral("option"));
+        QVERIFY(!d.boolValue("glassyBackground"));
+        QVERIFY(original.open(QIODevice::ReadOnly));
+        QCOMPARE(original.readAll(), before);
+    }
+    // Writable again: the next change is stored, with everything stored before.
+    QVERIFY(d.setBool("glassyBackground", false));
+    UserDefaults reread(file);
+    QCOMPARE(reread.boolValue("glassyBackground"), false);
+    QCOMPARE(reread.stringList("favorites.app"), (QStringList{"a", "b"}));
+}
+
+void TestPlatform::fileWithAFormatErrorIsSetAside()
+{
+    // A line without "=" is a format error, after which QSettings would never write the file
+    // again: every settings change and favourite would fail.
+    const QByteArray bytes("[General]\ntriggerKey=option\nlaunchedBefore!true\n");
+    const QString file = write("broken.conf", bytes);
+    QTest::ignoreMessage(QtCriticalMsg,
+                         QRegularExpression("settings: .*broken.conf has a format error; kept as "
+                                            ".*broken.conf.corrupt, \\d+ readable values"));
+    {
+        UserDefaults d(file);
+        QCOMPARE(d.string("triggerKey"), QStringLiteral("option"));
+        QVERIFY(d.setBool("glassyBackground", false));
+    }
+    QFile kept(file + ".corrupt"); // the user's file, byte for byte
+    QVERIFY(kept.open(QIODevice::ReadOnly));
+    QCOMPARE(kept.readAll(), bytes);
+    QCOMPARE(UserDefaults(file).boolValue("glassyBackground"), false);
+    write("broken.conf", bytes); // a second broken file does not replace the first one kept
+    QTest::ignoreMessage(QtCriticalMsg, QRegularExpression("kept as .*broken.conf.corrupt.1,"));
+    UserDefaults again(file);
+    QVERIFY(QFileInfo::exists(file + ".corrupt.1"));
+}
+
+void TestPlatform::journal()
+{
+    QVERIFY(!JournalLog::install(m_dir.filePath(QStringLiteral("no-journal")))); // stderr stays
+    // A real datagram socket stands in for journald's; what arrives is decoded as journald does.
+    const QByteArray path = m_dir.filePath(QStringLiteral("socket")).toLocal8Bit();
+    const int journal = ::socket(AF_UNIX, SOCK_DGRAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::copy(path.cbegin(), path.cend(), address.sun_path);
+    QCOMPARE(::bind(journal, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    QVERIFY(JournalLog::install(QString::fromLocal8Bit(path)));
+    qCInfo(lcTest, "crawl: %s finished", "geany");
+    qCCritical(lcTest, "two\nlines");
+    qInstallMessageHandler(nullptr);
+    const auto receive = [journal] {
+        char buffer[4096];
+        const ssize_t size = ::recv(journal, buffer, sizeof buffer, MSG_DONTWAIT);
+        const QByteArray datagram(buffer, int(std::max<ssize_t>(size, 0)));
+        QMap<QByteArray, QByteArray> fields;
+        for (qsizetype at = 0; at < datagram.size();) {
+            const qsizetype end = datagram.indexOf('\n', at);
+            const QByteArray line = datagram.mid(at, end - at);
+            if (const qsizetype equals = line.indexOf('='); equals >= 0) {
+                fields.insert(line.left(equals), line.mid(equals + 1));
+                at = end + 1;
+            } else { // binary: KEY \n length (8 bytes, little-endian) value \n
+                const auto length = qFromLittleEndian<quint64>(datagram.constData() + end + 1);
+                fields.insert(line, datagram.mid(end + 9, qsizetype(length)));
+                at = end + 9 + qsizetype(length) + 1;
+            }
+        }
+        return fields;
+    };
+    auto fields = receive();
+    QCOMPARE(fields.value("MESSAGE"), QByteArray("crawl: geany finished"));
+    QCOMPARE(fields.value("PRIORITY"), QByteArray("6"));
+    QCOMPARE(fields.value("SYSLOG_IDENTIFIER"), QByteArray("corvane"));
+    QCOMPARE(fields.value("QT_CATEGORY"), QByteArray("com.vantorel.corvane.test"));
+    fields = receive();
+    QCOMPARE(fields.value("MESSAGE"), QByteArray("two\nlines"));
+    QCOMPARE(fields.value("PRIORITY"), QByteArray("3"));
+    ::close(journal);
+}
+
+QTEST_GUILESS_MAIN(TestPlatform)
+#include "tst_platform.moc"

@@ -1,0 +1,313 @@
+// The update check: the feed's rules, the transport against a real HTTP(S) server on 127.0.0.1
+// (feed_server.py, stopped by process id), and the alerts shown for real under the test session,
+// answered through the real keyboard and pointer. "Download" is seen where a browser would be:
+// the desktop's handler for https addresses, replaced here by a recorder.
+
+#include "FeedServer.h"
+#include "SessionTools.h"
+#include "update/UpdateChecker.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QElapsedTimer>
+#include <QMessageBox>
+#include <QProcess>
+#include <QPushButton>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+using namespace corvane;
+using namespace corvane::test;
+using Result = UpdateChecker::Result;
+
+namespace {
+
+QString describe(const Result& result)
+{
+    if (!result.succeeded)
+        return QStringLiteral("failure");
+    return result.update ? result.update->version + u' ' + result.update->downloadURL.toString()
+                         : QStringLiteral("none");
+}
+
+const QString host = QStringLiteral("corvane.vantorel.com");
+
+} // namespace
+
+class TestUpdate : public QObject {
+    Q_OBJECT
+
+public Q_SLOTS:
+    void openUrl(const QUrl& url) { m_opened << url; }
+
+private Q_SLOTS:
+    void initTestCase();
+    void decide_data();
+    void decide();
+    void transport_data();
+    void transport();
+    void untrustedCertificateIsRefused();
+    void alerts_data();
+    void alerts();
+
+private:
+    Result run(const QUrl& feed, int timeoutMs = 5000);
+    QUrl url(const QString& path) const
+    {
+        return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_server.port()).arg(path));
+    }
+
+    FeedServer m_server;
+    QList<QUrl> m_opened;
+};
+
+void TestUpdate::initTestCase()
+{
+    QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "openUrl");
+    QString why;
+    QVERIFY2(m_server.start(QStringLiteral(FEED_SERVER), &why), qPrintable(why));
+    QCOMPARE(UpdateChecker::feedURL(), QUrl("https://corvane.vantorel.com/appcast.json"));
+    QCoreApplication::setApplicationVersion(QString());
+    QCOMPARE(UpdateChecker::currentVersion(), QStringLiteral("1.0")); // a build without one
+}
+
+void TestUpdate::decide_data()
+{
+    QTest::addColumn<QByteArray>("feed");
+    QTest::addColumn<QString>("running");
+    QTest::addColumn<QString>("expected");
+    const auto feed = [](const char* version,
+                         const char* download = "https://corvane.vantorel.com/d") {
+        return QStringLiteral(R"({"version":%1,"download":"%2","notes":[1]})")
+            .arg(QString::fromUtf8(version), QString::fromUtf8(download))
+            .toUtf8();
+    };
+    QTest::newRow("newer: offered as written") << feed(R"("2.0.0")") << "1.9.9"
+                                               << "2.0.0 https://corvane.vantorel.com/d";
+    QTest::newRow("1.4 and 1.4.0 are the same") << feed(R"("1.4")") << "1.4.0"
+                                                << "none";
+    QTest::newRow("older: never offered") << feed(R"("1.4")") << "1.9.9"
+                                          << "none";
+    QTest::newRow("2.0-beta is no version: up to date") << feed(R"("2.0-beta")") << "1.0"
+                                                        << "none";
+    QTest::newRow("an unparsable running version: no update") << feed(R"("2.0")") << "dev"
+                                                              << "none";
+    QTest::newRow("version is a number") << feed("2.0") << "1.0"
+                                         << "failure";
+    QTest::newRow("download missing") << QByteArray(R"({"version":"2.0"})") << "1.0"
+                                      << "failure";
+    QTest::newRow("download not an address") << feed(R"("2.0")", "not a url") << "1.0"
+                                             << "failure";
+    QTest::newRow("download not a web address") << feed(R"("2.0")", "file:///etc/passwd") << "1.0"
+                                                << "failure";
+    QTest::newRow("an array") << QByteArray("[1, 2]") << "1.0"
+                              << "failure";
+    QTest::newRow("an HTML page") << QByteArray("<!doctype html><p>Hello") << "1.0"
+                                  << "failure";
+    QTest::newRow("nothing") << QByteArray() << "1.0"
+                             << "failure";
+}
+
+void TestUpdate::decide()
+{
+    QFETCH(QByteArray, feed);
+    QFETCH(QString, running);
+    QFETCH(QString, expected);
+    QCOMPARE(describe(UpdateChecker::decide(feed, running)), expected);
+}
+
+void TestUpdate::transport_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("a feed") << "/update-2.0"
+                            << "2.0 https://corvane.vantorel.com/download";
+    QTest::newRow("a feed with status 404 is still a feed")
+        << "/feed-404"
+        << "2.0 https://corvane.vantorel.com/download";
+    QTest::newRow("an error page") << "/html-404"
+                                   << "failure";
+    QTest::newRow("more than a feed could be") << "/big"
+                                               << "failure";
+    QTest::newRow("a server that never answers, within its time-out") << "/hang"
+                                                                      << "failure";
+    QTest::newRow("a refused connection") << "refused"
+                                          << "failure";
+}
+
+void TestUpdate::transport()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, expected);
+    QElapsedTimer clock;
+    clock.start();
+    const Result result =
+        run(path == u"refused" ? QUrl("http://127.0.0.1:1/appcast.json") : url(path), 1500);
+    QCOMPARE(describe(result), expected);
+    QVERIFY2(clock.elapsed() < 3000, qPrintable(QString::number(clock.elapsed())));
+}
+
+Result TestUpdate::run(const QUrl& feed, int timeoutMs)
+{
+    std::optional<Result> result;
+    int calls = 0;
+    UpdateChecker::Options options;
+    options.feedURL = feed;
+    options.currentVersion = QStringLiteral("1.0");
+    options.timeoutMs = timeoutMs;
+    UpdateChecker::check(
+        [&](const Result& r) {
+            ++calls;
+            result = r;
+        },
+        options);
+    if (!QTest::qWaitFor([&] { return result.has_value(); }, timeoutMs + 5000))
+        qFatal("the update check hung: no completion after %d ms", timeoutMs + 5000);
+    QTest::qWait(50);
+    if (calls != 1)
+        qFatal("completion called %d times", calls);
+    return *result;
+}
+
+void TestUpdate::untrustedCertificateIsRefused()
+{
+    // An HTTPS server with a certificate nobody signed: the check fails on the certificate, and
+    // succeeds once the test trusts that very one (so the failure was the check, not the set-up).
+    QTemporaryDir dir;
+    const QString cert = dir.filePath("cert.pem"), key = dir.filePath("key.pem");
+    QProcess openssl;
+    openssl.start("openssl", {"req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2",
+                              "-subj", "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1",
+                              "-keyout", key, "-out", cert});
+    QVERIFY(openssl.waitForFinished(30000) && openssl.exitCode() == 0);
+    // Two servers with the same certificate: no connection is reused from one check to the next.
+    FeedServer first, second;
+    QString why;
+    QVERIFY2(first.start(QStringLiteral(FEED_SERVER), &why, {"--tls", cert, key}), qPrintable(why));
+    QVERIFY2(second.start(QStringLiteral(FEED_SERVER), &why, {"--tls", cert, key}),
+             qPrintable(why));
+    const auto check = [this](const FeedServer& server) {
+        return run(QUrl(QStringLiteral("https://127.0.0.1:%1/update-2.0").arg(server.port())));
+    };
+    const Result untrusted = check(first);
+    QVERIFY2(!untrusted.succeeded &&
+                 (untrusted.error.contains("certificate", Qt::CaseInsensitive) ||
+                  untrusted.error.contains("SSL", Qt::CaseInsensitive)),
+             qPrintable(untrusted.error));
+    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+    const QSslConfiguration before = configuration;
+    configuration.addCaCertificates(QSslCertificate::fromPath(cert));
+    QSslConfiguration::setDefaultConfiguration(configuration);
+    const Result trusted = check(second);
+    QSslConfiguration::setDefaultConfiguration(before);
+    QVERIFY2(trusted.update, qPrintable(trusted.error));
+}
+
+void TestUpdate::alerts_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("running"); // "" a build without a version
+    QTest::addColumn<QString>("answer");  // a key, or the label of the button to click
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("informative");
+    QTest::addColumn<QStringList>("buttons"); // left to right; the first is the default
+    QTest::addColumn<bool>("downloads");
+    const QStringList update{"Download", "Later"};
+    const QString available = QStringLiteral("Version 2.0 is available.");
+    QTest::newRow("Return downloads")
+        << "/update-2.0"
+        << "1.9.9"
+        << "Return" << available
+        << QStringLiteral("You have 1.9.9. The update is a quick download from %1.").arg(host)
+        << update << true;
+    QTest::newRow("Later does nothing") << "/update-2.0"
+                                        << "1.9.9"
+                                        << "Later" << available
+                                        << QStringLiteral("You have 1.9.9. The update is a quick "
+                                                          "download from %1.")
+                                               .arg(host)
+                                        << update << false;
+    QTest::newRow("Escape does nothing; no version compares as 1.0")
+        << "/update-2.0"
+        << ""
+        << "Escape" << available
+        << QStringLiteral("You have 1.0. The update is a quick download from %1.").arg(host)
+        << update << false;
+    QTest::newRow("up to date") << "/update-2.0"
+                                << "2.0"
+                                << "Return" << QStringLiteral("You're up to date.")
+                                << QStringLiteral("Corvane 2.0 is the latest version.")
+                                << QStringList{"OK"} << false;
+    QTest::newRow("failed") << "/html-404"
+                            << "1.0"
+                            << "OK" << QStringLiteral("Couldn't check for updates.")
+                            << QStringLiteral("Try again in a minute, or grab the newest version "
+                                              "at %1.")
+                                   .arg(host)
+                            << QStringList{"OK"} << false;
+}
+
+void TestUpdate::alerts()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, running);
+    QFETCH(QString, answer);
+    QFETCH(QString, text);
+    QFETCH(QString, informative);
+    QFETCH(QStringList, buttons);
+    QFETCH(bool, downloads);
+    m_opened.clear();
+    QCoreApplication::setApplicationVersion(running);
+    // The alert runs modally inside the check's completion: it is read and answered from a
+    // timer that fires in its event loop.
+    bool seen = false;
+    QString seenText, seenInformative, defaultButton;
+    QStringList seenButtons;
+    QTimer poll;
+    poll.setInterval(50);
+    connect(&poll, &QTimer::timeout, this, [&] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (seen || !box || !box->windowHandle() || !box->windowHandle()->isExposed() ||
+            !box->isActiveWindow())
+            return;
+        seen = true;
+        seenText = box->text();
+        seenInformative = box->informativeText();
+        QList<QAbstractButton*> all = box->buttons();
+        std::sort(all.begin(), all.end(), [](QAbstractButton* a, QAbstractButton* b) {
+            return a->mapToGlobal(QPoint()).x() < b->mapToGlobal(QPoint()).x();
+        });
+        QAbstractButton* target = nullptr;
+        for (QAbstractButton* button : all) {
+            seenButtons << button->text();
+            if (auto* push = qobject_cast<QPushButton*>(button); push && push->isDefault())
+                defaultButton = push->text();
+            if (button->text() == answer)
+                target = button;
+        }
+        const QPoint centre = target ? target->mapToGlobal(target->rect().center()) : QPoint();
+        QProcess::startDetached("xdotool",
+                                target ? QStringList{"mousemove", QString::number(centre.x()),
+                                                     QString::number(centre.y()), "click", "1"}
+                                       : QStringList{"key", answer});
+    });
+    poll.start();
+    UpdateChecker::Options options;
+    options.feedURL = url(path);
+    UpdateChecker::checkAndPresent(options);
+    QTRY_VERIFY_WITH_TIMEOUT(seen, 15000);
+    QTRY_VERIFY_WITH_TIMEOUT(!QApplication::activeModalWidget(), 15000);
+    QTest::qWait(100);
+    QCOMPARE(seenText, text);
+    QCOMPARE(seenInformative, informative);
+    QCOMPARE(seenButtons, buttons);
+    QCOMPARE(defaultButton, buttons.first());
+    QCOMPARE(m_opened, downloads ? QList<QUrl>{QUrl("https://corvane.vantorel.com/download")}
+                                 : QList<QUrl>{});
+}
+
+QTEST_MAIN(TestUpdate)
+#include "tst_update.moc"
