@@ -15,13 +15,46 @@
 import os
 import re
 import shutil
+import subprocess
 import sys
 import tempfile
 import xml.etree.ElementTree as ET
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
-import previews  # noqa: E402
+QT_BIN = Path("/usr/lib/qt6/bin")
+
+# The overlay shows a tiny catalog: its titles and key caps are the application's, the trigger's
+# key cap is the key's own name as the keyboard says it, and ↑↓ ↩ ⎋ are key glyphs.
+NOT_TEXT = {"Fixture", "Alpha", "ALPHA", "Beta", "Gamma", "Ctrl", "B", "be", "↑↓", "↩", "⎋"}
+
+
+def lupdate(root, ts, *options):
+    """Runs lupdate over the sources into `ts`; returns what it reported."""
+    return subprocess.run([QT_BIN / "lupdate", *options, "-extensions", "cpp,h,qml",
+                           root / "src", "-ts", ts], capture_output=True, text=True,
+                          check=True).stdout
+
+
+def states(root):
+    """Every (view, options) the checks open: each window in each state, and the overlay
+    peeking, pinned, searching, with the Favorites card, and loading."""
+    catalog = str(root / "tests/support/data/tiny-catalog.json")
+    return [("settings", []), ("settings", ["--trusted"]), ("welcome", []),
+            ("welcome", ["--trusted"]), ("welcome", ["--no-global-input"]), ("whatsnew", []),
+            ("overlay", [catalog]), ("overlay", [catalog, "--pinned"]),
+            ("overlay", [catalog, "--query", "be"]),
+            ("overlay", [catalog, "--favorite", "Alpha>Beta"]),
+            ("overlay", ["--app-name", "Fixture"])]
+
+
+def shown_texts(build, view, options, extra=(), env=None):
+    """The texts the view shows in that state, in order, from the preview's --texts."""
+    command = ([build / "bin/corvane-overlay-preview", *options] if view == "overlay"
+               else [build / "bin/corvane-window-preview", view, *options])
+    result = subprocess.run([*command, *extra, "--texts"], env=env, capture_output=True,
+                            text=True, timeout=60)
+    assert result.returncode == 0, f"{view}: preview failed: {result.stderr}"
+    return [line for line in result.stdout.splitlines() if line.strip()]
 
 root, build = Path(sys.argv[1]), Path(sys.argv[2])
 languages = {"de": "de_DE.UTF-8", "fr": "fr_FR.UTF-8"}
@@ -34,7 +67,7 @@ with tempfile.TemporaryDirectory() as tmp:
     for language in languages:
         ts = Path(tmp) / f"corvane_{language}.ts"
         shutil.copy(root / f"data/translations/corvane_{language}.ts", ts)
-        report = previews.lupdate(root, ts, "-locations", "none")
+        report = lupdate(root, ts, "-locations", "none")
         found = re.search(r"Found (\d+) source text\(s\) \((\d+) new and (\d+) already", report)
         assert found, f"lupdate said: {report}"
         total, new = int(found[1]), int(found[2])
@@ -68,7 +101,7 @@ def shown(window, options, lang):
     env = {k: v for k, v in os.environ.items()
            if k not in ("LC_ALL", "LC_MESSAGES", "LANGUAGE", "LANG")}
     env["LANG"] = lang
-    return set(previews.shown_texts(build, window, options, env=env))
+    return set(shown_texts(build, window, options, env=env))
 
 
 def as_pattern(text):
@@ -78,12 +111,12 @@ def as_pattern(text):
 
 for language, lang in languages.items():
     same_word = [as_pattern(s) for s, t in catalogs[language].items() if s == t]
-    for window, options in previews.states(root):
+    for window, options in states(root):
         english = shown(window, options, "C.UTF-8")
         failures += [f"{window} {' '.join(options)}: speaks of another system: \"{line}\""
                      for line in english if foreign_desktop.search(line)]
         local = shown(window, options, lang)
-        untranslated = [line for line in local & english if line not in previews.NOT_TEXT
+        untranslated = [line for line in local & english if line not in NOT_TEXT
                         and not any(p.match(line) for p in same_word)]
         for line in untranslated:
             failures.append(f"{language} {window} {' '.join(options)}: shown in English: "
@@ -100,7 +133,7 @@ for language, lang in languages.items():
 with tempfile.TemporaryDirectory() as tmp:
     ts = Path(tmp) / "corvane_en.ts"
     shutil.copy(root / "data/translations/corvane_en.ts", ts)
-    previews.lupdate(root, ts, "-locations", "none", "-pluralonly")
+    lupdate(root, ts, "-locations", "none", "-pluralonly")
     for message in ET.parse(ts).iter("message"):
         forms = [form.text or "" for form in message.iter("numerusform")]
         if message.find("translation").get("type") == "unfinished" or not all(forms):

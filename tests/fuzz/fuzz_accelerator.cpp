@@ -13,8 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         fuzz::require(keys.modifiers.isEmpty(), "no key, no modifiers");
         return 0;
     }
-    const QStringList order{QStringLiteral("Ctrl"), QStringLiteral("Alt"), QStringLiteral("Shift"),
-                            QStringLiteral("Super")};
+    const QStringList order{"Ctrl", "Alt", "Shift", "Super"};
     qsizetype last = -1;
     for (const QString& modifier : keys.modifiers) {
         const qsizetype at = order.indexOf(modifier);

@@ -16,11 +16,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     static QTemporaryDir folder;
     // The set-aside message would print for every broken input.
     static const bool quiet = [] {
-        QLoggingCategory::setFilterRules(QStringLiteral("com.vantorel.corvane.*=false"));
+        QLoggingCategory::setFilterRules("com.vantorel.corvane.*=false");
         return true;
     }();
     (void)quiet;
-    const QString path = folder.filePath(QStringLiteral("corvane.conf"));
+    const QString path = folder.filePath("corvane.conf");
     // Files set aside by an earlier input go: each input starts alone.
     for (const QString& name : QDir(folder.path()).entryList(QDir::Files))
         QFile::remove(folder.filePath(name));
@@ -29,29 +29,27 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         fuzz::require(file.open(QIODevice::WriteOnly | QIODevice::Truncate), "scratch file");
         file.write(reinterpret_cast<const char*>(data), qint64(size));
     }
-    const QStringList keys{
-        QStringLiteral("triggerKey"),      QStringLiteral("holdDelay"),
-        QStringLiteral("showDisabled"),    QStringLiteral("launchedBefore"),
-        QStringLiteral("favorites.geany"), QStringLiteral("whatsNew.lastSeenVersion"),
-        QStringLiteral("lastUpdateCheck")};
+    const QStringList keys{"triggerKey",     "holdDelay",       "showDisabled",
+                           "launchedBefore", "favorites.geany", "whatsNew.lastSeenVersion",
+                           "lastUpdateCheck"};
     QStringList before;
     {
         UserDefaults defaults(path);
         for (const QString& key : keys) {
             const auto text = defaults.string(key);
-            before << text.value_or(QStringLiteral("<absent>"));
+            before << text.value_or("<absent>");
             (void)defaults.doubleValue(key);
             (void)defaults.boolValue(key);
             (void)defaults.integer(key);
             (void)defaults.date(key);
             (void)defaults.stringList(key);
         }
-        fuzz::require(defaults.setBool(QStringLiteral("glassy"), true), "a write succeeds");
+        fuzz::require(defaults.setBool("glassy", true), "a write succeeds");
     }
     UserDefaults reopened(path);
-    fuzz::require(reopened.boolValue(QStringLiteral("glassy")) == true, "the write reads back");
+    fuzz::require(reopened.boolValue("glassy") == true, "the write reads back");
     for (qsizetype i = 0; i < keys.size(); ++i)
-        fuzz::require(reopened.string(keys[i]).value_or(QStringLiteral("<absent>")) == before[i],
+        fuzz::require(reopened.string(keys[i]).value_or("<absent>") == before[i],
                       "other keys keep their values");
     return 0;
 }

@@ -18,14 +18,14 @@ using namespace corvane::test;
 
 namespace {
 
-const RunningApp app{42, QStringLiteral("org.example.App"), QStringLiteral("Example"), {}};
+const RunningApp app{42, "org.example.App", "Example", {}};
 
 // The commands of a catalog as "File/Open#1", with '!' when disabled, '*' when checked and
 // "=Ctrl+S" for a shortcut.
 QString describe(const std::optional<MenuCatalog>& catalog)
 {
     if (!catalog)
-        return QStringLiteral("none");
+        return "none";
     QStringList out;
     for (const MenuSection& section : catalog->sections)
         for (const MenuCommand& c : section.commands)
@@ -128,7 +128,7 @@ void TestMenus::itemCapKeepsPartialSections()
     QVERIFY(catalog);
     QCOMPARE(catalog->sections.size(), 2); // the partly read "Two" is kept, "Three" never read
     QCOMPARE(catalog->sections[1].commands.size(), 500);
-    QCOMPARE(catalog->sections[1].commands.last().path.last().title, QStringLiteral("b499"));
+    QCOMPARE(catalog->sections[1].commands.last().path.last().title, "b499");
 
     // Without an application id or a menu bar there is no catalog, and the log says why.
     QTest::ignoreMessage(QtCriticalMsg, "crawl: target app has no bundle identifier");
@@ -201,8 +201,7 @@ void TestMenus::identity()
     QCOMPARE(command({"File", "Share", "Export…#1"}).id(),
              "File" + sep + "Share" + sep + "Export…#1");
     QCOMPARE(command({"Edit#2", "Item#12"}).id(), "Edit#2" + sep + "Item#12");
-    QCOMPARE(command({"View", "Sort By", "Kind", "Ascending"}).breadcrumb(),
-             QStringLiteral("Sort By ▸ Kind"));
+    QCOMPARE(command({"View", "Sort By", "Kind", "Ascending"}).breadcrumb(), "Sort By ▸ Kind");
     QCOMPARE(command({"File", "Save"}).breadcrumb(), QString());
     // Canonically equivalent titles are the same title; the other fields count.
     QVERIFY(command({"File", "Café"}) == command({"File", "Cafe\u0301"}));
@@ -281,7 +280,7 @@ void TestMenus::cacheReplacesWholeCatalogsAcrossThreads()
 
 void TestMenus::favorites()
 {
-    UserDefaults defaults(m_dir.filePath(QStringLiteral("corvane.conf")));
+    UserDefaults defaults(m_dir.filePath("corvane.conf"));
     FavoritesStore store(defaults);
     for (const char* id : {"a", "b", "c"})
         QVERIFY(store.toggle(id, "app"));

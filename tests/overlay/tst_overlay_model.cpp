@@ -60,7 +60,7 @@ void TestOverlayModel::displayOptionsFilterSectionsAndFavorites()
     m.setShowDisabled(false);
     m.setShowNoShortcut(false); // modifiers without a key count as no shortcut
     QCOMPARE(m.visibleSections().size(), 1);
-    QCOMPARE(m.visibleSections()[0].title, QStringLiteral("Mixed"));
+    QCOMPARE(m.visibleSections()[0].title, "Mixed");
     QCOMPARE(titles(m.allCommands()), QStringList{"E"});
     QCOMPARE(titles(m.favoriteCommands()), (QStringList{"E", "E"})); // the hidden one goes
 }
@@ -73,7 +73,7 @@ void TestOverlayModel::selectionAndExecution()
     m.executeSelection(); // no callback, no search: nothing, no crash
     m.onExecute = [&ran](const MenuCommand& c) { ran.append(c); };
 
-    m.setQuery(QStringLiteral("c"));
+    m.setQuery("c");
     QCOMPARE(m.searchResults().size(), 3);
     for (const auto& [from, delta, to] :
          {std::tuple{2, 1, 2}, {0, -1, 0}, {2, -5, 0}, {0, 10, 2}}) {
@@ -88,11 +88,11 @@ void TestOverlayModel::selectionAndExecution()
     m.executeSelection();
     m.setSelection(-1);
     m.executeSelection();
-    m.setQuery(QStringLiteral("   ")); // no search active: Return runs nothing
+    m.setQuery("   "); // no search active: Return runs nothing
     m.setSelection(0);
     m.executeSelection();
     QCOMPARE(ran.size(), 1);
-    m.setQuery(QStringLiteral("zzz"));
+    m.setQuery("zzz");
     m.setSelection(3);
     m.moveSelection(1); // no results: back to 0
     QCOMPARE(m.selection(), 0);
@@ -114,7 +114,7 @@ void TestOverlayModel::everyAssignmentNotifiesAndNothingGoesStale()
 
     // The search index is rebuilt whenever what it depends on changes.
     m.setSections({{"M", {cmd("M", "Copy", false), cmd("M", "Cope", true, ctrlS)}}});
-    m.setQuery(QStringLiteral("cop"));
+    m.setQuery("cop");
     QCOMPARE(titles(m.searchResults()), (QStringList{"Cope", "Copy"}));
     m.setShowDisabled(false);
     QCOMPARE(titles(m.searchResults()), QStringList{"Cope"});
@@ -145,7 +145,7 @@ void TestOverlayModel::listModelsFollowTheViewModel()
     QCOMPARE(lists.commandCount(), 1);
     m.setShowDisabled(true);
 
-    m.setQuery(QStringLiteral("un"));
+    m.setQuery("un");
     QVERIFY(lists.searchActive());
     QCOMPARE(lists.results()->commands(), m.searchResults());
     m.setQuery({}); // the hidden list keeps its rows for the next search to rebind
@@ -154,7 +154,7 @@ void TestOverlayModel::listModelsFollowTheViewModel()
     m.setFavoriteOrder({cmd("Edit", "Undo").id(), cmd("File", "Save").id()});
     QCOMPARE(lists.favorites()->count(), 2);
     QCOMPARE(lists.favorites()->data(lists.favorites()->index(0), CommandListModel::TitleRole),
-             QVariant(QStringLiteral("Undo")));
+             QVariant("Undo"));
     // A command without a path gives empty texts, not a crash.
     CommandListModel odd(&m, {});
     odd.setCommands({MenuCommand{}});

@@ -33,8 +33,8 @@ const QString longTitle = QStringLiteral("An extraordinarily long command title 
 // One of each kind of row.
 MenuCatalog sample()
 {
-    return {QStringLiteral("org.example.Editor"),
-            QStringLiteral("Editor"),
+    return {"org.example.Editor",
+            "Editor",
             {{"File",
               {command({"File", "New"}, {{"Ctrl"}, "N"}),
                command({"File", "Save"}, {{"Ctrl"}, "S"}), command({"File", "Save As…"}),
@@ -81,19 +81,15 @@ private Q_SLOTS:
     void pinnedKeysDriveTheOverlay();
     void pinnedBeforeItIsMapped();
     void everyPresentationStartsAfresh();
-    void stagedViewsAreShownByPresent();
     void contentStatesAndCount();
-    void favoritesCardAndGridColumns();
-    void searchListScrollsAndRebindsItsRows();
-    void hugeMenuMakesOnlyTheRowsInView();
+    void favoritesCard();
+    void searchListScrolls();
     void rowsClickStarAndDisabled();
-    void rowDetails();
-    void headerAndFooter();
 
 private:
     void present(const std::optional<MenuCatalog>& catalog = sample(),
                  const QStringList& favorites = {}, bool showDisabled = true,
-                 const QString& trigger = QStringLiteral("Ctrl"));
+                 const QString& trigger = "Ctrl");
     void pin();
     void key(const QString& name);
     void type(const QString& text);
@@ -114,11 +110,10 @@ void TestOverlayPanel::initTestCase()
 {
     QVERIFY2(qEnvironmentVariableIsSet("CORVANE_SESSION"), "run under tools/test-session.sh");
     auto* english = new QTranslator(qApp); // the plural forms the program carries
-    QVERIFY(english->load(QStringLiteral(":/corvane/translations/corvane_en.qm")));
+    QVERIFY(english->load(":/corvane/translations/corvane_en.qm"));
     QCoreApplication::installTranslator(english);
     m_programs = new Programs(this);
-    m_mousepad = m_programs->startWithWindow(QStringLiteral("mousepad"), {"--disable-server"},
-                                             QStringLiteral("Mousepad"));
+    m_mousepad = m_programs->startWithWindow("mousepad", {"--disable-server"}, "Mousepad");
     // Filling the screen, so that whatever shows around the panel is mousepad.
     xdotool({"search", "--onlyvisible", "--pid", QString::number(m_mousepad), ".", "windowmove",
              "%@", "0", "0", "windowsize", "%@", "100%", "100%"});
@@ -136,7 +131,7 @@ void TestOverlayPanel::init()
     model.onToggleFavorite = [this](const MenuCommand& c) { m_toggled << c; };
     model.onCloseRequest = [this] { ++m_closeRequests; };
     model.onPinRequest = [this] { ++m_pinRequests; };
-    QVERIFY(activateWindowOf(m_mousepad, QStringLiteral("Mousepad")));
+    QVERIFY(activateWindowOf(m_mousepad, "Mousepad"));
     xdotool({"mousemove", "0", "0"});
 }
 
@@ -150,8 +145,8 @@ void TestOverlayPanel::present(const std::optional<MenuCatalog>& catalog,
                                const QStringList& favorites, bool showDisabled,
                                const QString& trigger)
 {
-    m_controller->present(RunningApp{m_mousepad, {}, QStringLiteral("Editor"), {}}, catalog,
-                          favorites, showDisabled, true, true, trigger);
+    m_controller->present(RunningApp{m_mousepad, {}, "Editor", {}}, catalog, favorites,
+                          showDisabled, true, true, trigger);
     QVERIFY(QTest::qWaitForWindowExposed(m_controller->panel()));
     QVERIFY(nextFrame(m_controller->panel()));
     find("searchText")->installEventFilter(&m_probe);
@@ -187,7 +182,7 @@ void TestOverlayPanel::hover(QQuickItem* target)
 // The CommandRow or SearchRow shown with this title.
 QQuickItem* TestOverlayPanel::row(const QString& kind, const QString& title)
 {
-    for (QQuickItem* text : visibleItems(m_controller->rootView(), QStringLiteral("title"))) {
+    for (QQuickItem* text : visibleItems(m_controller->rootView(), "title")) {
         QQuickItem* candidate = text;
         while (candidate &&
                !QString::fromLatin1(candidate->metaObject()->className()).startsWith(kind))
@@ -223,8 +218,8 @@ void TestOverlayPanel::placedByTheSizeRuleWithoutTakingActivation()
                      QStringLiteral("Geometry: %1x%2").arg(want.width()).arg(want.height())),
              qPrintable(geometry));
     QProcess xprop;
-    xprop.start(QStringLiteral("xprop"), {"-id", window, "_NET_WM_STATE", "_NET_WM_WINDOW_TYPE",
-                                          "WM_HINTS", "_NET_WM_USER_TIME"});
+    xprop.start("xprop", {"-id", window, "_NET_WM_STATE", "_NET_WM_WINDOW_TYPE", "WM_HINTS",
+                          "_NET_WM_USER_TIME"});
     QVERIFY(xprop.waitForFinished(5000));
     const QString props = QString::fromUtf8(xprop.readAllStandardOutput());
     for (const char* expectedProperty :
@@ -274,8 +269,8 @@ void TestOverlayPanel::opaqueWithoutACompositorTranslucentWithOne()
     QVERIFY(m_controller->panel()->mask().isEmpty());
     QCOMPARE(colorOf(find("background")).alphaF(), 0.82f);
     pin(); // its view works as before, and pinning keeps the glass
-    type(QStringLiteral("save"));
-    QTRY_COMPARE(m_controller->viewModel().query(), QStringLiteral("save"));
+    type("save");
+    QTRY_COMPARE(m_controller->viewModel().query(), "save");
     QCOMPARE(colorOf(find("background")).alphaF(), 0.82f);
 }
 
@@ -286,8 +281,8 @@ void TestOverlayPanel::fadesAndALateFadeOutHidesNothing()
     QObject context;
     connect(m_controller->panel(), &QQuickWindow::frameSwapped, &context,
             [&] { opacityAtFrames << m_controller->rootView()->opacity(); });
-    m_controller->present(RunningApp{m_mousepad, {}, QStringLiteral("Editor"), {}}, sample(), {},
-                          true, true, true, QStringLiteral("Ctrl"));
+    m_controller->present(RunningApp{m_mousepad, {}, "Editor", {}}, sample(), {}, true, true, true,
+                          "Ctrl");
     // The fade starts with the first frame on screen, drawn at alpha 0, and only rises.
     QCOMPARE(m_controller->rootView()->opacity(), 0.0);
     QTRY_COMPARE(m_controller->rootView()->opacity(), 1.0);
@@ -312,15 +307,15 @@ void TestOverlayPanel::unpinnedKeysGoToTheApplication()
 {
     QVERIFY(!mousepadTitle().startsWith(u'*'));
     present();
-    type(QStringLiteral("ab"));
-    key(QStringLiteral("Return"));
-    key(QStringLiteral("Escape"));
+    type("ab");
+    key("Return");
+    key("Escape");
     QTRY_VERIFY2(mousepadTitle().startsWith(u'*'), qPrintable(mousepadTitle())); // modified
     QCOMPARE(m_controller->viewModel().query(), QString());
     QCOMPARE(m_closeRequests, 0);
     QVERIFY(m_probe.keys.isEmpty());
     for (int i = 0; i < 3; ++i)
-        key(QStringLiteral("ctrl+z"));
+        key("ctrl+z");
 }
 
 void TestOverlayPanel::pinnedKeysDriveTheOverlay()
@@ -329,28 +324,28 @@ void TestOverlayPanel::pinnedKeysDriveTheOverlay()
     present();
     pin();
     // Return without a search is passed on to the field and runs nothing.
-    key(QStringLiteral("Return"));
+    key("Return");
     QCOMPARE(m_probe.keys.count(Qt::Key_Return), 1);
-    type(QStringLiteral("save"));
-    QTRY_COMPARE(m_controller->viewModel().query(), QStringLiteral("save"));
+    type("save");
+    QTRY_COMPARE(m_controller->viewModel().query(), "save");
     QCOMPARE(activeWindowPid(), m_mousepad); // the application stays active…
     QCOMPARE(mousepadTitle(), title);        // …and got none of the typing
     for (int i = 0; i < 5; ++i)
-        key(QStringLiteral("Down")); // bounded by the two results
+        key("Down"); // bounded by the two results
     QCOMPARE(m_controller->viewModel().selection(), 1);
-    key(QStringLiteral("Up"));
-    key(QStringLiteral("Down"));
+    key("Up");
+    key("Down");
     const MenuCommand expected = m_controller->viewModel().searchResults().at(1);
-    key(QStringLiteral("Return"));
-    key(QStringLiteral("KP_Enter"));
+    key("Return");
+    key("KP_Enter");
     QTRY_COMPARE(m_executed.size(), 2);
     QCOMPARE(m_executed[0], expected);
     QCOMPARE(m_probe.keys.count(Qt::Key_Return), 1); // consumed once a search is active
     QVERIFY(!m_probe.keys.contains(Qt::Key_Down));
     m_controller->pin(); // a second pin installs no second key monitor
-    key(QStringLiteral("Up"));
+    key("Up");
     QCOMPARE(m_controller->viewModel().selection(), 0);
-    key(QStringLiteral("Escape"));
+    key("Escape");
     QCOMPARE(m_closeRequests, 1);
     QVERIFY(!m_probe.keys.contains(Qt::Key_Escape));
 
@@ -358,30 +353,24 @@ void TestOverlayPanel::pinnedKeysDriveTheOverlay()
     m_controller->dismiss();
     QVERIFY(!m_controller->panel()->hasKeyboard());
     QVERIFY(!m_controller->keyMonitorInstalled());
-    type(QStringLiteral("x"));
+    type("x");
     QTRY_VERIFY(mousepadTitle().startsWith(u'*'));
-    key(QStringLiteral("ctrl+z"));
+    key("ctrl+z");
 }
 
 void TestOverlayPanel::pinnedBeforeItIsMapped()
 {
     // As the tray's "Peek Current App" does: present and pin at once, before the window manager
-    // has mapped the panel; a new panel, then the same one again. The application stays active.
-    for (int round = 0; round < 2; ++round) {
-        m_controller->present(RunningApp{m_mousepad, {}, QStringLiteral("Editor"), {}}, sample(),
-                              {}, true, true, true, QStringLiteral("Ctrl"));
-        m_controller->pin();
-        QTRY_VERIFY(m_controller->panel()->hasKeyboard());
-        QTest::qWait(300);
-        QCOMPARE(activeWindowPid(), m_mousepad);
-        type(QStringLiteral("save"));
-        QTRY_COMPARE(m_controller->viewModel().query(), QStringLiteral("save"));
-        // The header is laid out as after a first frame: the badge follows the search field.
-        QCOMPARE(windowRect(find("statePill")).left(),
-                 windowRect(find("searchField")).right() + 10);
-        m_controller->dismiss();
-        QTRY_VERIFY(!m_controller->panel()->isVisible());
-    }
+    // has mapped the panel. The application stays active; the header is laid out all the same.
+    m_controller->present(RunningApp{m_mousepad, {}, "Editor", {}}, sample(), {}, true, true, true,
+                          "Ctrl");
+    m_controller->pin();
+    QTRY_VERIFY(m_controller->panel()->hasKeyboard());
+    QTest::qWait(300);
+    QCOMPARE(activeWindowPid(), m_mousepad);
+    type("save");
+    QTRY_COMPARE(m_controller->viewModel().query(), "save");
+    QCOMPARE(windowRect(find("statePill")).left(), windowRect(find("searchField")).right() + 10);
 }
 
 void TestOverlayPanel::everyPresentationStartsAfresh()
@@ -392,8 +381,8 @@ void TestOverlayPanel::everyPresentationStartsAfresh()
     present(tall);
     PeekPanel* first = m_controller->panel();
     pin();
-    type(QStringLiteral("rec"));
-    QTRY_COMPARE(m_controller->viewModel().query(), QStringLiteral("rec"));
+    type("rec");
+    QTRY_COMPARE(m_controller->viewModel().query(), "rec");
     QQuickItem* grid = find("sectionGrid");
     const qreal top = grid->property("contentY").toReal();
     grid->setProperty("contentY", top + 2000);
@@ -413,28 +402,11 @@ void TestOverlayPanel::everyPresentationStartsAfresh()
     QCOMPARE(grid->property("contentY").toReal(), top);
 }
 
-void TestOverlayPanel::stagedViewsAreShownByPresent()
-{
-    const RunningApp editor{m_mousepad, {}, QStringLiteral("Editor"), {}};
-    m_controller->stage(editor, sample(), {}, true, true, true, QStringLiteral("Ctrl"));
-    QTest::qWait(200);
-    QVERIFY(!m_controller->panel()->isExposed()); // nothing shown…
-    QCOMPARE(activeWindowPid(), m_mousepad);
-    const QList<QQuickItem*> cards = items(m_controller->rootView(), QStringLiteral("sectionCard"));
-    QCOMPARE(cards.size(), 4); // …but the cards are made and laid out
-    QVERIFY(cards.at(1)->x() > cards.at(0)->x() + cards.at(0)->width());
-    present();
-    QCOMPARE(items(m_controller->rootView(), QStringLiteral("sectionCard")), cards);
-    // Staging while shown changes nothing the user sees.
-    m_controller->stage(editor, MenuCatalog{}, {}, true, true, true, QStringLiteral("Ctrl"));
-    QCOMPARE(m_controller->viewModel().sections(), sample().sections);
-}
-
 void TestOverlayPanel::contentStatesAndCount()
 {
     present(std::nullopt); // no catalog yet: loading, also while typing
     m_controller->pin();
-    m_controller->viewModel().setQuery(QStringLiteral("sa"));
+    m_controller->viewModel().setQuery("sa");
     QVERIFY(nextFrame(m_controller->panel()));
     QVERIFY(shown(find("loading")));
     QVERIFY(!shown(find("searchList")) && !shown(find("sectionGrid")));
@@ -446,16 +418,18 @@ void TestOverlayPanel::contentStatesAndCount()
     present(allDisabled, {}, false); // everything filtered out: an empty grid, not loading
     QVERIFY(shown(find("sectionGrid")) && !shown(find("loading")));
     QVERIFY(visibleItems(m_controller->rootView(), "sectionCard").isEmpty());
-    QCOMPARE(find("countLine")->property("text").toString(), QStringLiteral("0 commands"));
-    present(MenuCatalog{{}, {}, {{"File", {command({"File", "New"})}}}});
-    QCOMPARE(find("countLine")->property("text").toString(), QStringLiteral("1 command"));
+    QCOMPARE(find("countLine")->property("text").toString(), "0 commands");
+    present(MenuCatalog{{}, {}, {{"File", {command({"File", "New"})}}}}, {}, true, "Super");
+    QCOMPARE(find("countLine")->property("text").toString(), "1 command");
+    QCOMPARE(find("footerNote")->property("text").toString(),
+             "Release Super over this panel to keep it open");
 
     present();
     m_controller->pin();
-    m_controller->viewModel().setQuery(QStringLiteral("   ")); // spaces: still the grid
+    m_controller->viewModel().setQuery("   "); // spaces: still the grid
     QVERIFY(nextFrame(m_controller->panel()));
     QVERIFY(shown(find("sectionGrid")) && !shown(find("searchList")));
-    m_controller->viewModel().setQuery(QStringLiteral("s")); // a letter: the results
+    m_controller->viewModel().setQuery("s"); // a letter: the results
     QVERIFY(nextFrame(m_controller->panel()));
     QVERIFY(shown(find("searchList")) && !shown(find("sectionGrid")));
     const QList<QQuickItem*> highlights = visibleItems(find("searchList"), "highlight");
@@ -464,36 +438,22 @@ void TestOverlayPanel::contentStatesAndCount()
     QCOMPARE(colorOf(highlights[1]).alpha(), 0); // the others
 }
 
-void TestOverlayPanel::favoritesCardAndGridColumns()
+void TestOverlayPanel::favoritesCard()
 {
     const QString undo = command({"Edit", "Undo"}).id();
     present(sample(), {undo}, false); // the only favourite is disabled and hidden: no card
     QVERIFY(!find("favoritesCard")->isVisible());
     present(sample(), {command({"View", "Zoom In"}).id(), undo});
     QQuickItem* favorites = find("favoritesCard");
-    QVERIFY(favorites->isVisible());
-    QCOMPARE(item(favorites, "headingText")->property("text").toString(),
-             QStringLiteral("FAVORITES"));
+    QCOMPARE(item(favorites, "headingText")->property("text").toString(), "FAVORITES");
+    QCOMPARE(visibleItems(favorites, "title").size(), 2);
     const QRectF fav = windowRect(favorites);
     QCOMPARE(fav.width(), m_controller->panel()->width() - 28.0); // the whole width, first
-    QList<QQuickItem*> cards = visibleItems(m_controller->rootView(), "sectionCard");
-    for (QQuickItem* card : cards)
-        QVERIFY(windowRect(card).top() > fav.bottom());
-    // Three columns of 296 in the 940-wide panel; one column below 592 of room.
-    QSet<qreal> lefts;
-    for (QQuickItem* card : cards)
-        lefts << windowRect(card).left();
-    QCOMPARE(lefts.size(), 3);
-    m_controller->panel()->resize(591 + 28, 640);
-    QTRY_COMPARE(m_controller->rootView()->width(), 591.0 + 28);
-    QVERIFY(nextFrame(m_controller->panel()));
-    lefts.clear();
     for (QQuickItem* card : visibleItems(m_controller->rootView(), "sectionCard"))
-        lefts << windowRect(card).left();
-    QCOMPARE(lefts.size(), 1);
+        QVERIFY(windowRect(card).top() > fav.bottom());
 }
 
-void TestOverlayPanel::searchListScrollsAndRebindsItsRows()
+void TestOverlayPanel::searchListScrolls()
 {
     MenuCatalog many{{}, {}, {{"Many", {}}}};
     for (int i = 0; i < 60; ++i)
@@ -502,7 +462,7 @@ void TestOverlayPanel::searchListScrollsAndRebindsItsRows()
             i % 2 ? ShortcutKeys{{"Ctrl"}, "K"} : ShortcutKeys{});
     present(many);
     m_controller->pin();
-    m_controller->viewModel().setQuery(QStringLiteral("item"));
+    m_controller->viewModel().setQuery("item");
     QVERIFY(nextFrame(m_controller->panel()));
     QQuickItem* list = find("searchList");
     const qreal top = list->property("contentY").toReal();
@@ -517,48 +477,11 @@ void TestOverlayPanel::searchListScrollsAndRebindsItsRows()
     QVERIFY(selected);
     QVERIFY(qAbs(windowRect(selected).bottom() - windowRect(list).bottom()) <= 1.0);
 
-    // A new query shows its results from the top, with the rows made before rebound in place:
-    // each draws its own command's caps.
-    QSet<QQuickItem*> made;
-    for (const QString query : {"item 1", "item", "item 0", "item"}) {
-        m_controller->viewModel().setQuery(query);
-        QVERIFY(nextFrame(m_controller->panel()));
-        QCOMPARE(list->property("contentY").toReal(), top);
-        const qsizetype before = made.size();
-        qsizetype fresh = 0, rows = 0;
-        for (QQuickItem* title : visibleItems(list, "title")) {
-            QQuickItem* searchRow = title->parentItem();
-            while (
-                !QString::fromLatin1(searchRow->metaObject()->className()).startsWith("SearchRow"))
-                searchRow = searchRow->parentItem();
-            if (searchRow->property("index").toInt() < 0)
-                continue; // back in the pool
-            ++rows;
-            const int number = title->property("text").toString().mid(5).toInt();
-            QCOMPARE(item(searchRow, "keycaps")->isVisible(), number % 2 == 1);
-            fresh += !made.contains(searchRow);
-            made << searchRow;
-        }
-        // A row is made only when more are shown than were ever made.
-        QCOMPARE(fresh, std::max<qsizetype>(0, rows - before));
-    }
-}
-
-void TestOverlayPanel::hugeMenuMakesOnlyTheRowsInView()
-{
-    MenuCatalog huge{{}, {}, {{"Huge", {}}}};
-    for (int i = 0; i < 2500; ++i)
-        huge.sections[0].commands << command({"Huge", QStringLiteral("Row %1").arg(i)});
-    present(huge);
-    QQuickItem* card = visibleItems(m_controller->rootView(), "sectionCard").value(0);
-    QVERIFY(card && card->height() > 2500 * 26);
-    QVERIFY(visibleItems(card, "title").size() < 40);
-    QQuickItem* grid = find("sectionGrid");
-    grid->setProperty("contentY", grid->property("contentHeight").toReal() - grid->height());
+    // A new query shows its results from the top.
+    m_controller->viewModel().setQuery("item 1");
     QVERIFY(nextFrame(m_controller->panel()));
-    QQuickItem* last = row("CommandRow", QStringLiteral("Row 2499"));
-    QVERIFY(last && windowRect(last).bottom() <= windowRect(grid).bottom());
-    QVERIFY(visibleItems(card, "title").size() < 40);
+    QCOMPARE(list->property("contentY").toReal(), top);
+    QCOMPARE(m_controller->viewModel().selection(), 0);
 }
 
 void TestOverlayPanel::rowsClickStarAndDisabled()
@@ -589,7 +512,7 @@ void TestOverlayPanel::rowsClickStarAndDisabled()
 
     // In the results a disabled row is not clicked either, but Return runs it.
     m_controller->pin();
-    m_controller->viewModel().setQuery(QStringLiteral("undo"));
+    m_controller->viewModel().setQuery("undo");
     QVERIFY(nextFrame(m_controller->panel()));
     hover(row("SearchRow", "Undo"));
     xdotool({"click", "1"});
@@ -603,62 +526,6 @@ void TestOverlayPanel::rowsClickStarAndDisabled()
     hover(find("searchField"));
     xdotool({"click", "1"});
     QTRY_COMPARE(m_pinRequests, 1);
-}
-
-void TestOverlayPanel::rowDetails()
-{
-    present();
-    QVERIFY(item(row("CommandRow", "Word Wrap"), "checkmark")->isVisible());
-    QVERIFY(!item(row("CommandRow", "New"), "checkmark")->isVisible());
-    QQuickItem* notes = row("CommandRow", "notes.txt");
-    QCOMPARE(item(notes, "breadcrumb")->property("text").toString(), QStringLiteral("Open Recent"));
-    QVERIFY(!item(row("CommandRow", "Save"), "breadcrumb")->isVisible());
-    // No shortcut takes no room: the title reaches the row's padding.
-    QVERIFY(!item(notes, "keycaps")->isVisible());
-    QCOMPARE(windowRect(item(notes, "title")).right(), windowRect(notes).right() - 10 - 4 - 8);
-    QQuickItem* title = item(row("CommandRow", longTitle), "title");
-    QCOMPARE(title->property("elide").toInt(), int(Qt::ElideMiddle));
-    QVERIFY(title->property("truncated").toBool());
-    // Caps of one character are square; a longer label is padded.
-    for (QQuickItem* cap : item(row("CommandRow", "Zoom In"), "keycaps")->childItems())
-        if (cap->isVisible() && cap->property("label").toString().size() == 1)
-            QCOMPARE(cap->size(), QSizeF(20, 20));
-    for (QQuickItem* cap : item(row("CommandRow", "Reload"), "keycaps")->childItems())
-        if (cap->isVisible() && cap->property("label").toString() == u"F5")
-            QCOMPARE(cap->width(), cap->childItems().last()->implicitWidth() + 10);
-
-    m_controller->pin();
-    m_controller->viewModel().setQuery(QStringLiteral("notes"));
-    QVERIFY(nextFrame(m_controller->panel()));
-    QCOMPARE(item(row("SearchRow", "notes.txt"), "location")->property("text").toString(),
-             QStringLiteral("File ▸ Open Recent"));
-    m_controller->viewModel().setQuery(QStringLiteral("word wrap"));
-    QVERIFY(nextFrame(m_controller->panel()));
-    QVERIFY(visibleItems(row("SearchRow", "Word Wrap"), "checkmark").isEmpty()); // cards only
-}
-
-void TestOverlayPanel::headerAndFooter()
-{
-    present(sample(), {}, true, QStringLiteral("Super"));
-    QCOMPARE(find("footerNote")->property("text").toString(),
-             QStringLiteral("Release Super over this panel to keep it open"));
-    QVERIFY(!find("searchText")->isEnabled());
-    QVERIFY(!find("appIcon")->isVisible()); // no icon: no room taken
-    QCOMPARE(windowRect(find("appName")).left(), 16.0);
-    m_controller->pin();
-    QVERIFY(nextFrame(m_controller->panel()));
-    QCOMPARE(find("footerNote")->property("text").toString(),
-             QStringLiteral("Hover a command and click ★ to favorite it"));
-    QVERIFY(find("statePill")->isVisible());
-    QCOMPARE(windowRect(find("statePill")).right(), m_controller->panel()->width() - 16.0);
-
-    // An icon from the desktop's theme (geany's is installed for the session tests).
-    m_controller->present(RunningApp{1, {}, QStringLiteral("Geany"), QStringLiteral("geany")},
-                          sample(), {}, true, true, true, QStringLiteral("Ctrl"));
-    QVERIFY(nextFrame(m_controller->panel()));
-    QTRY_VERIFY(find("appIcon")->isVisible());
-    QCOMPARE(find("appIcon")->size(), QSizeF(30, 30));
-    QCOMPARE(windowRect(find("appName")).left(), 16.0 + 30 + 10);
 }
 
 QTEST_MAIN(TestOverlayPanel)

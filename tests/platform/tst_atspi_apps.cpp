@@ -270,11 +270,11 @@ void TestAtspiApps::fixturePresses()
 void TestAtspiApps::realApplications()
 {
     // Identities: _GTK_APPLICATION_ID (mousepad), WM_CLASS matched to a desktop entry (the rest).
-    QCOMPARE(m_apps["geany"].appId, QStringLiteral("geany"));
-    QCOMPARE(m_apps["geany"].name, QStringLiteral("Geany"));
-    QCOMPARE(m_apps["mousepad"].appId, QStringLiteral("org.xfce.mousepad"));
-    QCOMPARE(m_apps["featherpad"].appId, QStringLiteral("featherpad"));
-    QCOMPARE(m_apps["featherpad"].name, QStringLiteral("FeatherPad"));
+    QCOMPARE(m_apps["geany"].appId, "geany");
+    QCOMPARE(m_apps["geany"].name, "Geany");
+    QCOMPARE(m_apps["mousepad"].appId, "org.xfce.mousepad");
+    QCOMPARE(m_apps["featherpad"].appId, "featherpad");
+    QCOMPARE(m_apps["featherpad"].name, "FeatherPad");
 
     const QList<std::tuple<QString, QString, QString, ShortcutKeys>> expected{
         {"geany", "File", "Open...", {{"Ctrl"}, "O"}},
@@ -287,14 +287,14 @@ void TestAtspiApps::realApplications()
         {"featherpad", "File", "Clear", {}}, // its mnemonic is not a shortcut
     };
     QHash<QString, MenuCatalog> catalogs;
-    for (const QString& app : {"geany", "mousepad", "featherpad"})
+    for (const char* app : {"geany", "mousepad", "featherpad"})
         catalogs[app] = crawl(m_apps[app]);
     for (const auto& [app, section, leaf, keys] : expected) {
         const auto command = find(catalogs[app], section, leaf);
         QVERIFY2(command, qPrintable(app + u' ' + leaf));
         QCOMPARE(command->shortcut, keys);
     }
-    QCOMPARE(catalogs["geany"].sections.first().title, QStringLiteral("File"));
+    QCOMPARE(catalogs["geany"].sections.first().title, "File");
     QCOMPARE(find(catalogs["geany"], "File", "main.c")->titles(),
              (QStringList{"File", "New (with Template)", "main.c"}));
     QVERIFY(!find(catalogs["geany"], "File", "Recent Files")); // an empty submenu
@@ -321,7 +321,7 @@ void TestAtspiApps::realPresses()
     QVERIFY(press(path("featherpad", "New"), featherpad) != PressOutcome::failed);
     QTRY_COMPARE_WITH_TIMEOUT(countRole(featherpad, rolePageTab), tabs + 1, 10000);
     QTest::ignoreMessage(QtCriticalMsg, "press: path component not found: Open...");
-    QCOMPARE(press(QStringLiteral("File/Open...#1"), m_apps["geany"].pid), PressOutcome::failed);
+    QCOMPARE(press("File/Open...#1", m_apps["geany"].pid), PressOutcome::failed);
 }
 
 void TestAtspiApps::stoppedApplication()
@@ -336,7 +336,7 @@ void TestAtspiApps::stoppedApplication()
     QVERIFY2(timer.elapsed() < 3500, qPrintable(QString::number(timer.elapsed()))); // the deadline
     timer.restart();
     QTest::ignoreMessage(QtCriticalMsg, "press: could not read menu bar");
-    QCOMPARE(press(QStringLiteral("File/New"), mousepad.pid), PressOutcome::failed);
+    QCOMPARE(press("File/New", mousepad.pid), PressOutcome::failed);
     QVERIFY2(timer.elapsed() < 2500, qPrintable(QString::number(timer.elapsed())));
     // Nobody else is held up by the frozen one.
     crawl(m_apps["featherpad"]);
@@ -368,18 +368,11 @@ void TestAtspiApps::commandLineMessages()
     QVERIFY2(missingErr.startsWith("corvane-menus: no application with id org.example.Missing") &&
                  missingErr.count(u'\n') == 1,
              qPrintable(missingErr));
-    const auto [failed, failedOut, _2] =
-        run({"press", QString::number(m_apps["geany"].pid), "File", "Nonexistent"});
-    QCOMPARE(failed, 1);
-    QCOMPARE(failedOut, QStringLiteral("failed\n"));
     QProcessEnvironment noBus = QProcessEnvironment::systemEnvironment();
     noBus.insert("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus");
     const auto [busless, _3, buslessErr] = run({"list"}, noBus);
     QCOMPARE(busless, 3);
     QVERIFY2(buslessErr.startsWith("corvane-menus: no accessibility bus"), qPrintable(buslessErr));
-    const auto [usage, _4, usageErr] = run({"frobnicate"});
-    QCOMPARE(usage, 2);
-    QVERIFY(usageErr.startsWith("usage: corvane-menus"));
     QVERIFY(onCrawlThread([] { return AccessibilitySwitch::setEnabled(false); }));
     const auto [off, _5, offErr] = run({"list"});
     QVERIFY(onCrawlThread([] { return AccessibilitySwitch::setEnabled(true); }));

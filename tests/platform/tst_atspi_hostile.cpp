@@ -36,7 +36,7 @@ constexpr bool measuresMemory = true;
 // A field of /proc/self/status in megabytes ("VmRSS", "VmHWM").
 double statusMegabytes(const char* field)
 {
-    QFile file(QStringLiteral("/proc/self/status"));
+    QFile file("/proc/self/status");
     if (!file.open(QIODevice::ReadOnly))
         return -1;
     for (const QByteArray& line : file.readAll().split('\n'))
@@ -112,10 +112,10 @@ void TestAtspiHostile::cleanup()
 
 Outcome TestAtspiHostile::crawl(qint64 pid) const
 {
-    const RunningApp app{pid, QStringLiteral("org.example.Hostile"), QStringLiteral("Hostile"), {}};
+    const RunningApp app{pid, "org.example.Hostile", "Hostile", {}};
     return onCrawlThread([&] {
         // Writing 5 to clear_refs resets the peak resident size (VmHWM) to the current one.
-        QFile clear(QStringLiteral("/proc/self/clear_refs"));
+        QFile clear("/proc/self/clear_refs");
         if (!clear.open(QIODevice::WriteOnly) || clear.write("5") != 1)
             qFatal("cannot reset the peak resident size");
         clear.close();
@@ -144,8 +144,7 @@ QVariantMap TestAtspiHostile::stats(qint64 pid) const
             return QVariantMap();
         const QDBusMessage reply =
             bus.call(QDBusMessage::createMethodCall(entry->root.service, entry->root.path.path(),
-                                                    QStringLiteral("com.vantorel.corvane.Hostile"),
-                                                    QStringLiteral("Stats")),
+                                                    "com.vantorel.corvane.Hostile", "Stats"),
                      QDBus::Block, 3000);
         return reply.arguments().isEmpty() ? QVariantMap()
                                            : qdbus_cast<QVariantMap>(reply.arguments().first());
@@ -161,7 +160,7 @@ void TestAtspiHostile::initTestCase()
 void TestAtspiHostile::cycleEndsAtTheDepthLimit()
 {
     // "Loop" lists "Again", whose submenu lists "Loop" again; the frame's child lists the frame.
-    const Outcome outcome = crawl(start(QStringLiteral("cycle")));
+    const Outcome outcome = crawl(start("cycle"));
     QVERIFY(outcome.catalog);
     // It names a socket that does not exist as its own bus: the crawl goes over the bus.
     QCOMPARE(outcome.directConnections, 0);
@@ -174,24 +173,24 @@ void TestAtspiHostile::cycleEndsAtTheDepthLimit()
 
 void TestAtspiHostile::hundredThousandItemsStopAtTheItemCap()
 {
-    const qint64 pid = start(QStringLiteral("wide"));
+    const qint64 pid = start("wide");
     const Outcome outcome = crawl(pid);
     QVERIFY(outcome.catalog);
     const QStringList titles = leafTitles(*outcome.catalog);
     QCOMPARE(titles.size(), MenuWalk::itemCap);
-    QCOMPARE(titles.first(), QStringLiteral("Huge/Item 0"));
-    QCOMPARE(titles.last(), QStringLiteral("Huge/Item 2499"));
+    QCOMPARE(titles.first(), "Huge/Item 0");
+    QCOMPARE(titles.last(), "Huge/Item 2499");
     const QString broken = brokenBounds(outcome);
     QVERIFY2(broken.isEmpty(), qPrintable(broken));
     // Nothing past the cap was examined but the rest of its page of children.
-    const int asked = stats(pid).value(QStringLiteral("objects")).toInt();
+    const int asked = stats(pid).value("objects").toInt();
     QVERIFY2(asked > MenuWalk::itemCap && asked <= MenuWalk::itemCap + atspi::pageSize + 4,
              qPrintable(QString::number(asked)));
 }
 
 void TestAtspiHostile::fiftyLevelsStopAtTheDepthLimit()
 {
-    const qint64 pid = start(QStringLiteral("deep"));
+    const qint64 pid = start("deep");
     const Outcome outcome = crawl(pid);
     QVERIFY(outcome.catalog);
     QCOMPARE(
@@ -200,7 +199,7 @@ void TestAtspiHostile::fiftyLevelsStopAtTheDepthLimit()
                      "Level 1/Level 2/Level 3/Level 4/Leaf 4", "Level 1/Level 2/Level 3/Leaf 3",
                      "Level 1/Level 2/Leaf 2", "Level 1/Leaf 1"}));
     // The submenu at depth 5 is not entered: its children are never asked for.
-    QCOMPARE(stats(pid).value(QStringLiteral("deepestChildren")).toInt(), MenuWalk::depthLimit);
+    QCOMPARE(stats(pid).value("deepestChildren").toInt(), MenuWalk::depthLimit);
     QVERIFY2(outcome.milliseconds < deadlineMs, qPrintable(QString::number(outcome.milliseconds)));
 }
 
@@ -209,7 +208,7 @@ void TestAtspiHostile::megabyteTitlesAreSkipped()
     QTest::ignoreMessage(QtWarningMsg,
                          QRegularExpression("crawl: skipping items whose titles are longer than "
                                             "1024 characters \\(one is 10485\\d\\d\\)"));
-    const Outcome outcome = crawl(start(QStringLiteral("titles")));
+    const Outcome outcome = crawl(start("titles"));
     QVERIFY(outcome.catalog);
     QCOMPARE(leafTitles(*outcome.catalog), QStringList({"Big/Fine"}));
     const QString broken = brokenBounds(outcome);
@@ -221,7 +220,7 @@ void TestAtspiHostile::wronglyTypedValuesAreTolerated()
     // A name that is a number or not in a variant makes the item untitled (skipped); a wrong
     // role, child count or state falls back to its default; a children list of strings is no
     // children; a key binding that is a number is no shortcut.
-    const Outcome outcome = crawl(start(QStringLiteral("types")));
+    const Outcome outcome = crawl(start("types"));
     QVERIFY(outcome.catalog);
     // It names a TCP address as its own bus: never connected to.
     QCOMPARE(outcome.directConnections, 0);
@@ -229,7 +228,7 @@ void TestAtspiHostile::wronglyTypedValuesAreTolerated()
              QStringList({"Typed/Good", "Typed/Bad role", "Typed/Bad count", "Typed/Bad state",
                           "Typed/Bad binding", "Typed/Short state"}));
     const QList<MenuCommand>& commands = outcome.catalog->sections.first().commands;
-    QCOMPARE(commands[0].shortcut, ShortcutDisplay::fromAccelerator(QStringLiteral("<Control>g")));
+    QCOMPARE(commands[0].shortcut, ShortcutDisplay::fromAccelerator("<Control>g"));
     QVERIFY(commands[0].shortcut != ShortcutKeys::none);
     for (const MenuCommand& command : commands.mid(1)) {
         QCOMPARE(command.shortcut, ShortcutKeys::none);
@@ -240,7 +239,7 @@ void TestAtspiHostile::wronglyTypedValuesAreTolerated()
 
 void TestAtspiHostile::sleeperEndsAtTheFirstTimeOutAndHoldsNobodyUp()
 {
-    const qint64 sleeper = start(QStringLiteral("sleeper"));
+    const qint64 sleeper = start("sleeper");
     QTest::ignoreMessage(QtCriticalMsg,
                          "crawl: menu bar read failed for org.example.Hostile: AXError 4");
     const Outcome outcome = crawl(sleeper);
@@ -261,7 +260,7 @@ void TestAtspiHostile::sleeperEndsAtTheFirstTimeOutAndHoldsNobodyUp()
 
     // Another application is crawled without asking the sleeper anything: well under one
     // request time-out, although the sleeper is on the bus with requests queued.
-    const Outcome other = crawl(start(QStringLiteral("cycle")));
+    const Outcome other = crawl(start("cycle"));
     QVERIFY(other.catalog);
     QCOMPARE(leafTitles(*other.catalog).size(), 5);
     QVERIFY2(other.milliseconds < atspi::requestTimeoutMs,
@@ -271,7 +270,7 @@ void TestAtspiHostile::sleeperEndsAtTheFirstTimeOutAndHoldsNobodyUp()
 void TestAtspiHostile::vanishingApplicationEndsTheCrawl()
 {
     // The fixture exits after 300 calls, in the middle of reading its 100 000 items.
-    const qint64 pid = start(QStringLiteral("vanish"));
+    const qint64 pid = start("vanish");
     QTest::ignoreMessage(QtCriticalMsg, QRegularExpression("crawl: .*"));
     const Outcome outcome = crawl(pid);
     const QString broken = brokenBounds(outcome);
@@ -285,7 +284,7 @@ void TestAtspiHostile::vanishingApplicationEndsTheCrawl()
             QCOMPARE(titles[i], QStringLiteral("Huge/Item %1").arg(i));
     }
     // The bus connection survives: the next crawl of a live application works.
-    const Outcome next = crawl(start(QStringLiteral("cycle")));
+    const Outcome next = crawl(start("cycle"));
     QVERIFY(next.catalog);
 }
 

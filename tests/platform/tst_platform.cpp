@@ -52,23 +52,22 @@ void TestPlatform::roundTripsAndDefaults()
         UserDefaults d(file);
         d.registerDefaults({{"holdDelay", 0.85}, {"glassy", true}});
         QCOMPARE(d.doubleValue("holdDelay"), 0.85);
-        QVERIFY(d.setString("s", QStringLiteral("Éd, \"quoted\" ▸ 日本 @x")));
+        QVERIFY(d.setString("s", "Éd, \"quoted\" ▸ 日本 @x"));
         QVERIFY(d.setDouble("holdDelay", 1.25));
         QVERIFY(d.setInteger("i", -9223372036854775807LL));
         QVERIFY(d.setDate("t", when));
         QVERIFY(d.setStringList("one", {QStringLiteral("Edit\x1f"
                                                        "Copy")}));
-        QVERIFY(d.setStringList("l", {QStringLiteral("File\x1fOpen#1"), QStringLiteral("a, b")}));
+        QVERIFY(d.setStringList("l", {"File\x1fOpen#1", "a, b"}));
     }
     UserDefaults d(file); // a fresh reader of the same file
-    QCOMPARE(d.string("s"), QStringLiteral("Éd, \"quoted\" ▸ 日本 @x"));
+    QCOMPARE(d.string("s"), "Éd, \"quoted\" ▸ 日本 @x");
     QCOMPARE(d.doubleValue("holdDelay"), 1.25);
     QCOMPARE(d.integer("i"), -9223372036854775807LL);
     QCOMPARE(d.date("t"), when);
     QCOMPARE(d.stringList("one"), QStringList{QStringLiteral("Edit\x1f"
                                                              "Copy")});
-    QCOMPARE(d.stringList("l"),
-             (QStringList{QStringLiteral("File\x1fOpen#1"), QStringLiteral("a, b")}));
+    QCOMPARE(d.stringList("l"), (QStringList{"File\x1fOpen#1", "a, b"}));
     QVERIFY(!d.stringList("s")); // a string is not a list
     d.registerDefaults({{"holdDelay", 0.85}});
     QVERIFY(d.remove("holdDelay"));
@@ -133,7 +132,7 @@ void TestPlatform::unwritableFileLosesNothing()
         QVERIFY(!d.setBool("glassyBackground", false));
         // Reads show what is stored, not the refused change.
         QCOMPARE(d.stringList("favorites.app"), (QStringList{"a", "b"}));
-        QCOMPARE(d.string("triggerModifier"), QStringLiteral("option"));
+        QCOMPARE(d.string("triggerModifier"), "option");
         QVERIFY(!d.boolValue("glassyBackground"));
         QVERIFY(original.open(QIODevice::ReadOnly));
         QCOMPARE(original.readAll(), before);
@@ -156,7 +155,7 @@ void TestPlatform::fileWithAFormatErrorIsSetAside()
                                             ".*broken.conf.corrupt, \\d+ readable values"));
     {
         UserDefaults d(file);
-        QCOMPARE(d.string("triggerKey"), QStringLiteral("option"));
+        QCOMPARE(d.string("triggerKey"), "option");
         QVERIFY(d.setBool("glassyBackground", false));
     }
     QFile kept(file + ".corrupt"); // the user's file, byte for byte
@@ -171,9 +170,9 @@ void TestPlatform::fileWithAFormatErrorIsSetAside()
 
 void TestPlatform::journal()
 {
-    QVERIFY(!JournalLog::install(m_dir.filePath(QStringLiteral("no-journal")))); // stderr stays
+    QVERIFY(!JournalLog::install(m_dir.filePath("no-journal"))); // stderr stays
     // A real datagram socket stands in for journald's; what arrives is decoded as journald does.
-    const QByteArray path = m_dir.filePath(QStringLiteral("socket")).toLocal8Bit();
+    const QByteArray path = m_dir.filePath("socket").toLocal8Bit();
     const int journal = ::socket(AF_UNIX, SOCK_DGRAM, 0);
     sockaddr_un address{};
     address.sun_family = AF_UNIX;

@@ -161,7 +161,7 @@ void TestX11::ownPanelsInputIsNotGlobalInput()
     QTest::qWait(300);
     QCOMPARE(m_detector->machine.state, HoldStateMachine::State::pinned);
     xdotool({"mousemove", "700", "600", "click", "1"}); // elsewhere: closes
-    QTRY_COMPARE(effects(), QStringLiteral("hide"));
+    QTRY_COMPARE(effects(), "hide");
 }
 
 void TestX11::activationsOfRealApplications()
@@ -187,12 +187,12 @@ void TestX11::activationsOfRealApplications()
     for (const auto& signal : others)
         pids << signal.at(0).value<RunningApp>().pid;
     QCOMPARE(pids, (QList<qint64>{gtk, qt, gtk}));
-    QCOMPARE(others.at(1).at(0).value<RunningApp>().appId, QStringLiteral("corvane-fixture-qt"));
+    QCOMPARE(others.at(1).at(0).value<RunningApp>().appId, "corvane-fixture-qt");
     QCOMPARE(workspace.frontmostApplication()->pid, gtk);
 
     // This process's own window is an activation, but not of another application.
     QWindow own;
-    own.setTitle(QStringLiteral("own window"));
+    own.setTitle("own window");
     own.setGeometry(50, 50, 200, 150);
     own.show();
     QVERIFY(QTest::qWaitForWindowExposed(&own));
@@ -223,11 +223,11 @@ void TestX11::compositorAndBlurHint()
     window.create();
     X11Compositing::requestBlurBehind(window);
     QProcess xprop;
-    xprop.start(QStringLiteral("xprop"),
+    xprop.start("xprop",
                 {"-id", QString::number(window.winId()), "_KDE_NET_WM_BLUR_BEHIND_REGION"});
     QVERIFY(xprop.waitForFinished(5000));
     QCOMPARE(QString::fromUtf8(xprop.readAllStandardOutput()).trimmed(),
-             QStringLiteral("_KDE_NET_WM_BLUR_BEHIND_REGION(CARDINAL) ="));
+             "_KDE_NET_WM_BLUR_BEHIND_REGION(CARDINAL) =");
 }
 
 QTEST_MAIN(TestX11)

@@ -12,12 +12,12 @@ namespace corvane::test {
 CorvaneProcess::CorvaneProcess(const QString& program, const QVariantMap& settings, QObject* parent)
     : QObject(parent), m_program(program)
 {
-    QDir(m_config.path()).mkpath(QStringLiteral("corvane"));
-    QSettings file(m_config.filePath(QStringLiteral("corvane/corvane.conf")), QSettings::IniFormat);
+    QDir(m_config.path()).mkpath("corvane");
+    QSettings file(m_config.filePath("corvane/corvane.conf"), QSettings::IniFormat);
     // An account that ran this version before: no Welcome or What's New window at launch while
     // the permission is on, unless the test's settings say otherwise.
-    QVariantMap all{{QStringLiteral("launchedBefore"), QStringLiteral("true")},
-                    {QStringLiteral("whatsNew.lastSeenVersion"), QStringLiteral(CORVANE_VERSION)}};
+    QVariantMap all{{"launchedBefore", "true"},
+                    {"whatsNew.lastSeenVersion", QStringLiteral(CORVANE_VERSION)}};
     all.insert(settings);
     for (auto it = all.cbegin(); it != all.cend(); ++it)
         file.setValue(it.key(), it.value());
@@ -35,10 +35,9 @@ CorvaneProcess::~CorvaneProcess()
 QProcessEnvironment CorvaneProcess::environment() const
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_config.path());
-    environment.insert(QStringLiteral("TMPDIR"), m_temporary.path());
-    environment.insert(QStringLiteral("QT_LOGGING_RULES"),
-                       QStringLiteral("com.vantorel.corvane.*=true"));
+    environment.insert("XDG_CONFIG_HOME", m_config.path());
+    environment.insert("TMPDIR", m_temporary.path());
+    environment.insert("QT_LOGGING_RULES", "com.vantorel.corvane.*=true");
     return environment;
 }
 
@@ -47,7 +46,7 @@ void CorvaneProcess::start()
     m_process.start(m_program, {});
     if (!m_process.waitForStarted(10000))
         qFatal("%s did not start", qPrintable(m_program));
-    if (!waitForLine(QStringLiteral(" started: "), 1, 0, 20000))
+    if (!waitForLine(" started: ", 1, 0, 20000))
         qFatal("Corvane did not report its start:\n%s", qPrintable(log()));
 }
 
@@ -119,31 +118,28 @@ bool CorvaneProcess::waitForQuiet(int quietMs, int timeoutMs)
 
 QStringList CorvaneProcess::windows(const QString& title) const
 {
-    return xdotool({QStringLiteral("search"), QStringLiteral("--all"),
-                    QStringLiteral("--onlyvisible"), QStringLiteral("--pid"),
-                    QString::number(pid()), QStringLiteral("--name"), title},
+    return xdotool({"search", "--all", "--onlyvisible", "--pid", QString::number(pid()), "--name",
+                    title},
                    false)
         .split(u'\n', Qt::SkipEmptyParts);
 }
 
 bool CorvaneProcess::panelVisible() const
 {
-    return !windows(QStringLiteral("^Corvane$")).isEmpty();
+    return !windows("^Corvane$").isEmpty();
 }
 
 QRect CorvaneProcess::panelGeometry() const
 {
-    const QString window = windows(QStringLiteral("^Corvane$")).value(0);
+    const QString window = windows("^Corvane$").value(0);
     if (window.isEmpty())
         return {};
     // "X=…\nY=…\nWIDTH=…\nHEIGHT=…" (--shell)
-    const QString shell =
-        xdotool({QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), window}, false);
+    const QString shell = xdotool({"getwindowgeometry", "--shell", window}, false);
     QHash<QString, int> values;
     for (const QString& line : shell.split(u'\n'))
         values.insert(line.section(u'=', 0, 0), line.section(u'=', 1).toInt());
-    return {values.value(QStringLiteral("X")), values.value(QStringLiteral("Y")),
-            values.value(QStringLiteral("WIDTH")), values.value(QStringLiteral("HEIGHT"))};
+    return {values.value("X"), values.value("Y"), values.value("WIDTH"), values.value("HEIGHT")};
 }
 
 } // namespace corvane::test

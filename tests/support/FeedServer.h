@@ -23,9 +23,9 @@ public:
     bool start(const QString& script, QString* why, const QStringList& arguments = {})
     {
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process.start(QStringLiteral("python3"), QStringList{script} + arguments);
+        m_process.start("python3", QStringList{script} + arguments);
         if (!m_process.waitForStarted(5000)) {
-            *why = QStringLiteral("python3 did not start");
+            *why = "python3 did not start";
             return false;
         }
         const QDeadlineTimer deadline(10000);

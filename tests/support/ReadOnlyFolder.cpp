@@ -12,7 +12,7 @@ namespace {
 bool chattr(const QString& flag, const QString& path)
 {
     QProcess process;
-    process.start(QStringLiteral("chattr"), {flag, path});
+    process.start("chattr", {flag, path});
     return process.waitForFinished(5000) && process.exitStatus() == QProcess::NormalExit &&
            process.exitCode() == 0;
 }
@@ -28,25 +28,25 @@ ReadOnlyFolder::ReadOnlyFolder(QString path) : m_path(std::move(path))
     QFile::setPermissions(m_path,
                           QFile::ReadOwner | QFile::ExeOwner | QFile::ReadGroup | QFile::ExeGroup);
     if (geteuid() == 0) {
-        m_immutable = chattr(QStringLiteral("+i"), m_path);
+        m_immutable = chattr("+i", m_path);
         if (!m_immutable)
-            m_reason = QStringLiteral("running as root and chattr +i failed on ") + m_path;
+            m_reason = "running as root and chattr +i failed on " + m_path;
     }
     // Check for real: can a file be created in the folder?
-    QFile probe(dir.filePath(QStringLiteral(".probe")));
+    QFile probe(dir.filePath(".probe"));
     m_readOnly = !probe.open(QIODevice::WriteOnly);
     if (!m_readOnly) {
         probe.close();
         probe.remove();
         if (m_reason.isEmpty())
-            m_reason = QStringLiteral("the folder stayed writable: ") + m_path;
+            m_reason = "the folder stayed writable: " + m_path;
     }
 }
 
 ReadOnlyFolder::~ReadOnlyFolder()
 {
     if (m_immutable)
-        chattr(QStringLiteral("-i"), m_path);
+        chattr("-i", m_path);
     QFile::setPermissions(m_path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     const QDir dir(m_path);
     for (const QString& name : dir.entryList(QDir::Files))

@@ -9,7 +9,7 @@ namespace corvane::test {
 QString xdotool(const QStringList& arguments, bool mustSucceed)
 {
     QProcess process;
-    process.start(QStringLiteral("xdotool"), arguments);
+    process.start("xdotool", arguments);
     const bool finished = process.waitForFinished(10000);
     if (mustSucceed && (!finished || process.exitCode() != 0))
         qFatal("xdotool %s failed", qPrintable(arguments.join(u' ')));
@@ -18,19 +18,19 @@ QString xdotool(const QStringList& arguments, bool mustSucceed)
 
 qint64 activeWindowPid()
 {
-    const QString window = xdotool({QStringLiteral("getactivewindow")}, false);
+    const QString window = xdotool({"getactivewindow"}, false);
     if (window.isEmpty())
         return 0;
-    return xdotool({QStringLiteral("getwindowpid"), window}, false).toLongLong();
+    return xdotool({"getwindowpid", window}, false).toLongLong();
 }
 
 int windowDepth(const QString& window)
 {
     QProcess xwininfo;
-    xwininfo.start(QStringLiteral("xwininfo"), {QStringLiteral("-id"), window});
+    xwininfo.start("xwininfo", {"-id", window});
     if (!xwininfo.waitForFinished(5000) || xwininfo.exitCode() != 0)
         return -1;
-    static const QRegularExpression depth(QStringLiteral("Depth: (\\d+)"));
+    static const QRegularExpression depth("Depth: (\\d+)");
     const QRegularExpressionMatch match =
         depth.match(QString::fromUtf8(xwininfo.readAllStandardOutput()));
     return match.hasMatch() ? match.captured(1).toInt() : -1;
@@ -48,15 +48,13 @@ bool compositorRunning()
 
 bool activateWindowOf(qint64 pid, const QString& windowName)
 {
-    QStringList search{QStringLiteral("search"), QStringLiteral("--all"),
-                       QStringLiteral("--onlyvisible"), QStringLiteral("--pid"),
-                       QString::number(pid)};
+    QStringList search{"search", "--all", "--onlyvisible", "--pid", QString::number(pid)};
     if (!windowName.isEmpty())
-        search << QStringLiteral("--name") << windowName;
+        search << "--name" << windowName;
     const QString window = xdotool(search, false).section(u'\n', 0, 0);
     if (window.isEmpty())
         return false;
-    xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), window}, false);
+    xdotool({"windowactivate", "--sync", window}, false);
     return QTest::qWaitFor([pid] { return activeWindowPid() == pid; }, 5000);
 }
 
@@ -78,9 +76,8 @@ qint64 Programs::startWithWindow(const QString& program, const QStringList& argu
     const QString pid = QString::number(process->processId());
     if (!QTest::qWaitFor(
             [&] {
-                return !xdotool({QStringLiteral("search"), QStringLiteral("--all"),
-                                 QStringLiteral("--onlyvisible"), QStringLiteral("--pid"), pid,
-                                 QStringLiteral("--name"), windowName},
+                return !xdotool({"search", "--all", "--onlyvisible", "--pid", pid, "--name",
+                                 windowName},
                                 false)
                             .isEmpty();
             },

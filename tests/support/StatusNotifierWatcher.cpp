@@ -43,10 +43,10 @@ bool StatusNotifierWatcher::registerOnSessionBus()
 {
     QDBusConnection session = QDBusConnection::sessionBus();
     return session.isConnected() &&
-           session.registerObject(QStringLiteral("/StatusNotifierWatcher"), this,
+           session.registerObject("/StatusNotifierWatcher", this,
                                   QDBusConnection::ExportScriptableContents |
                                       QDBusConnection::ExportAllProperties) &&
-           session.registerService(QStringLiteral("org.kde.StatusNotifierWatcher"));
+           session.registerService("org.kde.StatusNotifierWatcher");
 }
 
 void StatusNotifierWatcher::RegisterStatusNotifierItem(const QString& service)
@@ -64,14 +64,13 @@ std::pair<QString, QString> StatusNotifierWatcher::menuAddress() const
     if (m_items.isEmpty())
         return {};
     QString service = m_items.constFirst();
-    QString itemPath = QStringLiteral("/StatusNotifierItem");
+    QString itemPath = "/StatusNotifierItem";
     if (const qsizetype slash = service.indexOf(u'/'); slash > 0) {
         itemPath = service.mid(slash);
         service = service.left(slash);
     }
-    const QDBusMessage reply = call(
-        service, itemPath, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
-        {QStringLiteral("org.kde.StatusNotifierItem"), QStringLiteral("Menu")});
+    const QDBusMessage reply = call(service, itemPath, "org.freedesktop.DBus.Properties", "Get",
+                                    {"org.kde.StatusNotifierItem", "Menu"});
     if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
         return {};
     const QVariant menu = reply.arguments().constFirst().value<QDBusVariant>().variant();
@@ -83,10 +82,10 @@ std::optional<StatusNotifierWatcher::MenuEntry> StatusNotifierWatcher::openMenu(
     const auto [service, path] = menuAddress();
     if (path.isEmpty())
         return std::nullopt;
-    const QString menuInterface = QStringLiteral("com.canonical.dbusmenu");
-    call(service, path, menuInterface, QStringLiteral("AboutToShow"), {0});
+    const QString menuInterface = "com.canonical.dbusmenu";
+    call(service, path, menuInterface, "AboutToShow", {0});
     const QDBusMessage reply =
-        call(service, path, menuInterface, QStringLiteral("GetLayout"), {0, -1, QStringList()});
+        call(service, path, menuInterface, "GetLayout", {0, -1, QStringList()});
     if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().size() < 2)
         return std::nullopt;
     return parseLayout(reply.arguments().at(1).value<QDBusArgument>());
@@ -102,9 +101,8 @@ bool StatusNotifierWatcher::click(const QString& label)
             continue;
         const auto [service, path] = menuAddress();
         const QDBusMessage reply =
-            call(service, path, QStringLiteral("com.canonical.dbusmenu"), QStringLiteral("Event"),
-                 {entry.id, QStringLiteral("clicked"),
-                  QVariant::fromValue(QDBusVariant(QVariant(0))), 0u});
+            call(service, path, "com.canonical.dbusmenu", "Event",
+                 {entry.id, "clicked", QVariant::fromValue(QDBusVariant(QVariant(0))), 0u});
         return reply.type() == QDBusMessage::ReplyMessage;
     }
     return false;

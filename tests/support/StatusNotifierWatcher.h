@@ -34,19 +34,10 @@ public:
         int id = 0;
         QVariantMap properties;
         QList<MenuEntry> children;
-        QString label() const { return properties.value(QStringLiteral("label")).toString(); }
-        bool isSeparator() const
-        {
-            return properties.value(QStringLiteral("type")).toString() == u"separator";
-        }
-        bool isVisible() const
-        {
-            return properties.value(QStringLiteral("visible"), true).toBool();
-        }
-        bool isEnabled() const
-        {
-            return properties.value(QStringLiteral("enabled"), true).toBool();
-        }
+        QString label() const { return properties.value("label").toString(); }
+        bool isSeparator() const { return properties.value("type").toString() == u"separator"; }
+        bool isVisible() const { return properties.value("visible", true).toBool(); }
+        bool isEnabled() const { return properties.value("enabled", true).toBool(); }
     };
 
     // The menu of the first registered item, after telling it that the menu is about to open.

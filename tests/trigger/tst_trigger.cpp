@@ -189,9 +189,9 @@ void TestTrigger::detector()
         else if (step == u"refuse" || step == u"allow")
             canArm = step == u"allow";
         else
-            QFAIL(qPrintable(QStringLiteral("unknown step ") + step));
+            QFAIL(qPrintable("unknown step " + step));
     }
-    QCOMPARE(seen.join(QStringLiteral(" | ")), effects);
+    QCOMPARE(seen.join(" | "), effects);
     QCOMPARE(detector.machine.state, state);
     QCOMPARE(detector.timerPending(), state == State::arming);
 }

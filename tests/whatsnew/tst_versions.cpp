@@ -26,14 +26,13 @@ QString describe(const Outcome& outcome)
 {
     switch (outcome.kind) {
     case Outcome::Kind::freshInstall:
-        return QStringLiteral("fresh install");
+        return "fresh install";
     case Outcome::Kind::sameVersion:
-        return QStringLiteral("same version");
+        return "same version";
     case Outcome::Kind::downgrade:
-        return QStringLiteral("downgrade");
+        return "downgrade";
     case Outcome::Kind::update:
-        return QStringLiteral("update from ") +
-               (outcome.from ? outcome.from->description() : QStringLiteral("?"));
+        return "update from " + (outcome.from ? outcome.from->description() : "?");
     }
     return {};
 }
@@ -95,7 +94,7 @@ void TestVersions::order()
     const AppVersion a = *AppVersion::parse("1.2.0.1"), b(QList<qint64>{1, 2, 0, 1, 0});
     QVERIFY(!(a < b) && !(b < a) && !(a == b));
     QCOMPARE(QSet<AppVersion>({a, b, v("1.2.0.1")}).size(), 2);
-    QVERIFY(!AppVersion::current(QStringLiteral("dev")));
+    QVERIFY(!AppVersion::current("dev"));
 }
 
 void TestVersions::tracker_data()
@@ -220,9 +219,8 @@ void TestVersions::releaseNotes()
     QCOMPARE(all.size(), 1);
     QCOMPARE(all[0].version, ReleaseNotes::floor());
     // The texts name the trigger, and the default when it is off.
-    QCOMPARE(all[0].features[0].title, QStringLiteral("Hold Alt and see everything"));
-    QCOMPARE(ReleaseNotes::all({}, {})[0].features[0].title,
-             QStringLiteral("Hold Ctrl and see everything"));
+    QCOMPARE(all[0].features[0].title, "Hold Alt and see everything");
+    QCOMPARE(ReleaseNotes::all({}, {})[0].features[0].title, "Hold Ctrl and see everything");
     // The clip is compiled into the program; the settings button opens the settings.
     bool clip = false;
     for (const WhatsNewFeature& feature : all[0].features) {
