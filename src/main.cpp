@@ -26,7 +26,11 @@ int main(int argc, char* argv[])
 
     // X11 first; under Wayland Corvane runs through XWayland.
     qputenv("QT_QPA_PLATFORM", "xcb");
-    // A tray utility that lives all day: the software scene graph, which needs no GPU driver.
+    // A tray utility that lives all day: the software scene graph, which needs no GPU driver, and
+    // no OpenGL integration either, or Qt's xcb plugin may load Mesa's driver and LLVM (some
+    // hundred MB resident) for nothing. A value the user set is kept.
+    if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
+        qputenv("QT_XCB_GL_INTEGRATION", "none");
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     // Debug lines (the permission poll) only when asked for with QT_LOGGING_RULES.
     QLoggingCategory::setFilterRules(QStringLiteral("com.vantorel.corvane.*.debug=false"));

@@ -5,7 +5,7 @@
 set -euo pipefail
 build_dir=${1:-build}
 here=$(cd "$(dirname "$0")" && pwd)
-session_benchmarks=" bench_crawl bench_overlay bench_shell bench_trigger "
+session_benchmarks=" bench_crawl bench_footprint bench_overlay bench_shell bench_trigger "
 status=0
 for program in "$build_dir"/bench/bench_*; do
     [ -f "$program" ] && [ -x "$program" ] || continue

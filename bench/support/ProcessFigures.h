@@ -1,7 +1,9 @@
 #pragma once
 
-// What a benchmark reports about a process from /proc: resident memory and CPU time.
+// What a benchmark reports about a process from /proc: resident memory, CPU time (of the process
+// and of its threads by name) and how often its threads were woken.
 
+#include <QDir>
 #include <QFile>
 #include <QString>
 #include <unistd.h>
@@ -21,10 +23,12 @@ inline double residentMegabytes(qint64 pid = 0)
     return 0;
 }
 
-// User plus system CPU time of the process, in seconds; 0 when unreadable.
-inline double cpuSeconds(qint64 pid)
+// User plus system CPU time of the process (or of one of its threads), in seconds; 0 when
+// unreadable.
+inline double cpuSeconds(qint64 pid, qint64 thread = 0)
 {
-    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+    QFile stat(thread ? QStringLiteral("/proc/%1/task/%2/stat").arg(pid).arg(thread)
+                      : QStringLiteral("/proc/%1/stat").arg(pid));
     if (!stat.open(QIODevice::ReadOnly))
         return 0;
     // After the command name (in parentheses, and it may hold some): utime and stime are the
@@ -33,6 +37,49 @@ inline double cpuSeconds(qint64 pid)
     const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 1).simplified().split(' ');
     return (fields.value(11).toDouble() + fields.value(12).toDouble()) /
            double(sysconf(_SC_CLK_TCK));
+}
+
+// A field of /proc/PID/smaps_rollup ("Rss", "Pss") in megabytes; 0 when unreadable.
+inline double rollupMegabytes(qint64 pid, const QByteArray& field)
+{
+    QFile rollup(QStringLiteral("/proc/%1/smaps_rollup").arg(pid));
+    if (!rollup.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray& line : rollup.readAll().split('\n'))
+        if (line.startsWith(field + ':'))
+            return line.mid(field.size() + 1).trimmed().split(' ').first().toDouble() / 1024.0;
+    return 0;
+}
+
+// CPU seconds of the process's threads whose name starts with `name` (a thread's name is cut
+// to 15 characters).
+inline double threadCpuSeconds(qint64 pid, const QString& name)
+{
+    double total = 0;
+    const QString tasks = QStringLiteral("/proc/%1/task").arg(pid);
+    for (const QString& task : QDir(tasks).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile comm(tasks + u'/' + task + QStringLiteral("/comm"));
+        if (comm.open(QIODevice::ReadOnly) &&
+            name.startsWith(QString::fromUtf8(comm.readAll()).trimmed()))
+            total += cpuSeconds(pid, task.toLongLong());
+    }
+    return total;
+}
+
+// Context switches of all the process's threads so far: each is a wake-up or a preemption.
+inline qint64 contextSwitches(qint64 pid)
+{
+    qint64 total = 0;
+    const QString tasks = QStringLiteral("/proc/%1/task").arg(pid);
+    for (const QString& task : QDir(tasks).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile status(tasks + u'/' + task + QStringLiteral("/status"));
+        if (!status.open(QIODevice::ReadOnly))
+            continue;
+        for (const QByteArray& line : status.readAll().split('\n'))
+            if (line.contains("ctxt_switches:"))
+                total += line.mid(line.indexOf(':') + 1).trimmed().toLongLong();
+    }
+    return total;
 }
 
 } // namespace corvane::test

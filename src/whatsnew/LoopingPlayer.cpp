@@ -1,40 +1,44 @@
 #include "LoopingPlayer.h"
 
-#include <QAudioOutput>
-#include <QMediaPlayer>
+#include <QCoreApplication>
+#include <QFileInfo>
 #include <QPainter>
 #include <QQuickWindow>
-#include <QVideoFrame>
-#include <QVideoSink>
+#include <QStandardPaths>
+#include <QtEndian>
 
 namespace corvane {
 
-LoopingPlayer::LoopingPlayer(QQuickItem* parent)
-    : QQuickPaintedItem(parent), m_player(std::make_unique<QMediaPlayer>()),
-      m_audio(std::make_unique<QAudioOutput>()), m_sink(std::make_unique<QVideoSink>())
+namespace {
+constexpr qsizetype headerSize = 12;  // width, height, restarts: little-endian 32-bit each
+constexpr quint32 largestSide = 4096; // anything larger is not a frame of ours
+} // namespace
+
+LoopingPlayer::LoopingPlayer(QQuickItem* parent) : QQuickPaintedItem(parent)
 {
-    m_audio->setMuted(true);
-    m_player->setAudioOutput(m_audio.get());
-    m_player->setVideoSink(m_sink.get());
-    m_player->setLoops(QMediaPlayer::Infinite);
-    connect(m_sink.get(), &QVideoSink::videoFrameChanged, this, &LoopingPlayer::showFrame);
-    // Over and over: Qt 6.4's FFmpeg backend stops at the end whatever the loop count says, so the
-    // end starts the clip again.
-    connect(m_player.get(), &QMediaPlayer::mediaStatusChanged, this,
-            [this](QMediaPlayer::MediaStatus status) {
-                if (status != QMediaPlayer::EndOfMedia || !m_looping)
-                    return;
-                m_player->setPosition(0);
-                m_player->play();
-            });
-    connect(m_player.get(), &QMediaPlayer::playbackStateChanged, this,
-            &LoopingPlayer::playingChanged);
+    m_decoder.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    connect(&m_decoder, &QProcess::readyReadStandardOutput, this, &LoopingPlayer::readFrames);
+    connect(&m_decoder, &QProcess::stateChanged, this, &LoopingPlayer::playingChanged);
+    connect(&m_decoder, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart)
+            qWarning("What's New: the clip player %s does not start; the clip stays blank",
+                     qPrintable(m_decoder.program()));
+    });
 }
 
 LoopingPlayer::~LoopingPlayer()
 {
-    // Dismantled: the clip stops here.
     pause();
+}
+
+QString LoopingPlayer::decoderProgram()
+{
+    const QString here = QCoreApplication::applicationDirPath();
+    for (const QString& candidate : {here + QStringLiteral("/corvane-clip"),
+                                     here + QStringLiteral("/../libexec/corvane/corvane-clip")})
+        if (QFileInfo(candidate).isExecutable())
+            return candidate;
+    return QStandardPaths::findExecutable(QStringLiteral("corvane-clip"));
 }
 
 void LoopingPlayer::setSource(const QUrl& source)
@@ -42,43 +46,71 @@ void LoopingPlayer::setSource(const QUrl& source)
     if (source == m_source)
         return;
     m_source = source;
-    m_player->setSource(source);
-    m_looping = !source.isEmpty();
-    if (m_looping)
-        m_player->play();
+    pause();
+    m_stopped = false;
+    startWhenSized();
     Q_EMIT sourceChanged();
 }
 
-bool LoopingPlayer::playing() const
+void LoopingPlayer::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry)
 {
-    return m_player->playbackState() == QMediaPlayer::PlayingState;
+    QQuickPaintedItem::geometryChange(newGeometry, oldGeometry);
+    startWhenSized();
 }
 
-bool LoopingPlayer::muted() const
+void LoopingPlayer::startWhenSized()
 {
-    return m_audio->isMuted();
-}
-
-int LoopingPlayer::loops() const
-{
-    return m_player->loops();
+    if (m_source.isEmpty() || width() <= 0 || height() <= 0 || playing() || m_stopped)
+        return;
+    // Frames at the size shown, for the screen's pixel density: nothing larger crosses the pipe.
+    const qreal ratio = window() ? window()->devicePixelRatio() : 1.0;
+    const QSize size = (QSizeF(width(), height()) * ratio).toSize();
+    m_pending.clear();
+    m_decoder.start(
+        decoderProgram(),
+        {m_source.toString(), QStringLiteral("%1x%2").arg(size.width()).arg(size.height())});
 }
 
 void LoopingPlayer::pause()
 {
-    m_looping = false;
-    m_player->pause();
+    m_stopped = !m_source.isEmpty(); // until the next source
+    if (m_decoder.state() == QProcess::NotRunning)
+        return;
+    // Its standard input closed, the helper ends by itself (its temporary copy of the clip
+    // goes with it); one that does not is stopped.
+    m_decoder.closeWriteChannel();
+    if (!m_decoder.waitForFinished(1000))
+        m_decoder.kill();
+    m_decoder.waitForFinished(1000);
 }
 
-void LoopingPlayer::showFrame(const QVideoFrame& frame)
+void LoopingPlayer::readFrames()
 {
-    const QImage image = frame.toImage();
-    if (image.isNull())
-        return;
-    m_frame = image;
-    ++m_framesShown;
-    update();
-    Q_EMIT frameShown();
+    m_pending += m_decoder.readAllStandardOutput();
+    // Only the newest complete frame is drawn; older ones waiting in the pipe are skipped.
+    while (m_pending.size() >= headerSize) {
+        const auto* header = reinterpret_cast<const uchar*>(m_pending.constData());
+        const quint32 width = qFromLittleEndian<quint32>(header);
+        const quint32 height = qFromLittleEndian<quint32>(header + 4);
+        if (width == 0 || height == 0 || width > largestSide || height > largestSide) {
+            qWarning("What's New: the clip player sent a %ux%u frame; the clip stops", width,
+                     height);
+            pause();
+            return;
+        }
+        const qsizetype bytes = qsizetype(width) * height * 4;
+        if (m_pending.size() < headerSize + bytes)
+            return;
+        m_restarts = int(qFromLittleEndian<quint32>(header + 8));
+        m_frame = QImage(int(width), int(height), QImage::Format_ARGB32_Premultiplied);
+        for (quint32 y = 0; y < height; ++y)
+            std::memcpy(m_frame.scanLine(int(y)),
+                        m_pending.constData() + headerSize + y * width * 4, size_t(width) * 4);
+        m_pending.remove(0, headerSize + bytes);
+        ++m_framesShown;
+        update();
+        Q_EMIT frameShown();
+    }
 }
 
 void LoopingPlayer::paint(QPainter* painter)
@@ -98,7 +130,7 @@ void LoopingPlayer::paint(QPainter* painter)
 void LoopingPlayer::itemChange(ItemChange change, const ItemChangeData& value)
 {
     if (change == ItemSceneChange) {
-        // The window closes: the clip pauses, so that a closed window decodes nothing. By name: the
+        // The window closes: the clip stops, so that a closed window decodes nothing. By name: the
         // signal's event type is private to Qt Quick.
         if (m_window)
             disconnect(m_window, SIGNAL(closing(QQuickCloseEvent*)), this, SLOT(pause()));

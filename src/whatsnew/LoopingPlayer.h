@@ -1,19 +1,15 @@
 #pragma once
 
-// A Qt Multimedia player, muted, looping for ever, without controls, whose frames fill and crop the
-// item. Frames are painted by the item itself, because Qt 6.4's VideoOutput draws nothing on the
-// software scene graph Corvane uses. The clip pauses when its window closes and when the item goes.
+// A clip played muted, looping for ever, without controls, its frames filling and cropping the
+// item. The decoding runs in a helper process (corvane-clip, beside the program) that sends the
+// frames through a pipe: Corvane itself never loads Qt Multimedia or FFmpeg, which would stay
+// resident for good once loaded. The clip stops when its window closes and when the item goes.
 
 #include <QImage>
 #include <QPointer>
+#include <QProcess>
 #include <QQuickPaintedItem>
 #include <QUrl>
-#include <memory>
-
-class QAudioOutput;
-class QMediaPlayer;
-class QVideoFrame;
-class QVideoSink;
 
 namespace corvane {
 
@@ -23,8 +19,8 @@ class LoopingPlayer : public QQuickPaintedItem {
     // For tests and diagnostics: what the player is doing.
     Q_PROPERTY(bool playing READ playing NOTIFY playingChanged)
     Q_PROPERTY(bool muted READ muted CONSTANT)
-    Q_PROPERTY(int loops READ loops CONSTANT)
     Q_PROPERTY(int framesShown READ framesShown NOTIFY frameShown)
+    Q_PROPERTY(int restarts READ restarts NOTIFY frameShown) // times the clip started over
 
 public:
     explicit LoopingPlayer(QQuickItem* parent = nullptr);
@@ -33,13 +29,15 @@ public:
     QUrl source() const { return m_source; }
     void setSource(const QUrl& source);
 
-    bool playing() const;
-    bool muted() const;
-    int loops() const;
+    bool playing() const { return m_decoder.state() != QProcess::NotRunning; }
+    bool muted() const { return true; }
     int framesShown() const { return m_framesShown; }
-    QMediaPlayer* player() const { return m_player.get(); }
+    int restarts() const { return m_restarts; }
 
     void paint(QPainter* painter) override;
+
+    // The helper program: beside this one (the build folder), or in ../libexec/corvane.
+    static QString decoderProgram();
 
 public Q_SLOTS:
     void pause();
@@ -51,17 +49,20 @@ Q_SIGNALS:
 
 protected:
     void itemChange(ItemChange change, const ItemChangeData& value) override;
+    void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
 
 private:
-    void showFrame(const QVideoFrame& frame);
+    // Starts the helper once there is a clip and a size to decode it for.
+    void startWhenSized();
+    void readFrames();
 
     QUrl m_source;
-    std::unique_ptr<QMediaPlayer> m_player;
-    std::unique_ptr<QAudioOutput> m_audio;
-    std::unique_ptr<QVideoSink> m_sink;
+    QProcess m_decoder;
+    QByteArray m_pending; // bytes of a frame not complete yet
     QImage m_frame;
     int m_framesShown = 0;
-    bool m_looping = false; // starts again at the end until paused
+    int m_restarts = 0;
+    bool m_stopped = false; // paused: resizing does not start it again
     QPointer<QQuickWindow> m_window;
 };
 

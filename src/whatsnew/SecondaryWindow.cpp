@@ -57,10 +57,6 @@ bool SecondaryView::event(QEvent* event)
 QQmlEngine& secondaryWindowEngine()
 {
     static QQmlEngine* engine = [] {
-        // Debian's Qt 6.4 GStreamer backend lacks the elements to play a clip; the FFmpeg one
-        // decodes with the libavcodec Qt Multimedia depends on anyway.
-        if (!qEnvironmentVariableIsSet("QT_MEDIA_BACKEND"))
-            qputenv("QT_MEDIA_BACKEND", "ffmpeg");
         qmlRegisterType<LoopingPlayer>("Corvane.Windows", 1, 0, "LoopingPlayer");
         QQmlEngine* made = makeViewEngine().release();
         made->setParent(qApp);

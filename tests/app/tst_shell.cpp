@@ -71,6 +71,14 @@ void TestShell::initTestCase()
     m_corvane =
         std::make_unique<CorvaneProcess>(QStringLiteral(CORVANE), QVariantMap{{"holdDelay", 0.3}});
     m_corvane->start();
+    // Idle, it maps no OpenGL driver, and neither Qt Multimedia nor its decoders: those come
+    // with a clip.
+    QFile maps(QStringLiteral("/proc/%1/maps").arg(m_corvane->pid()));
+    QVERIFY(maps.open(QIODevice::ReadOnly));
+    const QByteArray mapped = maps.readAll();
+    for (const char* library :
+         {"_dri.so", "libLLVM", "libGLX_mesa", "libQt6Multimedia", "libavcodec"})
+        QVERIFY2(!mapped.contains(library), library);
 }
 
 void TestShell::cleanupTestCase()

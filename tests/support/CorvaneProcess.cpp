@@ -9,8 +9,9 @@
 
 namespace corvane::test {
 
-CorvaneProcess::CorvaneProcess(const QString& program, const QVariantMap& settings, QObject* parent)
-    : QObject(parent), m_program(program)
+CorvaneProcess::CorvaneProcess(const QString& program, const QVariantMap& settings, bool verbose,
+                               QObject* parent)
+    : QObject(parent), m_program(program), m_verbose(verbose)
 {
     QDir(m_config.path()).mkpath("corvane");
     QSettings file(m_config.filePath("corvane/corvane.conf"), QSettings::IniFormat);
@@ -37,7 +38,8 @@ QProcessEnvironment CorvaneProcess::environment() const
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("XDG_CONFIG_HOME", m_config.path());
     environment.insert("TMPDIR", m_temporary.path());
-    environment.insert("QT_LOGGING_RULES", "com.vantorel.corvane.*=true");
+    if (m_verbose)
+        environment.insert("QT_LOGGING_RULES", "com.vantorel.corvane.*=true");
     return environment;
 }
 

@@ -20,8 +20,10 @@ public:
     };
 
     // `settings` are written to the settings file before the start (for example holdDelay).
+    // `verbose` turns every log category on; without it the program runs with the environment
+    // a desktop session gives it (its own settings and temporary folders aside).
     explicit CorvaneProcess(const QString& program, const QVariantMap& settings = {},
-                            QObject* parent = nullptr);
+                            bool verbose = true, QObject* parent = nullptr);
     ~CorvaneProcess() override;
 
     // Starts it and waits for its "started" line; fatal on failure.
@@ -59,6 +61,7 @@ private:
     void read();
 
     QString m_program;
+    bool m_verbose;
     QTemporaryDir m_config;
     QTemporaryDir m_temporary;
     QProcess m_process;

@@ -15,14 +15,12 @@
 #include "platform/linux/LinuxDesktop.h"
 #include "platform/linux/X11Workspace.h"
 #include "platform/linux/XInputMonitors.h"
-#include "whatsnew/LoopingPlayer.h"
 #include "whatsnew/WelcomeWindowController.h"
 #include "whatsnew/WhatsNewWindowController.h"
 
 #include <QAction>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QMediaPlayer>
 #include <QMenu>
 #include <QProcess>
 #include <QScreen>
@@ -104,7 +102,7 @@ void TestWindows::initTestCase()
         script.close();
         QVERIFY(script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
     }
-    qputenv("PATH", m_home.filePath("bin").toUtf8() + ':' + qgetenv("PATH"));
+    qputenv("PATH", m_home.filePath("bin").toUtf8() + ":" BIN_DIR ":" + qgetenv("PATH"));
 
     m_defaults = std::make_unique<UserDefaults>(UserDefaults::standardFilePath());
     QVERIFY(m_defaults->setBool(AppDelegate::launchedBeforeKey, true));
@@ -327,27 +325,20 @@ void TestWindows::whatsNewClipLoopsMutedAndPausesOnClose()
     WhatsNewWindowController::shared().show(
         ReleaseNotes::all(m_delegate->whatsNewActions(), "Ctrl"));
     waitUntilShown(WhatsNewWindowController::shared().window());
-    auto* clip = qobject_cast<LoopingPlayer*>(
-        item(WhatsNewWindowController::shared().view(), "mediaPlayer"));
-    QVERIFY(clip);
-    QVERIFY(clip->muted());
+    QQuickItem* clip = nullptr; // made after the window's first frame
+    QTRY_VERIFY((clip = item(WhatsNewWindowController::shared().view(), "mediaPlayer")));
+    QVERIFY(clip->property("muted").toBool());
     QCOMPARE(clip->size(), QSizeF(400, 250));
-    QPointer<QMediaPlayer> player = clip->player();
-    qint64 last = -1;
-    bool wrapped = false;
-    QObject context;
-    connect(player, &QMediaPlayer::positionChanged, &context, [&](qint64 position) {
-        wrapped = wrapped || position + 500 < last;
-        last = position;
-    });
-    QTRY_VERIFY_WITH_TIMEOUT(wrapped, 8000); // over and over
-    const int frames = clip->framesShown();
-    QTRY_VERIFY(clip->framesShown() > frames + 3); // frames keep coming after the start
-    QList<QMediaPlayer::PlaybackState> states;
-    connect(player, &QMediaPlayer::playbackStateChanged, &context,
-            [&](QMediaPlayer::PlaybackState state) { states << state; });
+    QTRY_VERIFY_WITH_TIMEOUT(clip->property("restarts").toInt() >= 1, 8000); // over and over
+    const int frames = clip->property("framesShown").toInt();
+    QTRY_VERIFY(clip->property("framesShown").toInt() > frames + 3);
+    // Closing the window pauses the clip before it goes.
+    QVERIFY(clip->property("playing").toBool());
+    QSignalSpy changed(clip, SIGNAL(playingChanged()));
+    QPointer<QQuickItem> gone = clip;
     WhatsNewWindowController::shared().close();
-    QVERIFY(states.contains(QMediaPlayer::PausedState));
+    QVERIFY(changed.count() >= 1);
+    QTRY_VERIFY(!gone); // with its window, and its decoders with it
 }
 
 void TestWindows::settingsApplyAtOnce()
