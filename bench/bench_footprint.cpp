@@ -70,7 +70,9 @@ int main(int argc, char* argv[])
         qFatal("geany did not become active");
     peek(x, corvane);
     memory("after_1_peek", pid);
-    const double cpu = cpuSeconds(pid), crawl = threadCpuSeconds(pid, "com.vantorel.corvane.crawl");
+    const double cpu = cpuSeconds(pid), crawl = threadCpuSeconds(pid, "com.vantorel.corvane.crawl"),
+                 bus = threadCpuSeconds(pid, "QDBusConnection"),
+                 mainThread = threadCpuSeconds(pid, "corvane");
     constexpr int peeks = 99;
     for (int i = 0; i < peeks; ++i)
         peek(x, corvane);
@@ -78,6 +80,10 @@ int main(int argc, char* argv[])
     std::printf("bench footprint_cpu_per_peek %.1f ms\n", (cpuSeconds(pid) - cpu) * 1000 / peeks);
     std::printf("bench footprint_crawl_cpu_per_peek %.1f ms\n",
                 (threadCpuSeconds(pid, "com.vantorel.corvane.crawl") - crawl) * 1000 / peeks);
+    std::printf("bench footprint_main_cpu_per_peek %.1f ms\n",
+                (threadCpuSeconds(pid, "corvane") - mainThread) * 1000 / peeks);
+    std::printf("bench footprint_bus_cpu_per_peek %.1f ms\n",
+                (threadCpuSeconds(pid, "QDBusConnection") - bus) * 1000 / peeks);
 
     const double before = rollupMegabytes(pid, "Rss");
     if (!tray.click("What's New in Corvane…") ||

@@ -18,7 +18,7 @@
 
 class QQmlComponent;
 class QQmlEngine;
-class QVariantAnimation;
+class QTimeLine;
 
 namespace corvane {
 
@@ -78,6 +78,7 @@ private:
     void removeKeyMonitor();
     bool handleKey(QKeyEvent* event); // true: consumed
     void fade(qreal to, int milliseconds, std::function<void()> completion);
+    void stopFade();
     qint64 nextGeneration();
     void grabKeyboardWhenViewable(int attemptsLeft);
 
@@ -90,7 +91,7 @@ private:
     std::unique_ptr<QQmlEngine> m_engine;
     std::unique_ptr<QQmlComponent> m_rootComponent;
     QPointer<QQuickItem> m_root;
-    QPointer<QVariantAnimation> m_fade;
+    QPointer<QTimeLine> m_fade;
     bool m_translucent = false;   // for the next panel made; the panel's own is isTranslucent()
     bool m_sectionsDrawn = false; // the sections shown have been drawn once, on or off screen
 };

@@ -20,6 +20,15 @@ namespace corvane::atspi {
 namespace {
 
 std::atomic<int> mainThreadRequests{0};
+
+// How long a key binding read by one crawl serves the next crawls of the same application.
+constexpr std::chrono::seconds keyBindingsKept{5};
+struct RecentBinding {
+    QString binding;
+    std::chrono::steady_clock::time_point readAt;
+};
+QMutex recentBindingsLock;
+QHash<QString, RecentBinding> recentBindings; // "service path" → binding
 std::atomic<int> directConnections{0};
 
 bool onMainThread()
@@ -112,6 +121,12 @@ QString describe(MenuBarError error)
         return QStringLiteral("the application did not answer in time");
     }
     return QStringLiteral("unknown");
+}
+
+void forgetRecentKeyBindings()
+{
+    const QMutexLocker locker(&recentBindingsLock);
+    recentBindings.clear();
 }
 
 int mainThreadRequestCount()
@@ -368,6 +383,36 @@ void Node::receiveKeyBinding(QDBusPendingCall& call)
 {
     const auto binding = firstArgument<QString>(m_session->wait(call), "s");
     m_shortcut = binding ? parseKeyBinding(*binding) : ShortcutKeys::none;
+    if (binding)
+        m_session->rememberKeyBinding(m_reference, *binding);
+}
+
+bool Node::takeRecentKeyBinding()
+{
+    const auto binding = m_session->recentKeyBinding(m_reference);
+    if (binding)
+        m_shortcut = parseKeyBinding(*binding);
+    return binding.has_value();
+}
+
+std::optional<QString> Session::recentKeyBinding(const Reference& object) const
+{
+    const QMutexLocker locker(&recentBindingsLock);
+    const auto it = recentBindings.constFind(object.service + u' ' + object.path.path());
+    if (it == recentBindings.constEnd() ||
+        std::chrono::steady_clock::now() - it->readAt > keyBindingsKept)
+        return std::nullopt;
+    return it->binding;
+}
+
+void Session::rememberKeyBinding(const Reference& object, const QString& binding)
+{
+    const auto now = std::chrono::steady_clock::now();
+    const QMutexLocker locker(&recentBindingsLock);
+    // Old ones go first: the table holds the last few seconds' crawls and nothing more.
+    recentBindings.removeIf(
+        [now](const auto& entry) { return now - entry.value().readAt > keyBindingsKept; });
+    recentBindings.insert(object.service + u' ' + object.path.path(), {binding, now});
 }
 
 QDBusPendingCall Node::sendChildren()
@@ -447,6 +492,8 @@ void Node::prefetchMenus(const std::shared_ptr<Node>& menuBar)
         const auto ask = [&](const std::shared_ptr<Node>& node, Ask what, int depth) {
             if ((what == Ask::info || what == Ask::candidateInfo) && objects++ >= objectLimit)
                 return false;
+            if (what == Ask::keyBinding && node->takeRecentKeyBinding())
+                return true;
             next.append({node, what, depth});
             return true;
         };
@@ -551,15 +598,24 @@ void Session::prefetch(const QString& menuBarPath)
             }
         }
     }
+    QStringList unread;
+    for (const QString& leaf : std::as_const(leaves)) {
+        if (const auto binding = recentKeyBinding(table->byPath.value(leaf).object))
+            keyBindings.insert(leaf, *binding);
+        else
+            unread.append(leaf);
+    }
     pipelined(
-        leaves.size(),
+        unread.size(),
         [&](qsizetype i) {
-            return send(table->byPath.value(leaves[i]).object, actionInterface,
+            return send(table->byPath.value(unread[i]).object, actionInterface,
                         QStringLiteral("GetKeyBinding"), {0});
         },
         [&](qsizetype i, QDBusPendingCall& call) {
-            if (const auto binding = firstArgument<QString>(wait(call), "s"))
-                keyBindings.insert(leaves[i], *binding);
+            if (const auto binding = firstArgument<QString>(wait(call), "s")) {
+                keyBindings.insert(unread[i], *binding);
+                rememberKeyBinding(table->byPath.value(unread[i]).object, *binding);
+            }
         });
     pipelined(
         menus.size(),
@@ -583,7 +639,8 @@ void Node::loadKeyBindings(const QList<std::shared_ptr<Node>>& nodes)
             node->m_session->keyBindings.constFind(node->m_reference.path.path());
         if (prefetched != node->m_session->keyBindings.constEnd())
             node->m_shortcut = node->parseKeyBinding(*prefetched);
-        else if (isLeafMenuItem(node->m_role, node->m_childCount) && node->isTitled())
+        else if (isLeafMenuItem(node->m_role, node->m_childCount) && node->isTitled() &&
+                 !node->takeRecentKeyBinding())
             leaves.append(node);
     }
     pipelined(
@@ -754,7 +811,7 @@ ShortcutKeys Node::parseKeyBinding(const QString& binding) const
 ShortcutKeys Node::shortcut()
 {
     ensureInfo();
-    if (!m_shortcut) {
+    if (!m_shortcut && !takeRecentKeyBinding()) {
         QDBusPendingCall call = sendKeyBinding();
         receiveKeyBinding(call);
     }
