@@ -8,22 +8,37 @@ JOBS        ?= $(shell nproc)
 FUZZ_DIR    ?= build-fuzz
 FUZZ_SECONDS ?= 300
 
-.PHONY: all deps configure build run test test-sanitize test-core fuzz fuzz-build package demo bench screenshots translations format \
+.PHONY: all deps test-deps configure build run test test-sanitize test-core fuzz fuzz-build package demo bench screenshots translations format \
         format-check lint mutation-check clean
 
 all: build
 
+# What building and running need; with the tests, also what only the tests, the benchmarks
+# and the demo use.
 deps:
 	@bash tools/install-deps.sh
 
-configure: deps
-	@cmake -S . -B $(BUILD_DIR) -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) $(CMAKE_FLAGS) > /dev/null
+test-deps:
+	@bash tools/install-deps.sh --tests
+
+# TESTS=OFF builds the programs only (no fixtures, tests or benchmarks, and none of what they need).
+TESTS ?= ON
+configure: $(if $(filter ON,$(TESTS)),test-deps,deps)
+	@cmake -S . -B $(BUILD_DIR) -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) -DCORVANE_TESTS=$(TESTS) \
+	    $(CMAKE_FLAGS) > /dev/null
 
 build: configure
 	@cmake --build $(BUILD_DIR) -j $(JOBS)
 
-run: build
-	$(BUILD_DIR)/bin/corvane
+# Without a display (a server, a container) Corvane cannot show itself: the demo shows it at
+# work in a virtual session instead.
+run:
+	@if [ -z "$$DISPLAY$$WAYLAND_DISPLAY" ]; then \
+	    echo "make run: there is no display here (DISPLAY and WAYLAND_DISPLAY are not set), so this runs make demo: Corvane at work in a virtual session, with screenshots in demo-output/"; \
+	    $(MAKE) --no-print-directory demo; \
+	else \
+	    $(MAKE) --no-print-directory build TESTS=OFF && $(BUILD_DIR)/bin/corvane; \
+	fi
 
 test: build fuzz-build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS)
@@ -31,7 +46,7 @@ test: build fuzz-build
 
 # The libFuzzer targets (tests/fuzz), built with clang and both sanitizers in a folder of their
 # own. `make test` runs each for 20 seconds on its corpus; `make fuzz` for FUZZ_SECONDS each.
-fuzz-build: deps
+fuzz-build: test-deps
 	@cmake -S . -B $(FUZZ_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCORVANE_FUZZ=ON \
 	    -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ > /dev/null
 	@cmake --build $(FUZZ_DIR) --target corvane_fuzzers -j $(JOBS)
@@ -44,7 +59,7 @@ fuzz: fuzz-build
 # (tools/lsan.supp); Qt's GLX integration is off so that Mesa's driver, unloaded at exit, leaves
 # no leak without a name. The package test is left out: its chroot has no sanitizer runtime.
 SANITIZE_DIR ?= build-sanitize
-test-sanitize: deps
+test-sanitize: test-deps
 	@cmake -S . -B $(SANITIZE_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCORVANE_SANITIZE=ON \
 	    $(CMAKE_FLAGS) > /dev/null
 	@cmake --build $(SANITIZE_DIR) -j $(JOBS)
@@ -72,7 +87,7 @@ screenshots: build
 # Brings the German and French catalogs (and the English plural forms) up to date with the
 # sources; translate what it marks unfinished (Qt Linguist, or any editor), then commit the .ts
 # files.
-translations: deps
+translations: test-deps
 	/usr/lib/qt6/bin/lupdate -locations none -no-obsolete -extensions cpp,h,qml src \
 	    -ts data/translations/corvane_de.ts data/translations/corvane_fr.ts
 	/usr/lib/qt6/bin/lupdate -locations none -no-obsolete -pluralonly -extensions cpp,h,qml src \
@@ -87,7 +102,7 @@ format-check:
 # Deliberate faults (tests/mutations/faults.txt), one at a time on a copy of the tree in
 # build-mutation/: which of them the tests covering the changed code catch, and the size of the
 # tests beside the product code.
-mutation-check: deps
+mutation-check: test-deps
 	@python3 tools/mutation-check.py
 
 # Tracked files never point at documents the repository does not hold (tools/lint.sh).

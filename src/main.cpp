@@ -7,6 +7,7 @@
 #include "platform/UserDefaults.h"
 #include "platform/linux/AccessibilitySwitch.h"
 #include "platform/linux/AtspiClient.h"
+#include "platform/linux/DisplaySession.h"
 #include "platform/linux/JournalLog.h"
 #include "platform/linux/LinuxDesktop.h"
 #include "platform/linux/QuitOnSignals.h"
@@ -24,7 +25,28 @@ int main(int argc, char* argv[])
 {
     using namespace corvane;
 
-    // X11 first; under Wayland Corvane runs through XWayland.
+    // Options are read before anything needs a display: --help and --version work anywhere.
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray option = argv[i];
+        if (option == "--help" || option == "-h") {
+            QTextStream(stdout)
+                << "usage: corvane [--help | --version]\n\n"
+                   "Corvane lives in the tray. Hold Ctrl for a moment over any application to see "
+                   "its menu\ncommands and their shortcuts; release over the panel to search and "
+                   "run them.\nThe tray menu has its settings.\n";
+            return 0;
+        }
+        if (option == "--version" || option == "-v") {
+            QTextStream(stdout) << "corvane " CORVANE_VERSION "\n";
+            return 0;
+        }
+        QTextStream(stderr) << "corvane: unknown option " << option << " (see corvane --help)\n";
+        return 2;
+    }
+    // X11 first; under Wayland Corvane runs through XWayland. Without a display, one line
+    // says so (Qt would abort).
+    if (!DisplaySession::prepare("corvane", argc, argv))
+        return 1;
     qputenv("QT_QPA_PLATFORM", "xcb");
     // A tray utility that lives all day: the software scene graph, which needs no GPU driver, and
     // no OpenGL integration either, or Qt's xcb plugin may load Mesa's driver and LLVM (some

@@ -1,6 +1,9 @@
 #!/usr/bin/env bash
-# Installs the Debian bookworm packages Corvane needs to build, test and run.
+# Installs the Debian bookworm packages Corvane needs: to build and run it, and with --tests also
+# what the tests, the benchmarks and the demo use (a virtual X session, real applications, tools).
 # Idempotent: only missing packages are installed. Run as root, or with sudo available.
+#
+#   tools/install-deps.sh [--tests]
 set -euo pipefail
 
 packages=(
@@ -9,24 +12,28 @@ packages=(
   qt6-base-dev qt6-base-dev-tools qt6-declarative-dev qt6-declarative-dev-tools
   qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools qt6-svg-dev qt6-multimedia-dev
   libx11-dev libxi-dev libxtst-dev libgl-dev
-  # QML modules loaded at run time
+  # QML modules and plugins loaded at run time; the accessibility bus
   qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-layouts
   qml6-module-qtquick-window qml6-module-qtquick-templates qml6-module-qtqml-workerscript
-  qml6-module-qtmultimedia qml6-module-qtqml-models qml6-module-qtquick-shapes
-  libqt6svg6 qt6-qpa-plugins
-  # Fuzzing and sanitizers
-  clang libclang-rt-14-dev
-  # Test session: X server, window manager, buses, input, real applications
-  xvfb openbox xdotool x11-utils dbus dbus-x11 at-spi2-core libatk-adaptor
-  libgtk-3-dev geany mousepad featherpad python3-pyatspi python3-gi gir1.2-atspi-2.0
-  desktop-file-utils appstream python3 e2fsprogs
-  # A compositing manager that tests start and stop (the panel's glass)
-  xcompmgr
-  # The network and privacy check (system calls), the HTTPS update test (a certificate)
-  strace openssl
-  # Packaging, and the clean root the package test installs it into
-  dpkg-dev debootstrap
+  qml6-module-qtqml-models qml6-module-qtquick-shapes libqt6svg6 qt6-qpa-plugins
+  at-spi2-core dbus
 )
+if [ "${1:-}" = "--tests" ]; then
+  packages+=(
+    # Fuzzing and sanitizers
+    clang libclang-rt-14-dev
+    # The test session: X server, window manager, buses, input, real applications
+    xvfb openbox xdotool x11-utils dbus-x11 libatk-adaptor libgtk-3-dev
+    geany mousepad featherpad python3-pyatspi python3-gi gir1.2-atspi-2.0
+    desktop-file-utils appstream python3 e2fsprogs
+    # A compositing manager that tests start and stop (the panel's glass)
+    xcompmgr
+    # The network and privacy check (system calls), the HTTPS update test (a certificate)
+    strace openssl
+    # Packaging, and the clean root the package test installs it into
+    dpkg-dev debootstrap
+  )
+fi
 
 missing=()
 for p in "${packages[@]}"; do

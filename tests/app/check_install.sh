@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # `cmake --install` puts the programs and the desktop integration in place, and the installed
-# desktop entry and metainfo pass desktop-file-validate and appstreamcli validate.
+# desktop entry and metainfo pass desktop-file-validate and appstreamcli validate. Without a
+# display the programs answer --help and --version, and a start says in one line what is missing
+# (status 1) instead of aborting.
 #
 #   check_install.sh BUILD_DIR
 set -euo pipefail
@@ -11,7 +13,7 @@ trap 'rm -rf "$root"' EXIT
 cmake --install "$build" --prefix "$root/usr" > /dev/null
 cd "$root/usr"
 expected=(
-    bin/corvane bin/corvane-menus
+    bin/corvane bin/corvane-menus libexec/corvane/corvane-clip
     share/applications/com.vantorel.Corvane.desktop
     share/metainfo/com.vantorel.Corvane.metainfo.xml
     share/icons/hicolor/scalable/apps/com.vantorel.Corvane.svg
@@ -36,4 +38,17 @@ for size in 16 22 24 32 48 64 128 256; do
     shown=$(png_size "share/icons/hicolor/${size}x${size}/apps/com.vantorel.Corvane.png")
     [ "$shown" = "${size}x${size}" ] || { echo "${size}x${size} icon is $shown" >&2; exit 1; }
 done
-echo "installed: ${#expected[@]} files, desktop entry and metainfo valid"
+for program in bin/corvane bin/corvane-menus "$build/bin/corvane-overlay-preview" \
+    "$build/bin/corvane-window-preview"; do
+    for option in --help --version; do
+        env -u DISPLAY -u WAYLAND_DISPLAY "$program" $option > /dev/null ||
+            { echo "$program $option failed without a display" >&2; exit 1; }
+    done
+done
+for program in bin/corvane "$build/bin/corvane-overlay-preview" "$build/bin/corvane-window-preview"; do
+    status=0
+    said=$(env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM "$program" 2>&1 >/dev/null) || status=$?
+    [ "$status" = 1 ] && [ "$(wc -l <<<"$said")" = 1 ] && [[ $said == *"no display"* ]] ||
+        { echo "$program without a display: status $status, said: $said" >&2; exit 1; }
+done
+echo "installed: ${#expected[@]} files, desktop entry and metainfo valid; no display handled"

@@ -163,6 +163,14 @@ int main(int argc, char* argv[])
     QCoreApplication::setApplicationName(QStringLiteral("corvane-menus"));
     QStringList args = app.arguments().mid(1);
     QTextStream out(stdout), err(stderr);
+    if (args.contains(u"--help") || args.contains(u"-h")) {
+        out << usage;
+        return ok;
+    }
+    if (args.contains(u"--version") || args.contains(u"-v")) {
+        out << "corvane-menus " CORVANE_VERSION "\n";
+        return ok;
+    }
     const bool json = args.removeAll(QStringLiteral("--json")) > 0;
     const QString command = args.value(0);
     if (command.isEmpty() || (command != u"list" && args.size() < 2) ||

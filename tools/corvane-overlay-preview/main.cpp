@@ -11,6 +11,7 @@
 #include "overlay/OverlayPanelController.h"
 #include "overlay/Palettes.h"
 #include "overlay/ViewFactory.h"
+#include "platform/linux/DisplaySession.h"
 
 #include <QCommandLineParser>
 #include <QElapsedTimer>
@@ -35,14 +36,18 @@ int fail(const QString& message, int status = 1)
 
 int main(int argc, char** argv)
 {
+    if (!DisplaySession::prepare("corvane-overlay-preview", argc, argv))
+        return 1;
     QGuiApplication app(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("corvane-overlay-preview"));
+    QGuiApplication::setApplicationVersion(QStringLiteral(CORVANE_VERSION));
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("Shows Corvane's overlay for a menu catalog in JSON, the format of "
                        "`corvane-menus dump --json`."));
     parser.addHelpOption();
+    parser.addVersionOption();
     parser.addPositionalArgument(QStringLiteral("catalog"),
                                  QStringLiteral("The catalog (JSON file); \"-\" reads standard "
                                                 "input. Without it the overlay shows the loading "

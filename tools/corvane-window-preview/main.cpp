@@ -12,6 +12,7 @@
 #include "platform/AccessibilityTrust.h"
 #include "platform/DesktopIntegration.h"
 #include "platform/UserDefaults.h"
+#include "platform/linux/DisplaySession.h"
 #include "whatsnew/WelcomeWindowController.h"
 #include "whatsnew/WhatsNewWindowController.h"
 
@@ -75,14 +76,18 @@ int fail(const QString& message, int status = 1)
 
 int main(int argc, char** argv)
 {
+    if (!DisplaySession::prepare("corvane-window-preview", argc, argv))
+        return 1;
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("corvane-window-preview"));
+    QApplication::setApplicationVersion(QStringLiteral(CORVANE_VERSION));
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("Shows one of Corvane's windows: settings, welcome or whatsnew."));
     parser.addHelpOption();
+    parser.addVersionOption();
     parser.addPositionalArgument(QStringLiteral("window"),
                                  QStringLiteral("settings, welcome or whatsnew"));
     const QCommandLineOption trusted(QStringLiteral("trusted"),
