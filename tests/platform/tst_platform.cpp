@@ -3,11 +3,13 @@
 
 #include "ReadOnlyFolder.h"
 #include "platform/UserDefaults.h"
+#include "platform/linux/AppIdentity.h"
 #include "platform/linux/JournalLog.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
@@ -31,6 +33,7 @@ private Q_SLOTS:
     void unwritableFileLosesNothing();
     void fileWithAFormatErrorIsSetAside();
     void journal();
+    void identity();
 
 private:
     QString write(const QString& name, const QByteArray& bytes)
@@ -210,6 +213,50 @@ void TestPlatform::journal()
     QCOMPARE(fields.value("MESSAGE"), QByteArray("two\nlines"));
     QCOMPARE(fields.value("PRIORITY"), QByteArray("3"));
     ::close(journal);
+}
+
+void TestPlatform::identity()
+{
+    // An editor and its client program both claim the window class "Emacs"; a program that
+    // other entries do not know; a desktop file a launcher set for its own process.
+    QDir(m_dir.path()).mkpath("apps");
+    QDir(m_dir.path()).mkpath("bin");
+    const auto entry = [this](const char* id, const QByteArray& lines) {
+        write(QStringLiteral("apps/%1.desktop").arg(id),
+              "[Desktop Entry]\nType=Application\nName=" + QByteArray(id) + "\n" + lines);
+    };
+    entry("aa-client", "StartupWMClass=Emacs\nExec=sh -c \"editor-client %F\"\n");
+    entry("editor", "StartupWMClass=Emacs\nExec=editor %F\n");
+    entry("geany", "Exec=geany %F\n");
+    write("bin/editor", "#!/bin/sh\nexec sleep 30\n");
+    QFile::setPermissions(m_dir.filePath("bin/editor"), QFile::ReadOwner | QFile::ExeOwner);
+    qputenv("PATH", m_dir.filePath("bin").toUtf8() + ':' + qgetenv("PATH"));
+    const DesktopEntries entries({m_dir.filePath("apps")});
+    const QString editor = QFileInfo(m_dir.filePath("bin/editor")).canonicalFilePath();
+    const AppIdentity::WindowHints emacs{{}, {}, "Emacs"};
+    QCOMPARE(AppIdentity::resolve(1, emacs, entries, {}, editor).appId, "editor");
+    QCOMPARE(AppIdentity::resolve(1, emacs, entries, {}, "/usr/bin/other").appId, "aa-client");
+    // No window could be read: the program names it, through its entry or by its file name.
+    QCOMPARE(AppIdentity::resolve(1, std::nullopt, entries, {}, editor).appId, "editor");
+    QCOMPARE(AppIdentity::resolve(1, std::nullopt, entries, {}, "/usr/bin/unknown").appId,
+             "unknown");
+    // A desktop file in the environment counts for the process its launcher started, not for
+    // a child that inherited it.
+    for (const char* pid : {"$$", "1"}) {
+        QProcess launched;
+        launched.start("sh", {"-c", QStringLiteral("GIO_LAUNCHED_DESKTOP_FILE=%1 "
+                                                   "GIO_LAUNCHED_DESKTOP_FILE_PID=%2 exec sleep 30")
+                                        .arg(m_dir.filePath("apps/geany.desktop"), pid)});
+        QVERIFY(launched.waitForStarted());
+        QTest::qWait(200);
+        const qint64 sleeper = launched.processId();
+        QCOMPARE(AppIdentity::resolve(sleeper, std::nullopt, entries, {},
+                                      AppIdentity::executableOf(sleeper))
+                     .appId,
+                 QString(pid) == u"1" ? "sleep" : "geany");
+        launched.kill();
+        launched.waitForFinished();
+    }
 }
 
 QTEST_GUILESS_MAIN(TestPlatform)

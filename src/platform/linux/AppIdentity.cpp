@@ -1,6 +1,7 @@
 #include "AppIdentity.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 
@@ -41,8 +42,14 @@ RunningApp fromEntry(qint64 pid, const QString& id, const std::optional<DesktopE
 
 } // namespace
 
+QString executableOf(qint64 pid)
+{
+    return QFileInfo(QStringLiteral("/proc/%1/exe").arg(pid)).canonicalFilePath();
+}
+
 RunningApp resolve(qint64 pid, const std::optional<WindowHints>& window,
-                   const DesktopEntries& entries, const QString& fallbackName)
+                   const DesktopEntries& entries, const QString& fallbackName,
+                   const QString& executable)
 {
     const QString className = window ? window->wmClass : QString();
     const QString fallback = !className.isEmpty() ? className : fallbackName;
@@ -57,12 +64,18 @@ RunningApp resolve(qint64 pid, const std::optional<WindowHints>& window,
         const QString id = stripDesktop(launched);
         return fromEntry(pid, id, entries.byId(id), fallback);
     }
-    if (const auto entry = entries.byWindowClass(className))
+    if (const auto entry = entries.byWindowClass(className, executable))
         return fromEntry(pid, entry->id, entry, fallback);
     if (!className.isEmpty())
         return RunningApp{pid, className, className, {}};
-    return RunningApp{
-        pid, std::nullopt, fallbackName, {}}; // no window and no class: no application id
+    // No window and no class: the program itself, through the entry that runs it or by name.
+    if (const auto entry = entries.byExecutable(executable))
+        return fromEntry(pid, entry->id, entry, fallbackName);
+    if (!executable.isEmpty()) {
+        const QString name = QFileInfo(executable).fileName();
+        return RunningApp{pid, name, fallbackName.isEmpty() ? name : fallbackName, {}};
+    }
+    return RunningApp{pid, std::nullopt, fallbackName, {}}; // nothing to name it by
 }
 
 std::optional<WindowHints> windowHints(qint64 pid)

@@ -15,9 +15,16 @@ struct WindowHints {
     QString wmClass;          // the class part of WM_CLASS
 };
 
-// The rule chain, first hit wins; pure apart from reading /proc/PID/environ.
+// The rule chain, first hit wins; pure apart from reading /proc/PID/environ. `executable` is the
+// process's program (the canonical path of /proc/PID/exe): of several desktop entries for one
+// window class it picks the one that runs it, and when no window could be read (a lookup that
+// missed under load) it names the application, so that a process on screen always has an id.
 RunningApp resolve(qint64 pid, const std::optional<WindowHints>& window,
-                   const DesktopEntries& entries, const QString& fallbackName = {});
+                   const DesktopEntries& entries, const QString& fallbackName = {},
+                   const QString& executable = {});
+
+// The canonical path of the process's program, or "" when it cannot be read.
+QString executableOf(qint64 pid);
 
 // The hints of the first top-level window (_NET_CLIENT_LIST) of the process, if the X server
 // (DISPLAY) can be reached and has one.
@@ -25,7 +32,8 @@ std::optional<WindowHints> windowHints(qint64 pid);
 
 inline RunningApp forProcess(qint64 pid, const QString& fallbackName = {})
 {
-    return resolve(pid, windowHints(pid), DesktopEntries::installed(), fallbackName);
+    return resolve(pid, windowHints(pid), DesktopEntries::installed(), fallbackName,
+                   executableOf(pid));
 }
 
 } // namespace corvane::AppIdentity

@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
+#include <QProcess>
 #include <QStandardPaths>
 
 namespace corvane {
@@ -28,6 +29,8 @@ DesktopEntries::DesktopEntries(const QStringList& folders)
                 m_byId.insert(id, *entry);
         }
     }
+    m_ids = m_byId.keys();
+    m_ids.sort();
 }
 
 std::optional<DesktopEntry> DesktopEntries::read(const QString& path)
@@ -65,6 +68,8 @@ std::optional<DesktopEntry> DesktopEntries::read(const QString& path)
             entry.icon = value;
         else if (key == u"StartupWMClass")
             entry.startupWMClass = value;
+        else if (key == u"Exec")
+            entry.program = QProcess::splitCommand(value).value(0);
         else if (key == u"Hidden" && value == u"true")
             hidden = true;
     }
@@ -83,17 +88,48 @@ std::optional<DesktopEntry> DesktopEntries::byId(const QString& id) const
     return it == m_byId.constEnd() ? std::nullopt : std::optional<DesktopEntry>(*it);
 }
 
-std::optional<DesktopEntry> DesktopEntries::byWindowClass(const QString& wmClass) const
+bool DesktopEntries::runs(const DesktopEntry& entry, const QString& executable)
+{
+    if (entry.program.isEmpty() || executable.isEmpty())
+        return false;
+    const QString program = entry.program.contains(u'/')
+                                ? entry.program
+                                : QStandardPaths::findExecutable(entry.program);
+    return !program.isEmpty() && QFileInfo(program).canonicalFilePath() == executable;
+}
+
+std::optional<DesktopEntry> DesktopEntries::byWindowClass(const QString& wmClass,
+                                                          const QString& executable) const
 {
     if (wmClass.isEmpty())
         return std::nullopt;
-    for (const DesktopEntry& entry : m_byId)
-        if (!entry.startupWMClass.isEmpty() &&
-            entry.startupWMClass.compare(wmClass, Qt::CaseInsensitive) == 0)
-            return entry;
-    for (const DesktopEntry& entry : m_byId)
-        if (entry.id.compare(wmClass, Qt::CaseInsensitive) == 0)
-            return entry;
+    const auto pick = [&](auto claims) -> std::optional<DesktopEntry> {
+        std::optional<DesktopEntry> first;
+        for (const QString& id : m_ids) {
+            const DesktopEntry& entry = m_byId[id];
+            if (!claims(entry))
+                continue;
+            if (runs(entry, executable))
+                return entry;
+            if (!first)
+                first = entry;
+        }
+        return first;
+    };
+    if (auto entry = pick([&](const DesktopEntry& e) {
+            return !e.startupWMClass.isEmpty() &&
+                   e.startupWMClass.compare(wmClass, Qt::CaseInsensitive) == 0;
+        }))
+        return entry;
+    return pick(
+        [&](const DesktopEntry& e) { return e.id.compare(wmClass, Qt::CaseInsensitive) == 0; });
+}
+
+std::optional<DesktopEntry> DesktopEntries::byExecutable(const QString& executable) const
+{
+    for (const QString& id : m_ids)
+        if (runs(m_byId[id], executable))
+            return m_byId[id];
     return std::nullopt;
 }
 
