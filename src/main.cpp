@@ -12,6 +12,7 @@
 #include "platform/linux/LinuxDesktop.h"
 #include "platform/linux/QuitOnSignals.h"
 #include "platform/linux/SingleInstance.h"
+#include "platform/linux/X11BusAddress.h"
 #include "platform/linux/X11Compositing.h"
 #include "platform/linux/X11Workspace.h"
 #include "platform/linux/XInputMonitors.h"
@@ -87,6 +88,10 @@ int main(int argc, char* argv[])
                             << "); \"Peek Current App\" in the tray menu still works.\n";
     X11Workspace workspace;
     AccessibilitySwitch trust;
+    // Qt applications started from now on find the bus even where its launcher did not say.
+    X11BusAddress busAddress;
+    QObject::connect(&trust, &AccessibilitySwitch::busAddressChanged, &busAddress,
+                     &X11BusAddress::follow);
 
     AppDelegate delegate(UserDefaults::standard(),
                          {.monitors = monitors,

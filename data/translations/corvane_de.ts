@@ -333,6 +333,17 @@
     </message>
 </context>
 <context>
+    <name>corvane::OverlayViewModel</name>
+    <message>
+        <source>%1 is not on the accessibility bus: if it was started before accessibility was switched on, quit and reopen it.</source>
+        <translation>%1 ist nicht am Barrierefreiheits-Bus: Wurde es gestartet, bevor die Barrierefreiheit eingeschaltet war, beenden Sie es und öffnen Sie es erneut.</translation>
+    </message>
+    <message>
+        <source>%1 started without accessibility: quit and reopen it to see its menus.</source>
+        <translation>%1 wurde ohne Barrierefreiheit gestartet: Beenden Sie es und öffnen Sie es erneut, um seine Menüs zu sehen.</translation>
+    </message>
+</context>
+<context>
     <name>corvane::StatusMenuController</name>
     <message>
         <source>Accessibility access needed — click to fix</source>

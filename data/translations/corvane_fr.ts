@@ -333,6 +333,17 @@
     </message>
 </context>
 <context>
+    <name>corvane::OverlayViewModel</name>
+    <message>
+        <source>%1 is not on the accessibility bus: if it was started before accessibility was switched on, quit and reopen it.</source>
+        <translation>%1 n’est pas sur le bus d’accessibilité : s’il a été lancé avant l’activation de l’accessibilité, quittez-le et rouvrez-le.</translation>
+    </message>
+    <message>
+        <source>%1 started without accessibility: quit and reopen it to see its menus.</source>
+        <translation>%1 a démarré sans l’accessibilité : quittez-le et rouvrez-le pour voir ses menus.</translation>
+    </message>
+</context>
+<context>
     <name>corvane::StatusMenuController</name>
     <message>
         <source>Accessibility access needed — click to fix</source>

@@ -311,9 +311,18 @@ void AppDelegate::crawlAndUpdate(const RunningApp& app)
         const auto cache = weakCache.lock();
         if (!cache)
             return;
-        const auto catalog = MenuCrawler(source).crawl(app);
-        if (!catalog)
+        MenuBarError why = menuBarFound;
+        const auto catalog = MenuCrawler(source).crawl(app, &why);
+        if (!catalog) {
+            QMetaObject::invokeMethod(
+                QCoreApplication::instance(),
+                [self, app, why] {
+                    if (self)
+                        self->crawlFailedOnMainThread(app, why);
+                },
+                Qt::QueuedConnection);
             return;
+        }
         cache->store(*catalog);
         // Back on the main thread; the application object outlives every delegate.
         QMetaObject::invokeMethod(
@@ -324,6 +333,32 @@ void AppDelegate::crawlAndUpdate(const RunningApp& app)
             },
             Qt::QueuedConnection);
     });
+}
+
+void AppDelegate::crawlFailedOnMainThread(const RunningApp& app, MenuBarError why)
+{
+    const auto showsApp = [this, pid = app.pid] {
+        return panelIsVisible() && targetApp && targetApp->pid == pid;
+    };
+    if (!showsApp())
+        return;
+    switch (why) {
+    case applicationStarting:
+        // It may still be joining the bus: asked again a second later, while the panel shows it.
+        QTimer::singleShot(1000, this, [this, app, showsApp] {
+            if (showsApp())
+                crawlAndUpdate(app);
+        });
+        break;
+    case applicationNotFound:
+        overlay.viewModel().setUnreadable(OverlayViewModel::Unreadable::notOnBus);
+        break;
+    case applicationUnpublished:
+        overlay.viewModel().setUnreadable(OverlayViewModel::Unreadable::restartNeeded);
+        break;
+    default:
+        break; // a slow or menu-less application: the panel keeps waiting for the next crawl
+    }
 }
 
 void AppDelegate::crawlFinishedOnMainThread(quint64 sequence, const RunningApp& app,

@@ -123,6 +123,7 @@ private:
     void adoptPanel(PeekPanel* panel);
     void firstFrameSwapped();
     void startCrawlAfterFirstFrame();
+    void crawlFailedOnMainThread(const RunningApp& app, MenuBarError why);
     void crawlFinishedOnMainThread(quint64 sequence, const RunningApp& app,
                                    const MenuCatalog& catalog);
 

@@ -4,6 +4,27 @@
 
 namespace corvane {
 
+QString describe(MenuBarError error)
+{
+    switch (error) {
+    case menuBarFound:
+        return QStringLiteral("found");
+    case busUnavailable:
+        return QStringLiteral("the accessibility bus is not reachable");
+    case applicationNotFound:
+        return QStringLiteral("the application is not on the accessibility bus");
+    case noMenuBar:
+        return QStringLiteral("the application shows no menu bar");
+    case requestTimedOut:
+        return QStringLiteral("the application did not answer in time");
+    case applicationUnpublished:
+        return QStringLiteral("the application is on the accessibility bus but publishes nothing");
+    case applicationStarting:
+        return QStringLiteral("the application is still starting");
+    }
+    return QStringLiteral("unknown");
+}
+
 CrawlQueue::CrawlQueue(QObject* parent)
     : QObject(parent), m_thread(new QThread), m_worker(new QObject)
 {
@@ -31,12 +52,14 @@ CrawlQueue& MenuCrawler::queue()
     return *instance;
 }
 
-std::optional<MenuCatalog> MenuCrawler::crawl(const RunningApp& app) const
+std::optional<MenuCatalog> MenuCrawler::crawl(const RunningApp& app, MenuBarError* why) const
 {
     WalkBudget budget(crawlDeadline);
     if (!app.appId || app.appId->isEmpty())
         return MenuWalk::crawl(app, nullptr, 0, budget); // logs the missing identifier
     const MenuSource::MenuBar bar = m_source->menuBar(app.pid, budget);
+    if (why)
+        *why = MenuBarError(bar.error);
     return MenuWalk::crawl(app, bar.node, bar.error, budget);
 }
 

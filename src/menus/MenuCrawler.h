@@ -36,8 +36,9 @@ public:
 
     explicit MenuCrawler(std::shared_ptr<MenuSource> source) : m_source(std::move(source)) {}
 
-    // Blocking; call on queue().
-    std::optional<MenuCatalog> crawl(const RunningApp& app) const;
+    // Blocking; call on queue(). `why`, when given, gets why no menu bar was read (menuBarFound
+    // when one was, whatever the walk then found in it).
+    std::optional<MenuCatalog> crawl(const RunningApp& app, MenuBarError* why = nullptr) const;
     PressOutcome press(const QList<PathStep>& path, qint64 pid) const;
 
     // The process-wide crawl queue, created on first use (owned by the application object).

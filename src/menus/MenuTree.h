@@ -55,6 +55,21 @@ private:
     bool m_timedOut = false;
 };
 
+// Why a menu bar could not be had; logged as the crawl's "AXError %d".
+enum MenuBarError : int {
+    menuBarFound = 0,
+    busUnavailable = 1,
+    applicationNotFound = 2,
+    noMenuBar = 3,
+    requestTimedOut = 4,
+    // On the accessibility bus but publishing nothing: the application's start went wrong, and
+    // only a restart brings it on.
+    applicationUnpublished = 5,
+    // Not listed yet, and started moments ago: it may still be joining.
+    applicationStarting = 6,
+};
+QString describe(MenuBarError error);
+
 // Where a walk starts: the menu bar of a process, read within the walk's budget. `error` is 0 when
 // a menu bar was found.
 class MenuSource {

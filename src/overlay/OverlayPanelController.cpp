@@ -153,6 +153,7 @@ void OverlayPanelController::fill(const RunningApp& app, const std::optional<Men
     m_viewModel.setAppName(!app.name.isEmpty() ? app.name : app.appId.value_or(QString()));
     m_viewModel.setAppIcon(app.iconName);
     m_viewModel.setSections(catalog ? catalog->sections : QList<MenuSection>{});
+    m_viewModel.setUnreadable(OverlayViewModel::Unreadable::no);
     m_viewModel.setQuery({});
     m_viewModel.setSelection(0);
     m_viewModel.setPinned(false);

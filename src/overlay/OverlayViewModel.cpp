@@ -65,6 +65,28 @@ void OverlayViewModel::setShowNoShortcut(bool value)
     }
     Q_EMIT showNoShortcutChanged();
 }
+QString OverlayViewModel::unreadableText() const
+{
+    switch (m_unreadable) {
+    case Unreadable::no:
+        break;
+    case Unreadable::notOnBus:
+        return tr("%1 is not on the accessibility bus: if it was started before accessibility "
+                  "was switched on, quit and reopen it.")
+            .arg(m_appName);
+    case Unreadable::restartNeeded:
+        return tr("%1 started without accessibility: quit and reopen it to see its menus.")
+            .arg(m_appName);
+    }
+    return {};
+}
+
+void OverlayViewModel::setUnreadable(Unreadable value)
+{
+    m_unreadable = value;
+    Q_EMIT unreadableChanged();
+}
+
 void OverlayViewModel::setGlassy(bool value)
 {
     m_glassy = value;

@@ -30,8 +30,13 @@ class OverlayViewModel : public QObject {
         QString triggerSymbol READ triggerSymbol WRITE setTriggerSymbol NOTIFY triggerSymbolChanged)
     Q_PROPERTY(QStringList favoriteOrder READ favoriteOrder WRITE setFavoriteOrder NOTIFY
                    favoriteOrderChanged)
+    Q_PROPERTY(QString unreadableText READ unreadableText NOTIFY unreadableChanged)
 
 public:
+    // Why the application's menus cannot be read, when they cannot: the empty panel says so
+    // instead of waiting.
+    enum class Unreadable { no, notOnBus, restartNeeded };
+
     explicit OverlayViewModel(QObject* parent = nullptr);
     ~OverlayViewModel() override;
 
@@ -47,6 +52,9 @@ public:
     bool glassy() const { return m_glassy; }
     QString triggerSymbol() const { return m_triggerSymbol; }
     QStringList favoriteOrder() const { return m_favoriteOrder; }
+    Unreadable unreadable() const { return m_unreadable; }
+    // The one sentence that says why, naming the application; empty while the menus may come.
+    QString unreadableText() const;
 
     void setAppName(const QString& value);
     void setAppIcon(const QString& value);
@@ -60,6 +68,7 @@ public:
     void setGlassy(bool value);
     void setTriggerSymbol(const QString& value);
     void setFavoriteOrder(const QStringList& value);
+    void setUnreadable(Unreadable value);
 
     std::function<void(const MenuCommand&)> onExecute;
     std::function<void(const MenuCommand&)> onToggleFavorite;
@@ -89,6 +98,7 @@ Q_SIGNALS:
     void showDisabledChanged();
     void showNoShortcutChanged();
     void glassyChanged();
+    void unreadableChanged();
     void triggerSymbolChanged();
     void favoriteOrderChanged();
 
@@ -107,6 +117,7 @@ private:
     bool m_showDisabled = true;
     bool m_showNoShortcut = true;
     bool m_glassy = true;
+    Unreadable m_unreadable = Unreadable::no;
     QString m_triggerSymbol = QStringLiteral("Ctrl");
     QStringList m_favoriteOrder;
     mutable std::unique_ptr<CommandFilter::Index> m_index;

@@ -44,7 +44,9 @@ def states(root):
             ("overlay", [catalog]), ("overlay", [catalog, "--pinned"]),
             ("overlay", [catalog, "--query", "be"]),
             ("overlay", [catalog, "--favorite", "Alpha>Beta"]),
-            ("overlay", ["--app-name", "Fixture"])]
+            ("overlay", ["--app-name", "Fixture"]),
+            ("overlay", ["--app-name", "Fixture", "--unreadable", "not-on-bus"]),
+            ("overlay", ["--app-name", "Fixture", "--unreadable", "restart-needed"])]
 
 
 def shown_texts(build, view, options, extra=(), env=None):

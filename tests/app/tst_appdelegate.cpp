@@ -74,8 +74,12 @@ public:
             gate->acquire();
             locker.relock();
         }
-        const auto bar = bars.value(pid);
-        return {bar, bar ? 0 : 3};
+        ++reads[pid];
+        // Scripted answers, the last one repeated: an error, or the bar (menuBarFound).
+        QList<int>& script = answers[pid];
+        const int answer = script.size() > 1 ? script.takeFirst() : script.value(0, menuBarFound);
+        const auto bar = answer == menuBarFound ? bars.value(pid) : nullptr;
+        return {bar, bar ? menuBarFound : answer == menuBarFound ? noMenuBar : answer};
     }
     void set(qint64 pid, const QString& description)
     {
@@ -85,6 +89,8 @@ public:
     QMutex lock;
     QHash<qint64, std::shared_ptr<FakeNode>> bars;
     QHash<qint64, QSemaphore*> gates;
+    QHash<qint64, QList<int>> answers;
+    QHash<qint64, int> reads;
     std::shared_ptr<QStringList> pressed = std::make_shared<QStringList>();
     int readsOnTheMainThread = 0;
 };
@@ -116,6 +122,8 @@ private Q_SLOTS:
     void prefetchStagesOnlyWhileTheHoldWaits();
     void crawlsOfAnotherApplicationAndWithoutPermission();
     void showWithoutAUsableApplicationCloses();
+    void unreadableApplicationSaysWhy_data();
+    void unreadableApplicationSaysWhy();
     void favoritesShowWhatTheStoreHolds();
     void permissionPollBroadcastAndRestart();
     void launchAnnouncements_data();
@@ -324,6 +332,36 @@ void TestAppDelegate::crawlsOfAnotherApplicationAndWithoutPermission()
     onCrawlThread([] { return true; });
     QCoreApplication::processEvents();
     QCOMPARE(m_crawls->size(), 2);
+}
+
+void TestAppDelegate::unreadableApplicationSaysWhy_data()
+{
+    using Unreadable = OverlayViewModel::Unreadable;
+    QTest::addColumn<QList<int>>("answers"); // the editor's reads, the last one repeated
+    QTest::addColumn<Unreadable>("unreadable");
+    QTest::newRow("not on the bus") << QList<int>{applicationNotFound} << Unreadable::notOnBus;
+    QTest::newRow("on the bus, publishing nothing")
+        << QList<int>{applicationUnpublished} << Unreadable::restartNeeded;
+    QTest::newRow("still starting, then read")
+        << QList<int>{applicationStarting, applicationStarting, menuBarFound} << Unreadable::no;
+    QTest::newRow("too slow this time") << QList<int>{requestTimedOut} << Unreadable::no;
+}
+
+void TestAppDelegate::unreadableApplicationSaysWhy()
+{
+    QFETCH(QList<int>, answers);
+    QFETCH(OverlayViewModel::Unreadable, unreadable);
+    m_source->answers.insert(editor.pid, answers);
+    launch();
+    pin(editor);
+    // A starting application is asked again a second later, as long as the panel shows it.
+    QTRY_VERIFY_WITH_TIMEOUT(m_source->reads.value(editor.pid) >= answers.size(), 5000);
+    onCrawlThread([] { return true; });
+    QCoreApplication::processEvents();
+    QCOMPARE(model().unreadable(), unreadable);
+    QCOMPARE(model().unreadableText().startsWith(editor.name),
+             unreadable != OverlayViewModel::Unreadable::no);
+    QCOMPARE(model().sections().isEmpty(), answers.last() != menuBarFound);
 }
 
 void TestAppDelegate::showWithoutAUsableApplicationCloses()

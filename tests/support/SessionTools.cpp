@@ -63,8 +63,7 @@ Programs::~Programs()
     stopAll();
 }
 
-qint64 Programs::startWithWindow(const QString& program, const QStringList& arguments,
-                                 const QString& windowName)
+qint64 Programs::start(const QString& program, const QStringList& arguments)
 {
     auto* process = new QProcess(this);
     process->setStandardOutputFile(QProcess::nullDevice());
@@ -73,7 +72,13 @@ qint64 Programs::startWithWindow(const QString& program, const QStringList& argu
     if (!process->waitForStarted(10000))
         qFatal("%s did not start", qPrintable(program));
     m_processes.append(process);
-    const QString pid = QString::number(process->processId());
+    return process->processId();
+}
+
+qint64 Programs::startWithWindow(const QString& program, const QStringList& arguments,
+                                 const QString& windowName)
+{
+    const QString pid = QString::number(start(program, arguments));
     if (!QTest::qWaitFor(
             [&] {
                 return !xdotool({"search", "--all", "--onlyvisible", "--pid", pid, "--name",
@@ -83,7 +88,7 @@ qint64 Programs::startWithWindow(const QString& program, const QStringList& argu
             },
             20000))
         qFatal("%s showed no window", qPrintable(program));
-    return process->processId();
+    return pid.toLongLong();
 }
 
 QProcess* Programs::startUntilReady(const QString& program, const QStringList& arguments,

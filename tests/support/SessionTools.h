@@ -31,6 +31,8 @@ class Programs : public QObject {
 public:
     using QObject::QObject;
     ~Programs() override;
+    // Starts `program` without waiting for anything; returns the process id (fatal on failure).
+    qint64 start(const QString& program, const QStringList& arguments);
     // Starts `program` and waits up to 20 s for a visible window of it whose name contains
     // `windowName`; returns the process id (fatal on failure).
     qint64 startWithWindow(const QString& program, const QStringList& arguments,

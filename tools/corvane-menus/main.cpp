@@ -88,9 +88,9 @@ int list(QTextStream& out)
                    .arg(entry.pid, -7)
                    .arg(app.appId.value_or(QStringLiteral("-")), -32)
                    .arg(app.name, -24)
-                   .arg(bar.node ? QStringLiteral("yes")
-                                 : QStringLiteral("no (%1)").arg(
-                                       atspi::describe(atspi::MenuBarError(bar.error))));
+                   .arg(bar.node
+                            ? QStringLiteral("yes")
+                            : QStringLiteral("no (%1)").arg(describe(MenuBarError(bar.error))));
     }
     return ok;
 }

@@ -89,6 +89,10 @@ int main(int argc, char** argv)
                                      QStringLiteral("The application's name (default: the "
                                                     "catalog's)."),
                                      QStringLiteral("NAME"));
+    const QCommandLineOption unreadable(
+        QStringLiteral("unreadable"),
+        QStringLiteral("Show why the menus cannot be read: not-on-bus or restart-needed."),
+        QStringLiteral("WHY"));
     const QCommandLineOption png(QStringLiteral("png"),
                                  QStringLiteral("Save a PNG of the panel to FILE and quit."),
                                  QStringLiteral("FILE"));
@@ -100,7 +104,7 @@ int main(int argc, char** argv)
                                                         "instead of the system locale's."),
                                          QStringLiteral("FILE"));
     parser.addOptions({pinned, query, selection, favorite, hideDisabled, hideNoShortcut, solid,
-                       theme, size, trigger, icon, appName, png, texts, translation});
+                       theme, size, trigger, icon, appName, unreadable, png, texts, translation});
     parser.process(app);
 
     // The given catalog, or the system locale's as Corvane loads it.
@@ -183,6 +187,12 @@ int main(int argc, char** argv)
     if (parser.isSet(query))
         model.setQuery(parser.value(query));
     model.setSelection(selected);
+    if (parser.value(unreadable) == u"not-on-bus")
+        model.setUnreadable(OverlayViewModel::Unreadable::notOnBus);
+    else if (parser.value(unreadable) == u"restart-needed")
+        model.setUnreadable(OverlayViewModel::Unreadable::restartNeeded);
+    else if (parser.isSet(unreadable))
+        return fail(QStringLiteral("--unreadable is not-on-bus or restart-needed"));
 
     if (parser.isSet(texts)) {
         QTimer::singleShot(400, &app, [&] {

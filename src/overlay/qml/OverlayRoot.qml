@@ -229,12 +229,19 @@ Item {
                 visible: content.loading
                 anchors.centerIn: parent
                 spacing: 10
+                readonly property string unreadable: root.model.unreadableText
                 BusyIndicator {
                     anchors.horizontalCenter: parent.horizontalCenter
-                    running: parent.visible
+                    visible: parent.unreadable === ""
+                    running: parent.visible && visible
                 }
                 Text {
-                    text: qsTr("Reading menus…")
+                    objectName: "loadingText"
+                    anchors.horizontalCenter: parent.horizontalCenter
+                    width: Math.min(implicitWidth, 460, content.width - 48)
+                    horizontalAlignment: Text.AlignHCenter
+                    wrapMode: Text.Wrap
+                    text: parent.unreadable || qsTr("Reading menus…")
                     font: Theme.font(12, Font.Normal)
                     color: Theme.secondary
                 }

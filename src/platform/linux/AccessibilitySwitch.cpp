@@ -6,6 +6,7 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusReply>
+#include <QDBusServiceWatcher>
 #include <QDBusVariant>
 
 namespace corvane {
@@ -80,6 +81,18 @@ void AccessibilitySwitch::requestTrust()
 
 bool AccessibilitySwitch::watch()
 {
+    // The bus launcher coming or going changes the answer as much as IsEnabled does.
+    auto* launcher = new QDBusServiceWatcher(service, QDBusConnection::sessionBus(),
+                                             QDBusServiceWatcher::WatchForOwnerChange, this);
+    connect(launcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString&, const QString&, const QString& newOwner) {
+                if (newOwner.isEmpty()) {
+                    m_trusted = false;
+                    if (!std::exchange(m_busAddress, QString()).isEmpty())
+                        Q_EMIT busAddressChanged({});
+                }
+                Q_EMIT broadcast();
+            });
     return QDBusConnection::sessionBus().connect(
         service, path, QStringLiteral("org.freedesktop.DBus.Properties"),
         QStringLiteral("PropertiesChanged"), this,
@@ -123,16 +136,20 @@ void AccessibilitySwitch::refresh(std::function<void(bool trusted)> completion)
         ask(QDBusMessage::createMethodCall(service, path, service, QStringLiteral("GetAddress")),
             [this](const QDBusMessage& addressReply) {
                 m_reading = false;
-                answer(addressReply.type() == QDBusMessage::ReplyMessage &&
-                       !addressReply.arguments().isEmpty() &&
-                       !addressReply.arguments().constFirst().toString().isEmpty());
+                const QString address = addressReply.type() == QDBusMessage::ReplyMessage &&
+                                                !addressReply.arguments().isEmpty()
+                                            ? addressReply.arguments().constFirst().toString()
+                                            : QString();
+                answer(!address.isEmpty(), address);
             });
     });
 }
 
-void AccessibilitySwitch::answer(bool trusted)
+void AccessibilitySwitch::answer(bool trusted, const QString& address)
 {
     m_trusted = trusted;
+    if (std::exchange(m_busAddress, address) != address)
+        Q_EMIT busAddressChanged(address);
     const auto waiting = std::exchange(m_waiting, {});
     for (const auto& completion : waiting)
         completion(trusted);

@@ -30,15 +30,20 @@ public:
     // Sets IsEnabled to true asynchronously; the broadcast then reports the change.
     void requestTrust() override;
 
+Q_SIGNALS:
+    // The a11y bus's address after a read: empty while accessibility is off or the bus is gone.
+    void busAddressChanged(const QString& address);
+
 private Q_SLOTS:
     void onPropertiesChanged(const QString& interface, const QVariantMap& changed,
                              const QStringList& invalidated);
 
 private:
     static QDBusMessage setEnabledMessage(bool enabled);
-    void answer(bool trusted);
+    void answer(bool trusted, const QString& address = {});
 
     bool m_trusted = false;
+    QString m_busAddress;
     bool m_reading = false;
     QList<std::function<void(bool)>> m_waiting; // completions of the read in flight
     QList<std::function<void(bool)>> m_later;   // callers that came while it was in flight

@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
+#include <unistd.h>
 
 namespace corvane::AppIdentity {
 
@@ -45,6 +46,26 @@ RunningApp fromEntry(qint64 pid, const QString& id, const std::optional<DesktopE
 QString executableOf(qint64 pid)
 {
     return QFileInfo(QStringLiteral("/proc/%1/exe").arg(pid)).canonicalFilePath();
+}
+
+std::optional<double> secondsSinceStart(qint64 pid)
+{
+    // Field 22 of /proc/PID/stat, in clock ticks since boot; the name before it (field 2, in
+    // parentheses) may hold spaces and parentheses of its own, so fields count from the last ')'.
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+    QFile uptime(QStringLiteral("/proc/uptime"));
+    if (!stat.open(QIODevice::ReadOnly) || !uptime.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const QByteArray line = stat.read(4096);
+    const qsizetype close = line.lastIndexOf(')');
+    const QList<QByteArray> fields = line.mid(close + 2).split(' ');
+    bool startOk = false, uptimeOk = false;
+    const double startTicks = close < 0 || fields.size() < 20 ? 0 : fields[19].toDouble(&startOk);
+    const double now = uptime.read(64).split(' ').value(0).toDouble(&uptimeOk);
+    const long ticksPerSecond = sysconf(_SC_CLK_TCK);
+    if (!startOk || !uptimeOk || ticksPerSecond <= 0)
+        return std::nullopt;
+    return std::max(0.0, now - startTicks / double(ticksPerSecond));
 }
 
 RunningApp resolve(qint64 pid, const std::optional<WindowHints>& window,

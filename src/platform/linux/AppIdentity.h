@@ -25,6 +25,8 @@ RunningApp resolve(qint64 pid, const std::optional<WindowHints>& window,
 
 // The canonical path of the process's program, or "" when it cannot be read.
 QString executableOf(qint64 pid);
+// How long ago the process started; absent when /proc does not say.
+std::optional<double> secondsSinceStart(qint64 pid);
 
 // The hints of the first top-level window (_NET_CLIENT_LIST) of the process, if the X server
 // (DISPLAY) can be reached and has one.

@@ -1,5 +1,6 @@
 #include "AtspiClient.h"
 
+#include "AppIdentity.h"
 #include "menus/MenuWalk.h"
 #include "shortcuts/ShortcutDisplay.h"
 
@@ -44,7 +45,7 @@ std::optional<T> firstArgument(const std::optional<QDBusMessage>& reply, const c
         return std::nullopt;
     const QVariant value = reply->arguments().constFirst();
     if constexpr (std::is_same_v<T, QString> || std::is_same_v<T, uint> || std::is_same_v<T, int> ||
-                  std::is_same_v<T, bool>) {
+                  std::is_same_v<T, bool> || std::is_same_v<T, QStringList>) {
         return value.value<T>();
     } else {
         return qdbus_cast<T>(value.value<QDBusArgument>());
@@ -105,23 +106,6 @@ void pipelined(qsizetype count, Send send, Receive receive)
 }
 
 } // namespace
-
-QString describe(MenuBarError error)
-{
-    switch (error) {
-    case menuBarFound:
-        return QStringLiteral("found");
-    case busUnavailable:
-        return QStringLiteral("the accessibility bus is not reachable");
-    case applicationNotFound:
-        return QStringLiteral("the application is not on the accessibility bus");
-    case noMenuBar:
-        return QStringLiteral("the application shows no menu bar");
-    case requestTimedOut:
-        return QStringLiteral("the application did not answer in time");
-    }
-    return QStringLiteral("unknown");
-}
 
 void forgetRecentKeyBindings()
 {
@@ -335,6 +319,44 @@ std::optional<ApplicationEntry> application(const std::shared_ptr<Session>& sess
         return std::nullopt;
     PendingEntry pending = sendNameAndToolkit(*session, *found);
     return entry(*session, *found, pid, pending);
+}
+
+std::optional<ApplicationEntry> unregisteredApplication(const std::shared_ptr<Session>& session,
+                                                        qint64 pid, MenuBarError* why)
+{
+    if (AppIdentity::secondsSinceStart(pid).value_or(startupGraceSeconds) < startupGraceSeconds) {
+        *why = applicationStarting;
+        return std::nullopt;
+    }
+    *why = applicationNotFound;
+    const auto names =
+        firstArgument<QStringList>(session->call(busDaemon, QStringLiteral("org.freedesktop.DBus"),
+                                                 QStringLiteral("ListNames")),
+                                   "as");
+    if (!names)
+        return std::nullopt;
+    QList<Reference> connections;
+    for (const QString& name : *names)
+        if (name.startsWith(u':') && connections.size() < maxChildren)
+            connections.append(Reference{name, QDBusObjectPath(rootPath)});
+    QList<Reference> ofProcess;
+    pipelined(
+        connections.size(), [&](qsizetype i) { return sendProcessId(*session, connections[i]); },
+        [&](qsizetype i, QDBusPendingCall& call) {
+            if (firstArgument<uint>(session->wait(call), "u") == uint(pid))
+                ofProcess.append(connections[i]);
+        });
+    for (const Reference& root : ofProcess) {
+        const auto role = firstArgument<uint>(
+            session->call(root, accessibleInterface, QStringLiteral("GetRole")), "u");
+        if (role != uint(roleApplication))
+            continue;
+        PendingEntry pending = sendNameAndToolkit(*session, root);
+        return entry(*session, root, pid, pending);
+    }
+    if (!ofProcess.isEmpty() && !session->budget().timedOut())
+        *why = applicationUnpublished;
+    return std::nullopt;
 }
 
 // Four requests per node. Properties.GetAll would fold Name and ChildCount into one, but Qt 6.4's
@@ -884,9 +906,12 @@ MenuSource::MenuBar MenuBarFinder::menuBar(qint64 pid, WalkBudget& budget)
     if (!bus)
         return {nullptr, busUnavailable};
     auto session = std::make_shared<Session>(*bus, budget);
-    const std::optional<ApplicationEntry> entry = application(session, pid);
+    std::optional<ApplicationEntry> entry = application(session, pid);
+    MenuBarError missing = applicationNotFound;
+    if (!entry && !budget.timedOut())
+        entry = unregisteredApplication(session, pid, &missing);
     if (!entry)
-        return {nullptr, budget.timedOut() ? requestTimedOut : applicationNotFound};
+        return {nullptr, budget.timedOut() ? requestTimedOut : missing};
     session->isQt = entry->toolkit == u"Qt";
 
     // GTK publishes every object, closed menus included, in one call; Qt's cache is empty, so

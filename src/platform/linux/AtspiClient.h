@@ -15,16 +15,6 @@
 
 namespace corvane::atspi {
 
-// Why a menu bar could not be had; logged as the crawl's "AXError %d".
-enum MenuBarError : int {
-    menuBarFound = 0,
-    busUnavailable = 1,
-    applicationNotFound = 2,
-    noMenuBar = 3,
-    requestTimedOut = 4,
-};
-QString describe(MenuBarError error);
-
 inline constexpr int requestTimeoutMs = 1000;
 
 // Bounds on what another application can make Corvane hold (docs/robustness.md). Requests are
@@ -69,6 +59,15 @@ QList<ApplicationEntry> applications(const std::shared_ptr<Session>& session);
 // The registry's application of process `pid`. Only the bus itself and that application are
 // asked, so a frozen application elsewhere on the bus holds nobody up.
 std::optional<ApplicationEntry> application(const std::shared_ptr<Session>& session, qint64 pid);
+
+// A process the registry does not list may still be on the bus: its toolkit asks the registry
+// once, and a registration that failed leaves its objects on its own connection, which is then
+// read directly. `why` tells the rest apart: on the bus with no objects (applicationUnpublished),
+// not on the bus (applicationNotFound), or started less than `startupGraceSeconds` ago
+// (applicationStarting; it is not asked at all, so that nothing adds to its start).
+inline constexpr double startupGraceSeconds = 5;
+std::optional<ApplicationEntry> unregisteredApplication(const std::shared_ptr<Session>& session,
+                                                        qint64 pid, MenuBarError* why);
 
 // A whole application's objects from one Cache.GetItems call (GTK fills it once a client has
 // registered an event listener), indexed by object path. Menu items carry no index in their

@@ -41,7 +41,8 @@ std::optional<DesktopEntry> DesktopEntries::read(const QString& path)
     const QString locale = QLocale().name(); // ll_CC
     const QString fullKey = QStringLiteral("Name[%1]").arg(locale);
     const QString languageKey = QStringLiteral("Name[%1]").arg(locale.section(u'_', 0, 0));
-    DesktopEntry entry{QFileInfo(path).completeBaseName(), {}, {}, {}};
+    DesktopEntry entry;
+    entry.id = QFileInfo(path).completeBaseName();
     QString localisedFull, localisedLanguage;
     bool inGroup = false;
     bool hidden = false;
