@@ -97,6 +97,27 @@ int main(int argc, char* argv[])
         print(("reference_q" + n + "_p99").constData(), r.p99, "us");
         print(("rank_q" + n + "_speedup_median").constData(), r.median / f.median, "x");
     }
+    // With a full history (200 commands run before, the most one application keeps), beside the
+    // same ranking without it.
+    CommandFilter::HistoryWeights history;
+    for (int i = 0; i < 200; ++i)
+        history.insert(commands[(i * 97) % commands.size()].id(), 1.0 + i % 7);
+    for (const auto& [length, texts] : queries) {
+        std::vector<double> with, without;
+        for (int i = 0; i < 200; ++i) {
+            const QString& q = texts[i % texts.size()];
+            timer.restart();
+            index.rankPositions(q, favorites, history);
+            with.push_back(double(timer.nsecsElapsed()) / 1e3);
+            timer.restart();
+            index.rankPositions(q, favorites);
+            without.push_back(double(timer.nsecsElapsed()) / 1e3);
+        }
+        const QByteArray n = QByteArray::number(length);
+        print(("rank_history_q" + n + "_p99").constData(), stats(with).p99, "us");
+        print(("rank_history_q" + n + "_cost_p99").constData(), stats(with).p99 / stats(without).p99,
+              "x");
+    }
     std::printf("bench rank_identical_to_reference %d bool\n", identical ? 1 : 0);
     return identical ? 0 : 1;
 }

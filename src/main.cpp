@@ -12,12 +12,14 @@
 #include "platform/linux/LinuxDesktop.h"
 #include "platform/linux/QuitOnSignals.h"
 #include "platform/linux/SingleInstance.h"
+#include "platform/linux/AppIdentity.h"
 #include "platform/linux/X11BusAddress.h"
 #include "platform/linux/X11Compositing.h"
 #include "platform/linux/X11Workspace.h"
 #include "platform/linux/XInputMonitors.h"
 
 #include <QApplication>
+#include <QFileDialog>
 #include <QLoggingCategory>
 #include <QQuickWindow>
 #include <QTextStream>
@@ -100,13 +102,28 @@ int main(int argc, char* argv[])
                           .menuSource = std::make_shared<atspi::MenuBarFinder>(),
                           .beep = [] { QApplication::beep(); },
                           .isCompositing = &X11Compositing::isActive,
-                          .requestBlurBehind = &X11Compositing::requestBlurBehind});
+                          .requestBlurBehind = &X11Compositing::requestBlurBehind,
+                          .showStatusItem = true,
+                          .askSavePath = [](const QString& suggested) {
+                              return QFileDialog::getSaveFileName(
+                                  nullptr, QCoreApplication::translate("Export", "Export Shortcuts"),
+                                  suggested,
+                                  QCoreApplication::translate(
+                                      "Export", "Web page (*.html);;Markdown (*.md)"));
+                          }});
     AppDelegate::shared = &delegate;
     LinuxDesktop desktop;
     WindowServices::shared() = {.trust = &trust,
                                 .desktop = &desktop,
                                 .triggerName = [&delegate] { return delegate.triggerSymbol(); },
-                                .globalInputWatched = monitors.isAvailable()};
+                                .globalInputWatched = monitors.isAvailable(),
+                                .defaults = nullptr,
+                                .runningApplications =
+                                    [] {
+                                        return AppIdentity::runningApplications(
+                                            Workspace::thisProcessId());
+                                    },
+                                .describeApplication = &AppIdentity::describe};
     // Input meant for the panel is Corvane's own, not a hold or an interruption.
     monitors.keyboardHeldByUs = [&delegate] { return delegate.overlay.keyMonitorInstalled(); };
     monitors.ownPanelFrame = [&delegate] { return delegate.visiblePanelFrame(); };

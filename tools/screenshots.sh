@@ -26,13 +26,18 @@ for palette in light dark; do
         --png "$out/pinned-search-$palette.png"
     "$preview" "$catalog" --app-icon geany --palette $palette "${favorites[@]}" \
         --png "$out/favorites-$palette.png"
+    # Pinned: the Recent card under the favourites, and where the last export went.
+    "$preview" "$catalog" --app-icon geany --palette $palette --pinned "${favorites[@]:0:4}" \
+        --recent "Build>Make" --recent "Edit>Commands>Cut Current Line(s)" --recent "Document>Line Wrapping" \
+        --notice "Saved to ~/Documents/Geany shortcuts.html" --png "$out/recent-$palette.png"
     "$preview" --app-name Geany --app-icon geany --palette $palette --png "$out/loading-$palette.png"
 done
 # The secondary windows: settings, Welcome (without and with the permission), What's New.
 windows="$build/bin/corvane-window-preview"
 for palette in light dark; do
     xdotool mousemove 0 0
-    "$windows" settings --palette $palette --png "$out/settings-$palette.png"
+    "$windows" settings --palette $palette --excluded org.example.Terminal \
+        --excluded org.example.Game --png "$out/settings-$palette.png"
     "$windows" welcome --palette $palette --png "$out/welcome-$palette.png"
     "$windows" welcome --trusted --palette $palette --png "$out/welcome-granted-$palette.png"
     "$windows" whatsnew --palette $palette --png "$out/whatsnew-$palette.png"

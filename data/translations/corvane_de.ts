@@ -2,6 +2,17 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de">
 <context>
+    <name>Export</name>
+    <message>
+        <source>Export Shortcuts</source>
+        <translation>Kurzbefehle exportieren</translation>
+    </message>
+    <message>
+        <source>Web page (*.html);;Markdown (*.md)</source>
+        <translation>Webseite (*.html);;Markdown (*.md)</translation>
+    </message>
+</context>
+<context>
     <name>GeneralPane</name>
     <message>
         <source>Trigger</source>
@@ -79,6 +90,58 @@
         <source>Corvane reads menus on this computer only. Nothing is sent anywhere.</source>
         <translation>Corvane liest Menüs nur auf diesem Computer. Nichts wird irgendwohin gesendet.</translation>
     </message>
+    <message>
+        <source>Remember commands I run</source>
+        <translation>Ausgeführte Befehle merken</translation>
+    </message>
+    <message>
+        <source>Forget…</source>
+        <translation>Vergessen…</translation>
+    </message>
+    <message>
+        <source>Commands you run often and lately come first in search and in a Recent card.</source>
+        <translation>Häufig und zuletzt ausgeführte Befehle stehen in der Suche vorne und in einer Karte „Zuletzt“.</translation>
+    </message>
+    <message>
+        <source>Don&apos;t peek in:</source>
+        <translation>Nicht einblenden in:</translation>
+    </message>
+    <message>
+        <source>No applications</source>
+        <translation>Keine Anwendungen</translation>
+    </message>
+    <message>
+        <source>Remove %1</source>
+        <translation>%1 entfernen</translation>
+    </message>
+    <message>
+        <source>Add an application</source>
+        <translation>Anwendung hinzufügen</translation>
+    </message>
+    <message>
+        <source>No other application has a window</source>
+        <translation>Keine andere Anwendung hat ein Fenster</translation>
+    </message>
+    <message>
+        <source>Holding the trigger does nothing in these applications; the tray&apos;s Peek Current App still works.</source>
+        <translation>In diesen Anwendungen bewirkt das Halten der Taste nichts; „Aktuelle Anwendung zeigen“ in der Systemleiste funktioniert weiterhin.</translation>
+    </message>
+    <message>
+        <source>Forget the commands you ran?</source>
+        <translation>Ausgeführte Befehle vergessen?</translation>
+    </message>
+    <message>
+        <source>Search and the Recent card no longer know which commands you ran, in any application. Favorites stay.</source>
+        <translation>Die Suche und die Karte „Zuletzt“ wissen dann in keiner Anwendung mehr, welche Befehle Sie ausgeführt haben. Favoriten bleiben erhalten.</translation>
+    </message>
+    <message>
+        <source>Forget</source>
+        <translation>Vergessen</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
 </context>
 <context>
     <name>OverlayRoot</name>
@@ -129,6 +192,14 @@
             <numerusform>%n Befehle</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Recent</source>
+        <translation>Zuletzt</translation>
+    </message>
+    <message>
+        <source>Export…</source>
+        <translation>Exportieren…</translation>
+    </message>
 </context>
 <context>
     <name>ReleaseNotes</name>
@@ -174,6 +245,25 @@
     <message>
         <source>Corvane Settings</source>
         <translation>Corvane-Einstellungen</translation>
+    </message>
+</context>
+<context>
+    <name>ShortcutSheet</name>
+    <message>
+        <source>%1 keyboard shortcuts</source>
+        <translation>Tastenkürzel von %1</translation>
+    </message>
+    <message>
+        <source>Command</source>
+        <translation>Befehl</translation>
+    </message>
+    <message>
+        <source>Shortcut</source>
+        <translation>Tastenkürzel</translation>
+    </message>
+    <message>
+        <source>%1 shortcuts.html</source>
+        <translation>%1 Tastenkürzel.html</translation>
     </message>
 </context>
 <context>
@@ -319,6 +409,17 @@
     </message>
 </context>
 <context>
+    <name>corvane::AppDelegate</name>
+    <message>
+        <source>Saved to %1</source>
+        <translation>Gespeichert unter %1</translation>
+    </message>
+    <message>
+        <source>Could not save %1: %2</source>
+        <translation>%1 konnte nicht gespeichert werden: %2</translation>
+    </message>
+</context>
+<context>
     <name>corvane::GeneralPaneModel</name>
     <message>
         <source>%.2f s</source>
@@ -330,6 +431,10 @@
     <message>
         <source>Favorites</source>
         <translation>Favoriten</translation>
+    </message>
+    <message>
+        <source>Recent</source>
+        <translation>Zuletzt</translation>
     </message>
 </context>
 <context>

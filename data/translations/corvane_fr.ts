@@ -2,6 +2,17 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="fr">
 <context>
+    <name>Export</name>
+    <message>
+        <source>Export Shortcuts</source>
+        <translation>Exporter les raccourcis</translation>
+    </message>
+    <message>
+        <source>Web page (*.html);;Markdown (*.md)</source>
+        <translation>Page web (*.html);;Markdown (*.md)</translation>
+    </message>
+</context>
+<context>
     <name>GeneralPane</name>
     <message>
         <source>Trigger</source>
@@ -79,6 +90,58 @@
         <source>Corvane reads menus on this computer only. Nothing is sent anywhere.</source>
         <translation>Corvane lit les menus sur cet ordinateur uniquement. Rien n’est envoyé nulle part.</translation>
     </message>
+    <message>
+        <source>Remember commands I run</source>
+        <translation>Mémoriser les commandes exécutées</translation>
+    </message>
+    <message>
+        <source>Forget…</source>
+        <translation>Oublier…</translation>
+    </message>
+    <message>
+        <source>Commands you run often and lately come first in search and in a Recent card.</source>
+        <translation>Les commandes exécutées souvent et récemment passent en tête de la recherche et dans une carte « Récentes ».</translation>
+    </message>
+    <message>
+        <source>Don&apos;t peek in:</source>
+        <translation>Ne pas afficher dans :</translation>
+    </message>
+    <message>
+        <source>No applications</source>
+        <translation>Aucune application</translation>
+    </message>
+    <message>
+        <source>Remove %1</source>
+        <translation>Retirer %1</translation>
+    </message>
+    <message>
+        <source>Add an application</source>
+        <translation>Ajouter une application</translation>
+    </message>
+    <message>
+        <source>No other application has a window</source>
+        <translation>Aucune autre application n’a de fenêtre</translation>
+    </message>
+    <message>
+        <source>Holding the trigger does nothing in these applications; the tray&apos;s Peek Current App still works.</source>
+        <translation>Maintenir la touche n’a aucun effet dans ces applications ; « Aperçu de l’application active » de la zone de notification fonctionne toujours.</translation>
+    </message>
+    <message>
+        <source>Forget the commands you ran?</source>
+        <translation>Oublier les commandes exécutées ?</translation>
+    </message>
+    <message>
+        <source>Search and the Recent card no longer know which commands you ran, in any application. Favorites stay.</source>
+        <translation>La recherche et la carte « Récentes » ne sauront plus quelles commandes vous avez exécutées, dans aucune application. Les favoris restent.</translation>
+    </message>
+    <message>
+        <source>Forget</source>
+        <translation>Oublier</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Annuler</translation>
+    </message>
 </context>
 <context>
     <name>OverlayRoot</name>
@@ -129,6 +192,14 @@
             <numerusform>%n commandes</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Recent</source>
+        <translation>Récentes</translation>
+    </message>
+    <message>
+        <source>Export…</source>
+        <translation>Exporter…</translation>
+    </message>
 </context>
 <context>
     <name>ReleaseNotes</name>
@@ -174,6 +245,25 @@
     <message>
         <source>Corvane Settings</source>
         <translation>Réglages de Corvane</translation>
+    </message>
+</context>
+<context>
+    <name>ShortcutSheet</name>
+    <message>
+        <source>%1 keyboard shortcuts</source>
+        <translation>Raccourcis clavier de %1</translation>
+    </message>
+    <message>
+        <source>Command</source>
+        <translation>Commande</translation>
+    </message>
+    <message>
+        <source>Shortcut</source>
+        <translation>Raccourci</translation>
+    </message>
+    <message>
+        <source>%1 shortcuts.html</source>
+        <translation>Raccourcis %1.html</translation>
     </message>
 </context>
 <context>
@@ -319,6 +409,17 @@
     </message>
 </context>
 <context>
+    <name>corvane::AppDelegate</name>
+    <message>
+        <source>Saved to %1</source>
+        <translation>Enregistré dans %1</translation>
+    </message>
+    <message>
+        <source>Could not save %1: %2</source>
+        <translation>Impossible d’enregistrer %1 : %2</translation>
+    </message>
+</context>
+<context>
     <name>corvane::GeneralPaneModel</name>
     <message>
         <source>%.2f s</source>
@@ -330,6 +431,10 @@
     <message>
         <source>Favorites</source>
         <translation>Favoris</translation>
+    </message>
+    <message>
+        <source>Recent</source>
+        <translation>Récentes</translation>
     </message>
 </context>
 <context>

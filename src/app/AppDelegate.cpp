@@ -10,10 +10,14 @@
 #include "platform/InputMonitors.h"
 #include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
+#include "shortcuts/ShortcutSheet.h"
 #include "whatsnew/VersionTracker.h"
 #include "whatsnew/WelcomeWindowController.h"
 #include "whatsnew/WhatsNewPolicy.h"
 #include "whatsnew/WhatsNewWindowController.h"
+
+#include <QDir>
+#include <QSaveFile>
 
 namespace corvane {
 
@@ -24,7 +28,7 @@ constexpr int trustPollIntervalMs = 2000;
 } // namespace
 
 AppDelegate::AppDelegate(UserDefaults& defaults, Platform platform, QObject* parent)
-    : QObject(parent), favorites(defaults), cache(std::make_shared<MenuCatalogCache>()),
+    : QObject(parent), favorites(defaults), history(defaults), cache(std::make_shared<MenuCatalogCache>()),
       detector(platform.monitors), m_defaults(defaults), m_platform(std::move(platform))
 {
     qRegisterMetaType<RunningApp>();
@@ -117,6 +121,16 @@ bool AppDelegate::isTrusted() const
     return m_platform.trust.isTrusted();
 }
 
+bool AppDelegate::isExcluded(const std::optional<RunningApp>& app) const
+{
+    if (!app || !app->appId)
+        return false;
+    const QStringList excluded =
+        m_defaults.stringList(TriggerSettings::excludedApplicationsKey).value_or(QStringList{});
+    return std::any_of(excluded.cbegin(), excluded.cend(),
+                       [&app](const QString& id) { return canonicallyEqual(id, *app->appId); });
+}
+
 std::optional<RunningApp> AppDelegate::frontmostOtherApplication() const
 {
     auto front = m_platform.workspace.frontmostApplication();
@@ -180,13 +194,14 @@ void AppDelegate::wireDetector()
     detector.panelFrameProvider = [self] {
         return self ? self->visiblePanelFrame() : std::nullopt;
     };
+    detector.dialogOpen = [self] { return self && self->m_exportDialogOpen; };
     detector.canArmProvider = [self] {
         if (!self)
             return false;
         // Holding the trigger while one of Corvane's own windows is in front never arms.
         const auto front = self->m_platform.workspace.frontmostApplication();
         return self->isTrusted() && self->detector.triggerModifier.has_value() &&
-               (!front || front->pid != Workspace::thisProcessId());
+               (!front || front->pid != Workspace::thisProcessId()) && !self->isExcluded(front);
     };
 }
 
@@ -208,6 +223,10 @@ void AppDelegate::wireOverlay()
         self->overlay.viewModel().setFavoriteOrder(self->favorites.ids(bundleID));
         const QStringList ids = self->favorites.ids(bundleID);
         self->overlay.viewModel().setFavoriteIDs(QSet<QString>(ids.cbegin(), ids.cend()));
+    };
+    model.onExport = [self] {
+        if (self)
+            self->exportShortcuts();
     };
     model.onPinRequest = [self] {
         if (self)
@@ -244,6 +263,13 @@ void AppDelegate::fillOverlay(OverlayFill fill, const RunningApp& app)
 {
     const QString bundleID = *app.appId;
     const QStringList favoriteIDs = favorites.ids(bundleID);
+    if (TriggerSettings::displayOption(m_defaults, TriggerSettings::rememberCommandsKey)) {
+        const QDateTime now = QDateTime::currentDateTimeUtc();
+        overlay.viewModel().setHistory(history.weights(bundleID, now),
+                                       history.recent(bundleID, now));
+    } else {
+        overlay.viewModel().setHistory({}, {});
+    }
     const auto flag = [this](const QString& key) {
         return TriggerSettings::displayOption(m_defaults, key);
     };
@@ -386,19 +412,59 @@ void AppDelegate::execute(const MenuCommand& command)
     }
     // Taken before closing: the hide effect clears targetApp.
     const qint64 pid = targetApp->pid;
+    const std::optional<QString> bundleID = targetApp->appId;
     detector.send(HoldStateMachine::Event::closeRequest());
     QPointer<AppDelegate> self(this);
-    MenuCrawler::queue().post([self, pid, path = command.path, source = m_platform.menuSource] {
-        if (MenuCrawler(source).press(path, pid) != PressOutcome::failed)
-            return;
+    MenuCrawler::queue().post([self, pid, bundleID, command, source = m_platform.menuSource] {
+        const bool failed = MenuCrawler(source).press(command.path, pid) == PressOutcome::failed;
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
-            [self] {
-                if (self && self->m_platform.beep)
-                    self->m_platform.beep();
+            [self, failed, bundleID, id = command.id()] {
+                if (!self)
+                    return;
+                if (failed) {
+                    if (self->m_platform.beep)
+                        self->m_platform.beep();
+                } else if (bundleID && TriggerSettings::displayOption(
+                                           self->m_defaults, TriggerSettings::rememberCommandsKey)) {
+                    self->history.record(id, *bundleID);
+                }
             },
             Qt::QueuedConnection);
     });
+}
+
+void AppDelegate::exportShortcuts()
+{
+    if (!targetApp || !targetApp->appId || m_exportDialogOpen || !m_platform.askSavePath)
+        return;
+    const auto catalog = cache->catalog(*targetApp->appId);
+    if (!catalog) {
+        if (m_platform.beep)
+            m_platform.beep();
+        return;
+    }
+    // The dialog runs its own loop; the panel stays pinned behind it.
+    m_exportDialogOpen = true;
+    overlay.lendKeyboard(true);
+    const QString path = m_platform.askSavePath(ShortcutSheet::suggestedPath(catalog->appName));
+    m_exportDialogOpen = false;
+    overlay.lendKeyboard(false);
+    if (path.isEmpty())
+        return;
+    QSaveFile file(path);
+    const bool saved = file.open(QIODevice::WriteOnly) &&
+                       file.write(ShortcutSheet::forPath(*catalog, path).toUtf8()) >= 0 &&
+                       file.commit();
+    QString shown = QDir::toNativeSeparators(path);
+    if (const QString home = QDir::homePath(); shown.startsWith(home + u'/'))
+        shown = u'~' + shown.mid(home.size());
+    if (saved) {
+        overlay.viewModel().setNotice(tr("Saved to %1").arg(shown));
+    } else {
+        qCCritical(lcApp, "export: %s: %s", qUtf8Printable(path), qUtf8Printable(file.errorString()));
+        overlay.viewModel().setNotice(tr("Could not save %1: %2").arg(shown, file.errorString()));
+    }
 }
 
 void AppDelegate::observeTrustChanges()

@@ -5,6 +5,7 @@
 // the detector and the command runner, watches the accessibility permission, tracks the application
 // in front, crawls its menus and runs its commands.
 
+#include "menus/CommandHistory.h"
 #include "menus/FavoritesStore.h"
 #include "menus/MenuCatalogCache.h"
 #include "menus/MenuTree.h"
@@ -46,6 +47,8 @@ public:
         std::function<void(QWindow&)> requestBlurBehind;
         // Whether the status menu puts an icon in the system tray (tests build it without one).
         bool showStatusItem = true;
+        // Asks where to save a file, suggesting `suggested`; "" when the user cancels.
+        std::function<QString(const QString& suggested)> askSavePath;
     };
 
     AppDelegate(UserDefaults& defaults, Platform platform, QObject* parent = nullptr);
@@ -69,10 +72,13 @@ public:
     WhatsNewActions whatsNewActions() const;
     // Whether accessibility is on: the last answer of the platform, never waited for.
     bool isTrusted() const;
+    // Whether the user listed `app` among those where holding the trigger does nothing.
+    bool isExcluded(const std::optional<RunningApp>& app) const;
 
     // Built in this order and destroyed in the reverse one: the overlay and the detector go before
     // the cache and the favourites.
     FavoritesStore favorites;
+    CommandHistory history;
     std::shared_ptr<MenuCatalogCache> cache; // shared with the crawl jobs, which hold it weakly
     HoldDetector detector;
     OverlayPanelController overlay;
@@ -88,6 +94,8 @@ public:
     // Reachable for tests.
     void crawlAndUpdate(const RunningApp& app);
     void execute(const MenuCommand& command);
+    // "Export…": the shown application's shortcut sheet, saved where the user says.
+    void exportShortcuts();
     void refreshTrust();
     void startTrustPolling();
 
@@ -135,6 +143,7 @@ private:
     quint64 m_prefetchCrawl = 0;
     bool m_prefetchFinished = false;
     bool m_awaitingFirstFrame = false;
+    bool m_exportDialogOpen = false;
     std::optional<RunningApp> m_crawlAfterFirstFrame;
 };
 

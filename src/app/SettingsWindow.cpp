@@ -2,6 +2,7 @@
 
 #include "AppDelegate.h"
 #include "TriggerSettings.h"
+#include "menus/CommandHistory.h"
 #include "platform/AccessibilityTrust.h"
 #include "platform/DesktopIntegration.h"
 #include "platform/UserDefaults.h"
@@ -111,6 +112,72 @@ void GeneralPaneModel::setLaunchAtLogin(bool enabled)
     Q_EMIT launchAtLoginChanged();
 }
 
+bool GeneralPaneModel::rememberCommands() const
+{
+    return TriggerSettings::displayOption(m_defaults, TriggerSettings::rememberCommandsKey);
+}
+
+void GeneralPaneModel::setRememberCommands(bool remember)
+{
+    storeBool(TriggerSettings::rememberCommandsKey, remember,
+              &GeneralPaneModel::rememberCommandsChanged);
+}
+
+void GeneralPaneModel::forgetHistory()
+{
+    CommandHistory(m_defaults).forgetAll();
+}
+
+QStringList GeneralPaneModel::excludedIds() const
+{
+    return m_defaults.stringList(TriggerSettings::excludedApplicationsKey).value_or(QStringList{});
+}
+
+QVariantMap GeneralPaneModel::describe(const RunningApp& app) const
+{
+    return {{QStringLiteral("appId"), app.appId.value_or(QString())},
+            {QStringLiteral("name"), app.name.isEmpty() ? app.appId.value_or(QString()) : app.name},
+            {QStringLiteral("icon"), app.iconName}};
+}
+
+QVariantList GeneralPaneModel::excludedApplications() const
+{
+    QVariantList list;
+    for (const QString& id : excludedIds())
+        list << describe(m_services.describeApplication ? m_services.describeApplication(id)
+                                                        : RunningApp{0, id, id, {}});
+    return list;
+}
+
+QVariantList GeneralPaneModel::applicationsToExclude() const
+{
+    const QStringList listed = excludedIds();
+    QVariantList list;
+    if (m_services.runningApplications)
+        for (const RunningApp& app : m_services.runningApplications())
+            if (app.appId && !listed.contains(*app.appId))
+                list << describe(app);
+    return list;
+}
+
+void GeneralPaneModel::exclude(const QString& appId)
+{
+    QStringList ids = excludedIds();
+    if (!appId.isEmpty() && !ids.contains(appId))
+        m_defaults.setStringList(TriggerSettings::excludedApplicationsKey, ids << appId);
+    Q_EMIT excludedApplicationsChanged();
+}
+
+void GeneralPaneModel::include(const QString& appId)
+{
+    QStringList ids = excludedIds();
+    if (ids.removeAll(appId) > 0 && ids.isEmpty())
+        m_defaults.remove(TriggerSettings::excludedApplicationsKey);
+    else if (!ids.isEmpty())
+        m_defaults.setStringList(TriggerSettings::excludedApplicationsKey, ids);
+    Q_EMIT excludedApplicationsChanged();
+}
+
 void GeneralPaneModel::openSystemSettings()
 {
     if (m_services.trust)
@@ -128,6 +195,8 @@ void GeneralPaneModel::reload()
     Q_EMIT showItemsWithoutShortcutChanged();
     Q_EMIT glassyBackgroundChanged();
     Q_EMIT launchAtLoginChanged();
+    Q_EMIT rememberCommandsChanged();
+    Q_EMIT excludedApplicationsChanged();
 }
 
 SettingsWindowPresenter& SettingsWindowPresenter::shared()

@@ -7,6 +7,7 @@
 #include "whatsnew/SecondaryWindow.h"
 
 #include <QObject>
+#include <QVariantList>
 
 namespace corvane {
 
@@ -27,6 +28,11 @@ class GeneralPaneModel : public QObject {
     Q_PROPERTY(
         bool launchAtLogin READ launchAtLogin WRITE setLaunchAtLogin NOTIFY launchAtLoginChanged)
     Q_PROPERTY(bool trusted READ trusted NOTIFY trustedChanged)
+    Q_PROPERTY(bool rememberCommands READ rememberCommands WRITE setRememberCommands NOTIFY
+                   rememberCommandsChanged)
+    // The applications where holding does nothing: {appId, name, icon} maps, in stored order.
+    Q_PROPERTY(QVariantList excludedApplications READ excludedApplications NOTIFY
+                   excludedApplicationsChanged)
 
 public:
     // The slider's step; its range is TriggerSettings' 0.3 to 2.0.
@@ -43,6 +49,8 @@ public:
     bool glassyBackground() const;
     bool launchAtLogin() const { return m_launchAtLogin; }
     bool trusted() const { return m_permission.trusted(); }
+    bool rememberCommands() const;
+    QVariantList excludedApplications() const;
 
     // Each stores the value at once; a value the store refuses is not kept, and the control
     // shows the stored one again.
@@ -53,6 +61,14 @@ public:
     void setGlassyBackground(bool glassy);
     // A failed change silently shows the real state again.
     void setLaunchAtLogin(bool enabled);
+    void setRememberCommands(bool remember);
+
+    // "Forget…", once confirmed: every application's history of run commands.
+    Q_INVOKABLE void forgetHistory();
+    // The applications with a window that are not listed yet, to choose from ({appId, name, icon}).
+    Q_INVOKABLE QVariantList applicationsToExclude() const;
+    Q_INVOKABLE void exclude(const QString& appId);
+    Q_INVOKABLE void include(const QString& appId);
 
     // "Open Accessibility Settings…": asks for the permission, then opens the accessibility
     // settings (the settings window has no separate grant button).
@@ -68,9 +84,13 @@ Q_SIGNALS:
     void glassyBackgroundChanged();
     void launchAtLoginChanged();
     void trustedChanged();
+    void rememberCommandsChanged();
+    void excludedApplicationsChanged();
 
 private:
     void storeBool(const QString& key, bool value, void (GeneralPaneModel::*changed)());
+    QStringList excludedIds() const;
+    QVariantMap describe(const RunningApp& app) const;
 
     UserDefaults& m_defaults;
     WindowServices m_services;

@@ -14,6 +14,7 @@ void registerDefaults(UserDefaults& defaults)
         {showDisabledItemsKey, true},
         {showItemsWithoutShortcutKey, true},
         {glassyBackgroundKey, true},
+        {rememberCommandsKey, true},
     });
 }
 

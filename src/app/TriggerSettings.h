@@ -19,20 +19,23 @@ inline const QString triggerModifierKey = QStringLiteral("triggerModifier");
 inline const QString showDisabledItemsKey = QStringLiteral("showDisabledItems");
 inline const QString showItemsWithoutShortcutKey = QStringLiteral("showItemsWithoutShortcut");
 inline const QString glassyBackgroundKey = QStringLiteral("glassyBackground");
+inline const QString rememberCommandsKey = QStringLiteral("rememberCommands");
+// The application ids where holding the trigger never arms.
+inline const QString excludedApplicationsKey = QStringLiteral("excludedApplications");
 
 inline constexpr double defaultHoldDelay = 0.85;
 inline constexpr double minimumHoldDelay = 0.3;
 inline constexpr double maximumHoldDelay = 2.0;
 
-// Registers the five defaults (in memory; never written).
+// Registers the six defaults (in memory; never written).
 void registerDefaults(UserDefaults& defaults);
 
 // 0.3 or less gives 0.3; then more than 2.0 gives 2.0.
 double clampHoldDelay(double seconds);
 double holdDelay(const UserDefaults& defaults);
 
-// A display setting ("showDisabledItems", "showItemsWithoutShortcut", "glassyBackground"),
-// true when absent.
+// A switch ("showDisabledItems", "showItemsWithoutShortcut", "glassyBackground",
+// "rememberCommands"), true when absent.
 bool displayOption(const UserDefaults& defaults, const QString& key);
 
 // The stored "triggerModifier", "command" when absent.

@@ -5,7 +5,8 @@
 namespace corvane {
 
 OverlayLists::OverlayLists(OverlayViewModel* model, QObject* parent)
-    : QObject(parent), m_model(model), m_favorites(model, tr("Favorites")), m_results(model, {})
+    : QObject(parent), m_model(model), m_favorites(model, tr("Favorites")),
+      m_recent(model, tr("Recent")), m_results(model, {})
 {
     for (auto signal : {&OverlayViewModel::sectionsChanged, &OverlayViewModel::showDisabledChanged,
                         &OverlayViewModel::showNoShortcutChanged})
@@ -13,6 +14,11 @@ OverlayLists::OverlayLists(OverlayViewModel* model, QObject* parent)
     connect(model, &OverlayViewModel::favoriteOrderChanged, this, &OverlayLists::favoritesAssigned);
     connect(model, &OverlayViewModel::favoriteIDsChanged, this, &OverlayLists::favoritesAssigned);
     connect(model, &OverlayViewModel::queryChanged, this, &OverlayLists::queryAssigned);
+    // The history lifts commands in search too.
+    connect(model, &OverlayViewModel::historyChanged, this, [this] {
+        favoritesAssigned();
+        queryAssigned();
+    });
     m_searchActive = model->isSearchActive();
 }
 
@@ -61,6 +67,7 @@ void OverlayLists::favoritesAssigned()
     refreshFavorites();
     for (QObject* section : std::as_const(m_sections))
         static_cast<CommandListModel*>(section)->refreshFavorites();
+    m_recent.refreshFavorites();
     m_results.refreshFavorites();
 }
 
@@ -87,6 +94,12 @@ CommandListModel* OverlayLists::favorites()
 {
     refreshFavorites();
     return &m_favorites;
+}
+
+CommandListModel* OverlayLists::recent()
+{
+    refreshFavorites();
+    return &m_recent;
 }
 
 CommandListModel* OverlayLists::results()
@@ -134,6 +147,7 @@ void OverlayLists::refreshFavorites()
         return;
     m_favoritesStale = false;
     m_favorites.setCommands(m_model->favoriteCommands());
+    m_recent.setCommands(m_model->recentCommands());
 }
 
 void OverlayLists::refreshResults()

@@ -1,7 +1,7 @@
 #pragma once
 
 // The view model's derived lists as list models for the QML views: one per visible section, the
-// favourites and the search results. Each is rebuilt only when something it is derived from was
+// favourites, the recent commands and the search results. Each is rebuilt only when something it is derived from was
 // assigned. The results list holds the search results while a search is active, and the last
 // search's results after it (it is shown only during a search; the next search changes its rows in
 // place).
@@ -19,6 +19,7 @@ class OverlayLists : public QObject {
     Q_OBJECT
     Q_PROPERTY(QList<QObject*> sections READ sections NOTIFY sectionsChanged)
     Q_PROPERTY(CommandListModel* favorites READ favorites CONSTANT)
+    Q_PROPERTY(CommandListModel* recent READ recent CONSTANT)
     Q_PROPERTY(CommandListModel* results READ results CONSTANT)
     Q_PROPERTY(int commandCount READ commandCount NOTIFY sectionsChanged)
     // The raw sections, before filtering: none means no catalog yet (the loading state).
@@ -30,6 +31,7 @@ public:
 
     QList<QObject*> sections();
     CommandListModel* favorites();
+    CommandListModel* recent();
     CommandListModel* results();
     int commandCount();
     bool searchActive() const;
@@ -54,6 +56,7 @@ private:
     OverlayViewModel* m_model;
     QList<QObject*> m_sections; // CommandListModel, one per visible section
     CommandListModel m_favorites;
+    CommandListModel m_recent;
     CommandListModel m_results;
     int m_commandCount = 0;
     bool m_searchActive = false;

@@ -64,7 +64,6 @@ void OverlayPanelController::createPanel()
     m_panel = std::make_unique<PeekPanel>(m_translucent);
     m_sectionsDrawn = false;
     m_engine = makeViewEngine();
-    m_engine->addImageProvider(QStringLiteral("appicon"), new AppIconImageProvider);
     m_rootComponent = std::make_unique<QQmlComponent>(m_engine.get(), rootViewUrl,
                                                       QQmlComponent::PreferSynchronous);
     connect(m_panel.get(), &QQuickWindow::frameSwapped, this, [this] { m_sectionsDrawn = true; });
@@ -154,6 +153,7 @@ void OverlayPanelController::fill(const RunningApp& app, const std::optional<Men
     m_viewModel.setAppIcon(app.iconName);
     m_viewModel.setSections(catalog ? catalog->sections : QList<MenuSection>{});
     m_viewModel.setUnreadable(OverlayViewModel::Unreadable::no);
+    m_viewModel.setNotice({});
     m_viewModel.setQuery({});
     m_viewModel.setSelection(0);
     m_viewModel.setPinned(false);
@@ -223,6 +223,16 @@ void OverlayPanelController::pin()
     installKeyMonitor();
 }
 
+void OverlayPanelController::lendKeyboard(bool lend)
+{
+    if (!m_panel || !m_panel->isVisible() || !m_viewModel.pinned())
+        return;
+    if (lend)
+        m_panel->takeKeyboard(false);
+    else
+        grabKeyboardWhenViewable(grabAttempts);
+}
+
 void OverlayPanelController::grabKeyboardWhenViewable(int attemptsLeft)
 {
     if (!m_viewModel.pinned() || !m_panel || !m_panel->isVisible())
@@ -274,6 +284,11 @@ bool OverlayPanelController::handleKey(QKeyEvent* event)
     case Qt::Key_Escape:
         if (m_viewModel.onCloseRequest)
             m_viewModel.onCloseRequest();
+        return true;
+    case Qt::Key_E:
+        if (event->modifiers() != Qt::ControlModifier)
+            return false;
+        m_viewModel.requestExport();
         return true;
     case Qt::Key_Down:
         m_viewModel.moveSelection(1);

@@ -50,6 +50,9 @@ public:
     // on first use otherwise); nothing is shown.
     void prepare();
     void pin();
+    // While one of Corvane's dialogs is open over the pinned panel, the panel lets the keyboard
+    // go, and takes it back after.
+    void lendKeyboard(bool lend);
     void dismiss();
     void update(const MenuCatalog& catalog);
 

@@ -81,6 +81,14 @@ QString OverlayViewModel::unreadableText() const
     return {};
 }
 
+void OverlayViewModel::setHistory(const CommandFilter::HistoryWeights& weights,
+                                  const QStringList& recent)
+{
+    m_historyWeights = weights;
+    m_recentOrder = recent;
+    Q_EMIT historyChanged();
+}
+
 void OverlayViewModel::setUnreadable(Unreadable value)
 {
     m_unreadable = value;
@@ -125,15 +133,17 @@ QList<MenuCommand> OverlayViewModel::allCommands() const
     return index().commands();
 }
 
-QList<MenuCommand> OverlayViewModel::favoriteCommands() const
+namespace {
+
+// The visible commands with these ids, in the order of `ids` (an id listed twice yields its
+// command twice), found without building the search index.
+QList<MenuCommand> commandsByIds(const QList<MenuSection>& sections, const QStringList& ids)
 {
-    if (m_favoriteOrder.isEmpty())
+    if (ids.isEmpty())
         return {};
-    // The visible commands in order, as allCommands() gives them, without building the search
-    // index for it.
-    const QSet<QString> wanted(m_favoriteOrder.cbegin(), m_favoriteOrder.cend());
+    const QSet<QString> wanted(ids.cbegin(), ids.cend());
     QHash<QString, MenuCommand> byId;
-    for (const MenuSection& section : visibleSections()) {
+    for (const MenuSection& section : sections) {
         for (const MenuCommand& command : section.commands) {
             const QString id = command.id();
             if (wanted.contains(id) && !byId.contains(id)) // the first of equal ids keeps it
@@ -141,10 +151,22 @@ QList<MenuCommand> OverlayViewModel::favoriteCommands() const
         }
     }
     QList<MenuCommand> result;
-    for (const QString& id : m_favoriteOrder) // stored order; an id listed twice yields it twice
+    for (const QString& id : ids)
         if (const auto it = byId.constFind(id); it != byId.constEnd())
             result.append(*it);
     return result;
+}
+
+} // namespace
+
+QList<MenuCommand> OverlayViewModel::favoriteCommands() const
+{
+    return commandsByIds(visibleSections(), m_favoriteOrder);
+}
+
+QList<MenuCommand> OverlayViewModel::recentCommands() const
+{
+    return commandsByIds(visibleSections(), m_recentOrder);
 }
 
 QList<MenuCommand> OverlayViewModel::searchResults() const
@@ -152,7 +174,7 @@ QList<MenuCommand> OverlayViewModel::searchResults() const
     // Without a search the filter returns the commands unchanged: no need to build the index.
     if (!isSearchActive())
         return allCommands();
-    return index().rank(m_query, m_favoriteIDs);
+    return index().rank(m_query, m_favoriteIDs, m_historyWeights);
 }
 
 bool OverlayViewModel::isSearchActive() const
@@ -192,6 +214,18 @@ void OverlayViewModel::executeSelection()
     // Deliberately not checking `enabled`: the keyboard path hands a disabled command on too.
     if (m_selection >= 0 && m_selection < results.size() && onExecute)
         onExecute(results[m_selection]);
+}
+
+void OverlayViewModel::requestExport()
+{
+    if (onExport)
+        onExport();
+}
+
+void OverlayViewModel::setNotice(const QString& value)
+{
+    m_notice = value;
+    Q_EMIT noticeChanged();
 }
 
 void OverlayViewModel::requestPin()

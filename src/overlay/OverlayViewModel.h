@@ -31,6 +31,9 @@ class OverlayViewModel : public QObject {
     Q_PROPERTY(QStringList favoriteOrder READ favoriteOrder WRITE setFavoriteOrder NOTIFY
                    favoriteOrderChanged)
     Q_PROPERTY(QString unreadableText READ unreadableText NOTIFY unreadableChanged)
+    Q_PROPERTY(QStringList recentOrder READ recentOrder NOTIFY historyChanged)
+    // A line the footer shows instead of its hint (where an export went).
+    Q_PROPERTY(QString notice READ notice WRITE setNotice NOTIFY noticeChanged)
 
 public:
     // Why the application's menus cannot be read, when they cannot: the empty panel says so
@@ -53,6 +56,11 @@ public:
     QString triggerSymbol() const { return m_triggerSymbol; }
     QStringList favoriteOrder() const { return m_favoriteOrder; }
     Unreadable unreadable() const { return m_unreadable; }
+    // The commands run most often and lately (ids, heaviest first) and every run command's
+    // history weight, which lifts it in search.
+    QStringList recentOrder() const { return m_recentOrder; }
+    const CommandFilter::HistoryWeights& historyWeights() const { return m_historyWeights; }
+    QString notice() const { return m_notice; }
     // The one sentence that says why, naming the application; empty while the menus may come.
     QString unreadableText() const;
 
@@ -69,22 +77,28 @@ public:
     void setTriggerSymbol(const QString& value);
     void setFavoriteOrder(const QStringList& value);
     void setUnreadable(Unreadable value);
+    void setHistory(const CommandFilter::HistoryWeights& weights, const QStringList& recent);
+    void setNotice(const QString& value);
 
     std::function<void(const MenuCommand&)> onExecute;
     std::function<void(const MenuCommand&)> onToggleFavorite;
     std::function<void()> onPinRequest;
     std::function<void()> onCloseRequest;
+    std::function<void()> onExport;
 
     // Derived lists, always equal to a fresh computation from the properties.
     QList<MenuSection> visibleSections() const;
     QList<MenuCommand> allCommands() const;
     QList<MenuCommand> favoriteCommands() const;
+    QList<MenuCommand> recentCommands() const;
     QList<MenuCommand> searchResults() const;
     bool isSearchActive() const;
 
     Q_INVOKABLE void moveSelection(qint64 delta);
     // A click on the search field of an unpinned overlay: calls onPinRequest if set.
     Q_INVOKABLE void requestPin();
+    // "Export…" (Ctrl+E): calls onExport if set.
+    Q_INVOKABLE void requestExport();
     Q_INVOKABLE void executeSelection();
 
 Q_SIGNALS:
@@ -99,6 +113,8 @@ Q_SIGNALS:
     void showNoShortcutChanged();
     void glassyChanged();
     void unreadableChanged();
+    void historyChanged();
+    void noticeChanged();
     void triggerSymbolChanged();
     void favoriteOrderChanged();
 
@@ -118,6 +134,9 @@ private:
     bool m_showNoShortcut = true;
     bool m_glassy = true;
     Unreadable m_unreadable = Unreadable::no;
+    QStringList m_recentOrder;
+    QString m_notice;
+    CommandFilter::HistoryWeights m_historyWeights;
     QString m_triggerSymbol = QStringLiteral("Ctrl");
     QStringList m_favoriteOrder;
     mutable std::unique_ptr<CommandFilter::Index> m_index;

@@ -14,6 +14,7 @@ std::unique_ptr<QQmlEngine> makeViewEngine()
     auto engine = std::make_unique<QQmlEngine>();
     engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
     engine->addImageProvider(QStringLiteral("symbol"), new SymbolImageProvider);
+    engine->addImageProvider(QStringLiteral("appicon"), new AppIconImageProvider);
     return engine;
 }
 

@@ -288,6 +288,13 @@ bool UserDefaults::setStringList(const QString& key, const QStringList& value)
 {
     return write(key, DefaultsText::fromStringList(value));
 }
+QStringList UserDefaults::keys(const QString& prefix) const
+{
+    QStringList found = m_settings->allKeys();
+    found.removeIf([&prefix](const QString& key) { return !key.startsWith(prefix); });
+    return found;
+}
+
 bool UserDefaults::remove(const QString& key)
 {
     return write(key, std::nullopt);

@@ -51,6 +51,8 @@ public:
 
     // Whether a value is stored in the file (registered defaults do not count).
     bool contains(const QString& key) const;
+    // The stored keys that start with `prefix`.
+    QStringList keys(const QString& prefix) const;
 
 private:
     // A file QSettings cannot parse would never be written again, so every change would fail:

@@ -1,5 +1,7 @@
 #include "CommandFilter.h"
 
+#include <cmath>
+
 #include <algorithm>
 
 namespace corvane::CommandFilter {
@@ -123,12 +125,19 @@ std::optional<int> score(const MenuCommand& command, const QString& foldedQuery)
                       PreparedQuery(FoldedText(foldedQuery)));
 }
 
+int historyBonus(double weight)
+{
+    if (!(weight > 0))
+        return 0;
+    return int(std::lround(historyBonusCap * weight / (weight + 2)));
+}
+
 QList<MenuCommand> rank(const QList<MenuCommand>& commands, const QString& query,
-                        const QSet<QString>& favorites)
+                        const QSet<QString>& favorites, const HistoryWeights& history)
 {
     if (!TextFolding::isSearchActive(query))
         return commands;
-    return Index(commands).rank(query, favorites);
+    return Index(commands).rank(query, favorites, history);
 }
 
 Index::Index(QList<MenuCommand> commands) : m_commands(std::move(commands))
@@ -142,7 +151,8 @@ Index::Index(QList<MenuCommand> commands) : m_commands(std::move(commands))
     }
 }
 
-QList<qsizetype> Index::rankPositions(const QString& query, const QSet<QString>& favorites) const
+QList<qsizetype> Index::rankPositions(const QString& query, const QSet<QString>& favorites,
+                                      const HistoryWeights& history) const
 {
     const PreparedQuery prepared{FoldedText(TextFolding::fold(query))};
     QList<qsizetype> positions;
@@ -156,6 +166,10 @@ QList<qsizetype> Index::rankPositions(const QString& query, const QSet<QString>&
     QSet<QString> normalizedFavorites;
     for (const QString& id : favorites)
         normalizedFavorites.insert(id.normalized(QString::NormalizationForm_C));
+    QHash<QString, int> bonuses;
+    for (auto it = history.cbegin(); it != history.cend(); ++it)
+        if (const int bonus = historyBonus(it.value()))
+            bonuses.insert(it.key().normalized(QString::NormalizationForm_C), bonus);
 
     struct Scored {
         int score;
@@ -171,6 +185,8 @@ QList<qsizetype> Index::rankPositions(const QString& query, const QSet<QString>&
         int total = *value;
         if (!normalizedFavorites.isEmpty() && normalizedFavorites.contains(entry.normalizedId))
             total += favoriteBonus;
+        if (!bonuses.isEmpty())
+            total += bonuses.value(entry.normalizedId);
         if (!m_commands[i].enabled)
             total -= disabledPenalty;
         scored.push_back({total, i});
@@ -185,12 +201,13 @@ QList<qsizetype> Index::rankPositions(const QString& query, const QSet<QString>&
     return positions;
 }
 
-QList<MenuCommand> Index::rank(const QString& query, const QSet<QString>& favorites) const
+QList<MenuCommand> Index::rank(const QString& query, const QSet<QString>& favorites,
+                               const HistoryWeights& history) const
 {
     if (!TextFolding::isSearchActive(query))
         return m_commands;
     QList<MenuCommand> result;
-    const QList<qsizetype> positions = rankPositions(query, favorites);
+    const QList<qsizetype> positions = rankPositions(query, favorites, history);
     result.reserve(positions.size());
     for (qsizetype i : positions)
         result.append(m_commands[i]);

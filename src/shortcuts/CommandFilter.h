@@ -6,6 +6,7 @@
 #include "TextFolding.h"
 #include "menus/MenuCatalog.h"
 
+#include <QHash>
 #include <QList>
 #include <QSet>
 #include <QString>
@@ -23,9 +24,19 @@ inline constexpr int brevityAllowance = 40;
 inline constexpr int pathMatchDivisor = 2;
 inline constexpr int favoriteBonus = 150;
 inline constexpr int disabledPenalty = 200;
+// Use lifts a command by at most this much: with the brevity allowance still less than the 200
+// between two kinds of text match, so a weak match never passes a strong one on use alone.
+inline constexpr int historyBonusCap = 100;
+
+// The bonus of a command of history weight `weight` (CommandHistory::weight): a third of the cap
+// for one run today, rising towards the cap with use.
+int historyBonus(double weight);
+
+// Commands by id: the favourites, and the history weights of commands run before.
+using HistoryWeights = QHash<QString, double>;
 
 QList<MenuCommand> rank(const QList<MenuCommand>& commands, const QString& query,
-                        const QSet<QString>& favorites);
+                        const QSet<QString>& favorites, const HistoryWeights& history = {});
 
 // `foldedQuery` is TextFolding::fold of the raw query.
 std::optional<int> score(const MenuCommand& command, const QString& foldedQuery);
@@ -41,8 +52,10 @@ public:
 
     const QList<MenuCommand>& commands() const { return m_commands; }
     // Positions into commands(), best first; all positions in order for an inactive query.
-    QList<qsizetype> rankPositions(const QString& query, const QSet<QString>& favorites) const;
-    QList<MenuCommand> rank(const QString& query, const QSet<QString>& favorites) const;
+    QList<qsizetype> rankPositions(const QString& query, const QSet<QString>& favorites,
+                                   const HistoryWeights& history = {}) const;
+    QList<MenuCommand> rank(const QString& query, const QSet<QString>& favorites,
+                            const HistoryWeights& history = {}) const;
 
 private:
     struct Entry {

@@ -138,7 +138,8 @@ void HoldDetector::handleClick()
         send(Event::interrupted());
         break;
     case State::pinned:
-        send(Event::closeRequest()); // a click outside the pinned overlay closes it
+        if (!dialogOpen())
+            send(Event::closeRequest()); // a click outside the pinned overlay closes it
         break;
     case State::idle:
         break;

@@ -27,6 +27,9 @@ public:
         return std::optional<QRectF>();
     };
     std::function<bool()> canArmProvider = [] { return true; };
+    // While true, a click elsewhere leaves the pinned panel open (a dialog of Corvane's own is
+    // open over it).
+    std::function<bool()> dialogOpen = [] { return false; };
     std::optional<ModifierFlags::Flags> triggerModifier;
     double holdDelay = 0.85;
     HoldStateMachine machine;

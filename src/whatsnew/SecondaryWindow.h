@@ -6,6 +6,8 @@
 // view and its model go, the fields are cleared, so the next show builds a fresh view). The views
 // live in the QML modules Corvane.Windows (Welcome, What's New) and Corvane.Settings.
 
+#include "platform/RunningApp.h"
+
 #include <QCoreApplication>
 #include <QPointer>
 #include <QQuickWindow>
@@ -30,6 +32,9 @@ struct WindowServices {
     std::function<QString()> triggerName;  // "Ctrl", "Alt", "Super" or "" (off)
     bool globalInputWatched = true;        // false: the Welcome window says why holding fails
     UserDefaults* defaults = nullptr;      // the settings store; null: UserDefaults::standard()
+    // The applications with a window (to choose from), and an application id's name and icon.
+    std::function<QList<RunningApp>()> runningApplications;
+    std::function<RunningApp(const QString& appId)> describeApplication;
 
     static WindowServices& shared();
     // The configured trigger's name for texts; the default "Ctrl" when the trigger is off.

@@ -125,6 +125,7 @@ private Q_SLOTS:
     void unreadableApplicationSaysWhy_data();
     void unreadableApplicationSaysWhy();
     void favoritesShowWhatTheStoreHolds();
+    void runCommandsAreRememberedAndExported();
     void permissionPollBroadcastAndRestart();
     void launchAnnouncements_data();
     void launchAnnouncements();
@@ -146,6 +147,7 @@ private:
     FakeTrust m_trust;
     std::shared_ptr<FakeSource> m_source;
     int m_beeps = 0;
+    QString m_suggestedPath, m_savePath; // the export's dialog: what it suggested, what it answers
     std::unique_ptr<AppDelegate> m_delegate;
     std::unique_ptr<QSignalSpy> m_crawls;
 };
@@ -159,7 +161,7 @@ void TestAppDelegate::init()
     QVERIFY(m_defaults->setBool(AppDelegate::launchedBeforeKey, true));
     QCoreApplication::setApplicationVersion(QString());
     m_source = std::make_shared<FakeSource>();
-    m_source->set(editor.pid, "File{New,Open…,Quit},Edit{Undo,Redo}");
+    m_source->set(editor.pid, "File{New=Ctrl+N,Open…,Quit=Ctrl+Q},Edit{Undo,Redo}");
     m_source->set(viewer.pid, "View{Zoom In,Zoom Out}");
     m_workspace.front = editor;
     m_beeps = 0;
@@ -192,7 +194,11 @@ void TestAppDelegate::launch(bool trusted)
                                                                      .beep = [this] { ++m_beeps; },
                                                                      .isCompositing = {},
                                                                      .requestBlurBehind = {},
-                                                                     .showStatusItem = false});
+                                                                     .showStatusItem = false,
+                                                                     .askSavePath = [this](const QString& suggested) {
+                                                                         m_suggestedPath = suggested;
+                                                                         return m_savePath;
+                                                                     }});
     AppDelegate::shared = m_delegate.get();
     m_crawls = std::make_unique<QSignalSpy>(m_delegate.get(), &AppDelegate::crawlFinished);
     QSignalSpy announced(m_delegate.get(), &AppDelegate::launchAnnounced);
@@ -374,6 +380,47 @@ void TestAppDelegate::showWithoutAUsableApplicationCloses()
         QCOMPARE(m_delegate->detector.machine.state, State::idle);
         QVERIFY(!panelVisible());
     }
+}
+
+void TestAppDelegate::runCommandsAreRememberedAndExported()
+{
+    launch();
+    pin(editor);
+    waitForCrawls(1);
+    const QList<MenuCommand> file = model().sections().at(0).commands;
+    m_delegate->execute(file.at(2)); // Quit
+    QTRY_COMPARE(*m_source->pressed, QStringList{"File/Quit"});
+    QTRY_COMPARE(m_delegate->history.entries(*editor.appId).size(), 1);
+    pin(editor);
+    m_delegate->execute(MenuCommand{{{"File", 0}, {"Gone", 0}}, ShortcutKeys::none, true, false});
+    QTRY_COMPARE(m_beeps, 1); // a failed press is not remembered
+    // The next peek shows it in the Recent card and lifts it in search.
+    pin(editor);
+    QCOMPARE(model().recentOrder(), QStringList{file.at(2).id()});
+    QCOMPARE(model().historyWeights().keys(), QStringList{file.at(2).id()});
+
+    // Switched off: nothing more is remembered, and nothing is shown.
+    QVERIFY(m_defaults->setBool("rememberCommands", false));
+    m_delegate->execute(file.at(0));
+    QTRY_COMPARE(m_source->pressed->size(), 2);
+    onCrawlThread([] { return true; });
+    QCoreApplication::processEvents();
+    QCOMPARE(m_delegate->history.entries(*editor.appId).size(), 1);
+    pin(editor);
+    QVERIFY(model().recentOrder().isEmpty());
+
+    // Ctrl+E asks where to save the sheet, saves it there and says so; cancelled, nothing.
+    m_savePath = m_dir->filePath("sheet.md");
+    QTest::keyClick(m_delegate->overlay.panel(), Qt::Key_E, Qt::ControlModifier);
+    QVERIFY(m_suggestedPath.endsWith("/Editor shortcuts.html"));
+    QFile sheet(m_savePath);
+    QVERIFY(sheet.open(QIODevice::ReadOnly));
+    QCOMPARE(QString::fromUtf8(sheet.readAll()).count("<kbd>Ctrl</kbd>"), 2); // New and Quit
+    QCOMPARE(model().notice(), "Saved to " + m_savePath);
+    QVERIFY(panelVisible() && model().pinned());
+    m_savePath = m_dir->filePath("missing/folder/sheet.html");
+    model().requestExport();
+    QVERIFY(model().notice().startsWith("Could not save"));
 }
 
 void TestAppDelegate::favoritesShowWhatTheStoreHolds()

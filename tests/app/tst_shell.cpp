@@ -9,6 +9,7 @@
 #include "StatusNotifierWatcher.h"
 #include "XBellCounter.h"
 #include "platform/linux/AccessibilitySwitch.h"
+#include "platform/linux/AppIdentity.h"
 #include "platform/linux/X11BusAddress.h"
 
 #include <QDBusConnection>
@@ -45,6 +46,7 @@ private Q_SLOTS:
     void trayMenuEntriesAndPeek();
     void trayWithoutPermissionWarnsAndPeekOpensWelcome();
     void terminatedWithAWindowOpenItQuitsCleanly();
+    void listedApplicationNeverPeeks();
     void qtApplicationsStartedTogetherAreRead();
 
 private:
@@ -444,6 +446,29 @@ void TestShell::terminatedWithAWindowOpenItQuitsCleanly()
     QVERIFY2(m_corvane->terminate(), qPrintable(m_corvane->log()));
     QVERIFY(!m_corvane->linesContaining("quitting: SIGTERM received").isEmpty());
     QCOMPARE(left(), QStringList());
+}
+
+// After the shared Corvane has ended: one told to stay out of geany. Holding Ctrl there shows
+// nothing (the key stays geany's own); in the fixture the panel still shows.
+void TestShell::listedApplicationNeverPeeks()
+{
+    m_corvane.reset(); // ended by the test before, unless this one runs alone
+    const QString geany = AppIdentity::forProcess(m_geany).appId.value_or(QString());
+    QVERIFY(!geany.isEmpty());
+    CorvaneProcess corvane(QStringLiteral(CORVANE),
+                           {{"holdDelay", 0.3},
+                            {"excludedApplications", QStringLiteral("[\"%1\"]").arg(geany)}});
+    corvane.start();
+    QVERIFY(activateWindowOf(m_geany));
+    pressTrigger();
+    QTest::qWait(1000); // more than three times the hold delay
+    QVERIFY(!corvane.panelVisible());
+    releaseTrigger();
+    QVERIFY(activateWindowOf(m_fixture));
+    pressTrigger();
+    QTRY_VERIFY_WITH_TIMEOUT(corvane.panelVisible(), 5000);
+    releaseTrigger();
+    QTRY_VERIFY(!corvane.panelVisible());
 }
 
 // After the shared Corvane has ended: one of its own, on a desktop whose bus launcher did not put

@@ -3,6 +3,7 @@
 // and the favourites store.
 
 #include "FakeMenuTree.h"
+#include "menus/CommandHistory.h"
 #include "menus/FavoritesStore.h"
 #include "menus/MenuCatalogCache.h"
 #include "menus/MenuCatalogJson.h"
@@ -60,6 +61,7 @@ private Q_SLOTS:
     void jsonErrorsAreClear();
     void cacheReplacesWholeCatalogsAcrossThreads();
     void favorites();
+    void history();
 
 private:
     QTemporaryDir m_dir;
@@ -304,6 +306,39 @@ void TestMenus::favorites()
     QVERIFY(store.ids("app").isEmpty());
     QVERIFY(store.toggle("a", "app"));
     QCOMPARE(store.ids("app"), QStringList{"a"});
+}
+
+void TestMenus::history()
+{
+    UserDefaults defaults(m_dir.filePath("history.conf"));
+    CommandHistory history(defaults);
+    const QDateTime monday = QDateTime::fromSecsSinceEpoch(1'790'000'000, Qt::UTC);
+    QVERIFY(history.record("copy", "app", monday));
+    QVERIFY(history.record("paste", "app", monday.addSecs(60)));
+    QVERIFY(history.record("copy", "app", monday.addSecs(120)));
+    const QList<CommandHistory::Entry> entries = history.entries("app");
+    QCOMPARE(entries.size(), 2);
+    QCOMPARE(entries[0].id, "copy"); // most recent first, counted
+    QCOMPARE(entries[0].count, 2);
+    QCOMPARE(entries[0].lastRun, monday.addSecs(120));
+    // A run a week ago weighs half a run today.
+    QCOMPARE(CommandHistory::weight({"x", 1, monday}, monday.addDays(7)), 0.5);
+    QCOMPARE(history.recent("app", monday.addDays(1)), (QStringList{"copy", "paste"}));
+
+    // At most 200 per application, the oldest dropped; a text nobody can read is left out.
+    for (int i = 0; i < 205; ++i)
+        history.record(QString::number(i), "busy", monday.addSecs(i));
+    QCOMPARE(history.entries("busy").size(), CommandHistory::maxEntries);
+    QCOMPARE(history.entries("busy").last().id, "5");
+    QVERIFY(defaults.setStringList("history.odd", {"2 x copy", "paste", "1 1790000000 cut"}));
+    QCOMPARE(history.entries("odd").size(), 1);
+
+    // Forgetting clears every application's history and nothing else.
+    QVERIFY(defaults.setStringList("favorites.app", {"copy"}));
+    QVERIFY(history.forgetAll());
+    UserDefaults reread(defaults.filePath());
+    QVERIFY(reread.keys("history.").isEmpty());
+    QCOMPARE(reread.stringList("favorites.app"), QStringList{"copy"});
 }
 
 QTEST_GUILESS_MAIN(TestMenus)

@@ -5,6 +5,7 @@
 
 #include "CrawlThread.h"
 #include "FixtureModel.h"
+#include "menus/MenuCatalogJson.h"
 #include "menus/MenuCrawler.h"
 #include "platform/linux/AccessibilitySwitch.h"
 #include "platform/linux/AppIdentity.h"
@@ -17,6 +18,7 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QXmlStreamReader>
 #include <csignal>
 
 using namespace corvane;
@@ -363,6 +365,46 @@ void TestAtspiApps::commandLineMessages()
     const auto [dumped, dump, dumpErr] = run({"dump", "geany", "--json"});
     QCOMPARE(dumped, 0);
     QVERIFY(dump.contains("\"bundleID\": \"geany\""));
+    // The shortcut sheet: every command with a shortcut, once, in menu order, as HTML that is
+    // well-formed and loads nothing, and as Markdown.
+    const auto catalog = MenuCatalogJson::read(dump.toUtf8()).catalog;
+    QVERIFY(catalog);
+    QStringList expected;
+    QSet<QString> seen;
+    for (const MenuSection& section : catalog->sections) {
+        for (const MenuCommand& command : section.commands) {
+            if (command.shortcut.key.isEmpty() || seen.contains(command.id()))
+                continue;
+            seen.insert(command.id());
+            const QStringList keys = command.shortcut.modifiers + QStringList{command.shortcut.key};
+            expected << command.titles().mid(1).join(" \u25b8 ") + " = " + keys.join(u'+');
+        }
+    }
+    QVERIFY(expected.size() >= 40);
+    const auto [sheeted, sheet, sheetErr] = run({"dump", "geany", "--html"});
+    QCOMPARE(sheeted, 0);
+    QXmlStreamReader xml(sheet);
+    QStringList rows;
+    QString cell, keys;
+    while (!xml.atEnd()) {
+        xml.readNext();
+        if (xml.isStartElement() && xml.name() == u"tr")
+            cell.clear(), keys.clear();
+        else if (xml.isStartElement() && xml.name() == u"td" && cell.isEmpty())
+            cell = xml.readElementText(QXmlStreamReader::IncludeChildElements);
+        else if (xml.isStartElement() && xml.name() == u"kbd")
+            keys += (keys.isEmpty() ? "" : "+") + xml.readElementText();
+        else if (xml.isEndElement() && xml.name() == u"tr")
+            rows << cell + " = " + keys;
+    }
+    QVERIFY2(!xml.hasError(), qPrintable(xml.errorString()));
+    QCOMPARE(rows, expected);
+    static const QRegularExpression external(R"(\b(src|href)\s*=|url\(|@import|<link|<script)",
+                                             QRegularExpression::CaseInsensitiveOption);
+    QVERIFY(!sheet.contains(external));
+    const auto [marked, markdown, markdownErr] = run({"dump", "geany", "--markdown"});
+    QCOMPARE(marked, 0);
+    QCOMPARE(markdown.count("\n| "), expected.size() + markdown.count("\n## "));
     const auto [missing, _1, missingErr] = run({"dump", "org.example.Missing"});
     QCOMPARE(missing, 5);
     QVERIFY2(missingErr.startsWith("corvane-menus: no application with id org.example.Missing") &&

@@ -16,9 +16,10 @@ QString caps(const ShortcutKeys& keys)
     return keys.key.isEmpty() ? QString() : (keys.modifiers + QStringList{keys.key}).join(u'+');
 }
 
-// "Edit/Copy" → a command; a leading '!' makes it disabled.
+// "Edit/Copy" → a command; a leading '!' makes it disabled, '_' stands for a space.
 MenuCommand command(QString titles)
 {
+    titles.replace(u'_', u' ');
     const bool disabled = titles.startsWith(u'!');
     return MenuCommand{pathFromTitles(titles.remove(0, disabled).split(u'/')), ShortcutKeys::none,
                        !disabled, false};
@@ -211,28 +212,42 @@ void TestShortcuts::ranking_data()
     QTest::addColumn<QString>("query");
     QTest::addColumn<QString>("favorites");
     QTest::addColumn<QString>("ranked");
+    QTest::addColumn<QString>("history"); // "Edit/Copy=3": a command's history weight
     QTest::newRow("no search keeps the menu order, disabled included")
         << "File/Zzz Edit/Copy !View/Qqq"
         << "   "
         << ""
-        << "File/Zzz Edit/Copy !View/Qqq";
+        << "File/Zzz Edit/Copy !View/Qqq" << "";
     QTest::newRow("equal scores keep the menu order") << "A/Copy B/Copy C/Copy"
                                                       << "copy"
                                                       << ""
-                                                      << "A/Copy B/Copy C/Copy";
+                                                      << "A/Copy B/Copy C/Copy" << "";
     QTest::newRow("a favourite rises") << "Edit/Cope Edit/Copy"
                                        << "co"
                                        << "Edit/Copy"
-                                       << "Edit/Copy Edit/Cope";
+                                       << "Edit/Copy Edit/Cope" << "";
     QTest::newRow("a disabled favourite still sinks") << "Edit/Cope !Edit/Copy"
                                                       << "co"
                                                       << "Edit/Copy"
-                                                      << "Edit/Cope !Edit/Copy";
+                                                      << "Edit/Cope !Edit/Copy" << "";
     QTest::newRow("a disabled path match below zero is still listed, last")
         << "!Zebra/Zzz/Qqq Edit/Zq Edit/Other"
         << "zq"
         << ""
-        << "Edit/Zq !Zebra/Zzz/Qqq";
+        << "Edit/Zq !Zebra/Zzz/Qqq" << "";
+    QTest::newRow("use orders equal matches") << "A/Copy B/Copy C/Copy"
+                                              << "copy"
+                                              << ""
+                                              << "C/Copy A/Copy B/Copy"
+                                              << "C/Copy=1 B/Copy=0.01";
+    QTest::newRow("more use rises higher")
+        << "A/Copy B/Copy" << "copy" << "" << "B/Copy A/Copy" << "A/Copy=1 B/Copy=6";
+    QTest::newRow("heavy use never lifts a word start above a prefix")
+        << "Edit/Paste Edit/Special_Copy Edit/Copy" << "copy" << ""
+        << "Edit/Copy Edit/Special_Copy" << "Edit/Special_Copy=1000";
+    QTest::newRow("nor a substring above a word start")
+        << "Edit/Xcopy Edit/Special_Copy" << "copy" << ""
+        << "Edit/Special_Copy Edit/Xcopy" << "Edit/Xcopy=1000";
 }
 
 void TestShortcuts::ranking()
@@ -241,15 +256,19 @@ void TestShortcuts::ranking()
     QFETCH(QString, query);
     QFETCH(QString, favorites);
     QFETCH(QString, ranked);
+    QFETCH(QString, history);
     QList<MenuCommand> list;
     for (const QString& c : commands.split(u' '))
         list << command(c);
     QSet<QString> favored;
     for (const QString& f : favorites.split(u' ', Qt::SkipEmptyParts))
         favored << command(f).id().normalized(QString::NormalizationForm_D); // any normal form
+    CommandFilter::HistoryWeights weights;
+    for (const QString& w : history.split(u' ', Qt::SkipEmptyParts))
+        weights.insert(command(w.section(u'=', 0, 0)).id(), w.section(u'=', 1).toDouble());
     QStringList order;
-    for (const MenuCommand& c : CommandFilter::rank(list, query, favored))
-        order << (c.enabled ? "" : "!") + c.titles().join(u'/');
+    for (const MenuCommand& c : CommandFilter::rank(list, query, favored, weights))
+        order << (c.enabled ? "" : "!") + c.titles().join(u'/').replace(u' ', u'_');
     QCOMPARE(order.join(u' '), ranked);
 }
 

@@ -33,6 +33,10 @@ using namespace corvane::test;
 
 namespace {
 
+// What the settings window offers to leave out.
+QList<RunningApp> runningApps;
+
+
 WhatsNewRelease release(const char* version, const QString& title)
 {
     return {*AppVersion::parse(QString::fromLatin1(version)),
@@ -68,6 +72,7 @@ private Q_SLOTS:
     void whatsNewClipLoopsMutedAndPausesOnClose();
     void settingsApplyAtOnce();
     void settingsFollowWhatChangedElsewhere();
+    void settingsListApplicationsAndForgetHistory();
     void launchAtLogin();
 
 private:
@@ -120,13 +125,19 @@ void TestWindows::initTestCase()
                                            .beep = [] {},
                                            .isCompositing = {},
                                            .requestBlurBehind = {},
-                                           .showStatusItem = false});
+                                           .showStatusItem = false,
+                                           .askSavePath = {}});
     AppDelegate::shared = m_delegate.get();
     WindowServices::shared() = {.trust = m_trust.get(),
                                 .desktop = m_desktop.get(),
                                 .triggerName = [this] { return m_delegate->triggerSymbol(); },
                                 .globalInputWatched = true,
-                                .defaults = m_defaults.get()};
+                                .defaults = m_defaults.get(),
+                                .runningApplications = [] { return runningApps; },
+                                .describeApplication =
+                                    [](const QString& id) {
+                                        return RunningApp{0, id, "Described " + id, {}};
+                                    }};
     QSignalSpy announced(m_delegate.get(), &AppDelegate::launchAnnounced);
     m_delegate->applicationDidFinishLaunching();
     QTRY_COMPARE(announced.size(), 1);
@@ -162,6 +173,19 @@ void TestWindows::setPermission(bool enabled)
 void TestWindows::click(QQuickItem* item)
 {
     QVERIFY(item);
+    // In a scrolling form, scrolled into view first, as a user would.
+    for (QQuickItem* parent = item->parentItem(); parent; parent = parent->parentItem()) {
+        if (!parent->inherits("QQuickFlickable"))
+            continue;
+        const double y = item->mapToItem(parent, QPointF(0, 0)).y();
+        if (y < 0 || y + item->height() > parent->height()) {
+            const double most =
+                parent->property("contentHeight").toDouble() - parent->height();
+            const double contentY = parent->property("contentY").toDouble() + y - 40;
+            parent->setProperty("contentY", std::clamp(contentY, 0.0, std::max(0.0, most)));
+            QTest::qWait(100);
+        }
+    }
     const QPoint centre =
         item->mapToGlobal(QPointF(item->width() / 2, item->height() / 2)).toPoint();
     xdotool({"mousemove", QString::number(centre.x()), QString::number(centre.y()), "click", "1"});
@@ -389,6 +413,47 @@ void TestWindows::settingsFollowWhatChangedElsewhere()
     QVERIFY(m_defaults->setDouble("holdDelay", 0.85));
     m_delegate->reloadTriggerSettings();
     QVERIFY(m_desktop->setLaunchAtLogin(false));
+}
+
+void TestWindows::settingsListApplicationsAndForgetHistory()
+{
+    const RunningApp terminal{7, "org.example.Terminal", "Terminal", {}};
+    runningApps = {terminal, {8, "org.example.Game", "Game", {}}};
+    QVERIFY(m_delegate->history.record("File\x1fQuit", "org.example.Editor"));
+    SettingsWindowPresenter::shared().show();
+    QQuickWindow* window = SettingsWindowPresenter::shared().window();
+    waitUntilShown(window);
+    const auto shownButton = [window](const QString& text) {
+        return itemsWhere(window->contentItem(), [&text](QQuickItem* candidate) {
+                   return candidate->inherits("QQuickAbstractButton") &&
+                          candidate->property("text").toString() == text &&
+                          candidate->isVisible() && candidate->height() > 0;
+               }).value(0);
+    };
+
+    // + offers the applications with a window; the one chosen is listed, and holding the trigger
+    // in it no longer arms; − takes it off again.
+    click(settings("addExcludedButton"));
+    QQuickItem* choice = nullptr;
+    QTRY_VERIFY((choice = shownButton("Terminal")));
+    QTest::qWait(250); // the menu has finished opening
+    click(choice);
+    QTRY_COMPARE(m_defaults->stringList("excludedApplications"), QStringList{*terminal.appId});
+    QVERIFY(m_delegate->isExcluded(terminal));
+    QTRY_VERIFY(shownIn(settings("removeExcludedButton")));
+    QTest::qWait(250); // the menu has finished closing
+    click(settings("removeExcludedButton"));
+    QTRY_COMPARE(m_defaults->stringList("excludedApplications"), std::nullopt);
+    QVERIFY(!m_delegate->isExcluded(terminal));
+
+    // Forget… asks first; confirmed, the history is gone.
+    click(settings("forgetHistoryButton"));
+    QQuickItem* forget = nullptr;
+    QTRY_VERIFY((forget = shownButton("Forget")));
+    QTest::qWait(250);
+    QCOMPARE(m_delegate->history.entries("org.example.Editor").size(), 1);
+    click(forget);
+    QTRY_VERIFY(m_delegate->history.entries("org.example.Editor").isEmpty());
 }
 
 void TestWindows::launchAtLogin()

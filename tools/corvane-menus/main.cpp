@@ -7,6 +7,7 @@
 // Every accessibility request runs on the crawl thread, as in Corvane itself.
 
 #include "menus/MenuCatalogJson.h"
+#include "shortcuts/ShortcutSheet.h"
 #include "menus/MenuCrawler.h"
 #include "platform/linux/AccessibilitySwitch.h"
 #include "platform/linux/AppIdentity.h"
@@ -32,7 +33,7 @@ enum Exit {
 };
 
 const char* usage = "usage: corvane-menus list\n"
-                    "       corvane-menus dump PID|APPID [--json]\n"
+                    "       corvane-menus dump PID|APPID [--json | --markdown | --html]\n"
                     "       corvane-menus press PID|APPID TITLE[#N]...\n";
 
 struct Target {
@@ -95,7 +96,9 @@ int list(QTextStream& out)
     return ok;
 }
 
-int dump(QTextStream& out, QTextStream& err, const QString& which, bool json)
+enum class Format { text, json, markdown, html };
+
+int dump(QTextStream& out, QTextStream& err, const QString& which, Format format)
 {
     const Target target = findTarget(which);
     if (!target.error.isEmpty()) {
@@ -108,9 +111,18 @@ int dump(QTextStream& out, QTextStream& err, const QString& which, bool json)
             << target.app.pid << "); see the log line above\n";
         return noMenus;
     }
-    if (json) {
+    switch (format) {
+    case Format::json:
         out << QString::fromUtf8(MenuCatalogJson::write(*catalog));
         return ok;
+    case Format::markdown:
+        out << ShortcutSheet::markdown(*catalog);
+        return ok;
+    case Format::html:
+        out << ShortcutSheet::html(*catalog);
+        return ok;
+    case Format::text:
+        break;
     }
     int count = 0;
     for (const MenuSection& s : catalog->sections)
@@ -171,7 +183,12 @@ int main(int argc, char* argv[])
         out << "corvane-menus " CORVANE_VERSION "\n";
         return ok;
     }
-    const bool json = args.removeAll(QStringLiteral("--json")) > 0;
+    Format format = Format::text;
+    for (const auto& [option, chosen] : {std::pair{"--json", Format::json},
+                                         std::pair{"--markdown", Format::markdown},
+                                         std::pair{"--html", Format::html}})
+        if (args.removeAll(QLatin1String(option)) > 0)
+            format = chosen;
     const QString command = args.value(0);
     if (command.isEmpty() || (command != u"list" && args.size() < 2) ||
         (command == u"press" && args.size() < 3) ||
@@ -200,7 +217,7 @@ int main(int argc, char* argv[])
         } else if (command == u"list") {
             status = list(out);
         } else if (command == u"dump") {
-            status = dump(out, err, args[1], json);
+            status = dump(out, err, args[1], format);
         } else {
             status = press(out, err, args[1], args.mid(2));
         }

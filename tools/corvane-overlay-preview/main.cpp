@@ -89,6 +89,13 @@ int main(int argc, char** argv)
                                      QStringLiteral("The application's name (default: the "
                                                     "catalog's)."),
                                      QStringLiteral("NAME"));
+    const QCommandLineOption recent(QStringLiteral("recent"),
+                                    QStringLiteral("Show this command (titles joined by >) in the "
+                                                   "Recent card (repeatable)."),
+                                    QStringLiteral("PATH"));
+    const QCommandLineOption notice(QStringLiteral("notice"),
+                                    QStringLiteral("Show this line in the footer."),
+                                    QStringLiteral("TEXT"));
     const QCommandLineOption unreadable(
         QStringLiteral("unreadable"),
         QStringLiteral("Show why the menus cannot be read: not-on-bus or restart-needed."),
@@ -104,7 +111,8 @@ int main(int argc, char** argv)
                                                         "instead of the system locale's."),
                                          QStringLiteral("FILE"));
     parser.addOptions({pinned, query, selection, favorite, hideDisabled, hideNoShortcut, solid,
-                       theme, size, trigger, icon, appName, unreadable, png, texts, translation});
+                       theme, size, trigger, icon, appName, recent, notice, unreadable, png, texts,
+                       translation});
     parser.process(app);
 
     // The given catalog, or the system locale's as Corvane loads it.
@@ -138,6 +146,12 @@ int main(int argc, char** argv)
     QStringList favorites;
     for (const QString& written : parser.values(favorite))
         favorites << MenuCommand{pathFromTitles(written.split(u'>')), {}, true, false}.id();
+    QStringList recentIds;
+    CommandFilter::HistoryWeights weights;
+    for (const QString& written : parser.values(recent)) {
+        recentIds << MenuCommand{pathFromTitles(written.split(u'>')), {}, true, false}.id();
+        weights.insert(recentIds.last(), 1.0);
+    }
 
     QSize panelSize;
     if (parser.isSet(size)) {
@@ -187,6 +201,9 @@ int main(int argc, char** argv)
     if (parser.isSet(query))
         model.setQuery(parser.value(query));
     model.setSelection(selected);
+    model.setHistory(weights, recentIds);
+    if (parser.isSet(notice))
+        model.setNotice(parser.value(notice));
     if (parser.value(unreadable) == u"not-on-bus")
         model.setUnreadable(OverlayViewModel::Unreadable::notOnBus);
     else if (parser.value(unreadable) == u"restart-needed")

@@ -112,7 +112,11 @@ int main(int argc, char** argv)
     const QCommandLineOption texts(QStringLiteral("texts"),
                                    QStringLiteral("Print every text the window shows, one per "
                                                   "line, and quit."));
-    parser.addOptions({trusted, palette, trigger, noInput, png, translation, texts});
+    const QCommandLineOption excluded(QStringLiteral("excluded"),
+                                      QStringLiteral("List this application id where holding "
+                                                     "does nothing (settings; repeatable)."),
+                                      QStringLiteral("ID"));
+    parser.addOptions({trusted, palette, trigger, noInput, excluded, png, translation, texts});
     parser.process(app);
 
     const QStringList arguments = parser.positionalArguments();
@@ -143,7 +147,18 @@ int main(int argc, char** argv)
                                 .desktop = &desktop,
                                 .triggerName = [triggerName] { return triggerName; },
                                 .globalInputWatched = !parser.isSet(noInput),
-                                .defaults = &defaults};
+                                .defaults = &defaults,
+                                .runningApplications = {},
+                                .describeApplication =
+                                    [](const QString& id) {
+                                        // A readable name for a reverse-domain id.
+                                        QString name = id.section(u'.', -1);
+                                        if (!name.isEmpty())
+                                            name[0] = name[0].toUpper();
+                                        return RunningApp{0, id, name, {}};
+                                    }};
+    if (parser.isSet(excluded))
+        defaults.setStringList(QStringLiteral("excludedApplications"), parser.values(excluded));
 
     QQuickWindow* window = nullptr;
     if (which == QStringLiteral("settings")) {

@@ -4,7 +4,7 @@ import QtQuick.Layouts
 import Corvane.Overlay
 import Corvane.Windows
 
-// The settings form: four grouped sections, 470 × 470. Every control reads and writes the settings
+// The settings form: five grouped sections in a scrolling form, 470 × 470. Every control reads and writes the settings
 // store through the model at once.
 WindowSurface {
     id: root
@@ -147,7 +147,97 @@ WindowSurface {
                     checked: root.model.showItemsWithoutShortcut
                     onToggled: checked => root.model.showItemsWithoutShortcut = checked
                 }
+                RowLayout {
+                    Layout.fillWidth: true
+                    ToggleRow {
+                        toggleName: "rememberCommandsToggle"
+                        text: qsTr("Remember commands I run")
+                        checked: root.model.rememberCommands
+                        onToggled: checked => root.model.rememberCommands = checked
+                    }
+                    Button {
+                        objectName: "forgetHistoryButton"
+                        text: qsTr("Forget…")
+                        onClicked: forgetDialog.open()
+                    }
+                }
             }
+            Footer {
+                text: qsTr("Commands you run often and lately come first in search and in a Recent card.")
+            }
+
+            // Where holding the trigger does nothing.
+            SectionHeader { text: qsTr("Don't peek in:") }
+            Group {
+                Label {
+                    visible: excludedList.count === 0
+                    text: qsTr("No applications")
+                    color: Theme.secondary
+                }
+                Repeater {
+                    id: excludedList
+                    objectName: "excludedList"
+                    model: root.model.excludedApplications
+                    delegate: RowLayout {
+                        required property var modelData
+                        Layout.fillWidth: true
+                        spacing: 8
+                        Image {
+                            visible: modelData.icon !== "" && status === Image.Ready
+                            Layout.preferredWidth: 18
+                            Layout.preferredHeight: 18
+                            sourceSize: Qt.size(36, 36)
+                            source: modelData.icon === "" ? "" : "image://appicon/" + modelData.icon
+                        }
+                        Label {
+                            Layout.fillWidth: true
+                            text: modelData.name
+                            color: Theme.primary
+                            elide: Text.ElideRight
+                        }
+                        Button {
+                            objectName: "removeExcludedButton"
+                            text: "−"
+                            implicitWidth: 28
+                            Accessible.name: qsTr("Remove %1").arg(modelData.name)
+                            onClicked: root.model.include(modelData.appId)
+                        }
+                    }
+                }
+                Button {
+                    objectName: "addExcludedButton"
+                    text: "+"
+                    implicitWidth: 28
+                    Accessible.name: qsTr("Add an application")
+                    onClicked: {
+                        addMenu.choices = root.model.applicationsToExclude()
+                        addMenu.popup()
+                    }
+                    Menu {
+                        id: addMenu
+                        objectName: "addExcludedMenu"
+                        property var choices: []
+                        Instantiator {
+                            model: addMenu.choices
+                            delegate: MenuItem {
+                                required property var modelData
+                                text: modelData.name
+                                icon.source: modelData.icon === "" ? "" : "image://appicon/" + modelData.icon
+                                onTriggered: root.model.exclude(modelData.appId)
+                            }
+                            onObjectAdded: (index, object) => addMenu.insertItem(index, object)
+                            onObjectRemoved: (index, object) => addMenu.removeItem(object)
+                        }
+                        MenuItem {
+                            enabled: false
+                            visible: addMenu.choices.length === 0
+                            height: visible ? implicitHeight : 0
+                            text: qsTr("No other application has a window")
+                        }
+                    }
+                }
+            }
+            Footer { text: qsTr("Holding the trigger does nothing in these applications; the tray's Peek Current App still works.") }
 
             // 3. Appearance.
             SectionHeader { text: qsTr("Appearance") }
@@ -201,5 +291,31 @@ WindowSurface {
             }
             Footer { text: qsTr("Corvane reads menus on this computer only. Nothing is sent anywhere.") }
         }
+    }
+
+    Dialog {
+        id: forgetDialog
+        objectName: "forgetDialog"
+        anchors.centerIn: parent
+        width: Math.min(380, root.width - 40)
+        modal: true
+        title: qsTr("Forget the commands you ran?")
+        Label {
+            width: parent.width
+            wrapMode: Text.Wrap
+            text: qsTr("Search and the Recent card no longer know which commands you ran, in any application. Favorites stay.")
+        }
+        footer: DialogButtonBox {
+            Button {
+                objectName: "forgetConfirmButton"
+                text: qsTr("Forget")
+                DialogButtonBox.buttonRole: DialogButtonBox.AcceptRole
+            }
+            Button {
+                text: qsTr("Cancel")
+                DialogButtonBox.buttonRole: DialogButtonBox.RejectRole
+            }
+        }
+        onAccepted: root.model.forgetHistory()
     }
 }

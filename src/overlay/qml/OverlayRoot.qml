@@ -303,10 +303,19 @@ Item {
                     Math.min(460, (area - 12 * (columns - 1)) / columns)
                 // Kept while a search is shown, so that clearing the query shows it at once.
                 readonly property var sections: root.lists.sections
+                // A header that grows (the Recent card shows once pinned) would push the top out
+                // of view: a list that was at its top stays there.
+                property bool atTop: true
+                onContentYChanged: atTop = contentY <= originY + 1
+                onOriginYChanged: if (atTop) contentY = originY
 
+                // Laid out by bindings, not a Column: the list places its header by the height
+                // it has when made, and a Column's comes a frame later.
                 header: Item {
+                    id: cards
                     width: grid.area
-                    height: favorites.visible ? favorites.height + 12 : 0
+                    height: (favorites.visible ? favorites.height + 12 : 0)
+                            + (recent.visible ? recent.height + 12 : 0)
                     SectionCard {
                         id: favorites
                         objectName: "favoritesCard"
@@ -317,7 +326,22 @@ Item {
                         isFavorites: true
                         solid: root.solid
                         commands: root.lists.favorites
-                        visibleTop: grid.contentY - parent.y
+                        visibleTop: grid.contentY - cards.y
+                        visibleBottom: visibleTop + grid.height
+                    }
+                    // What was run often and lately, once the panel is pinned.
+                    SectionCard {
+                        id: recent
+                        objectName: "recentCard"
+                        visible: root.model.pinned && root.lists.recent.count > 0
+                        y: favorites.visible ? favorites.height + 12 : 0
+                        width: parent.width
+                        height: implicitHeight
+                        title: qsTr("Recent")
+                        isFavorites: false
+                        solid: root.solid
+                        commands: root.lists.recent
+                        visibleTop: grid.contentY - cards.y - y
                         visibleBottom: visibleTop + grid.height
                     }
                 }
@@ -382,15 +406,37 @@ Item {
             Text {
                 id: note
                 objectName: "footerNote"
+                anchors.right: exportButton.visible ? exportButton.left : parent.right
+                anchors.rightMargin: exportButton.visible ? 12 : 0
+                anchors.verticalCenter: parent.verticalCenter
+                width: Math.min(implicitWidth, parent.width - hints.width - 14
+                                - (exportButton.visible ? exportButton.width + 12 : 0))
+                elide: Text.ElideMiddle
+                text: root.model.notice !== "" ? root.model.notice
+                      : root.model.pinned
+                        ? qsTr("Hover a command and click ★ to favorite it")
+                        : qsTr("Release %1 over this panel to keep it open").arg(root.model.triggerSymbol)
+                font: Theme.font(10.5, Font.Normal)
+                color: root.model.notice !== "" ? Theme.secondary : Theme.tertiary
+            }
+            // The shortcut sheet (also Ctrl+E), once pinned.
+            Text {
+                id: exportButton
+                objectName: "exportButton"
+                visible: root.model.pinned && root.lists.hasSections
                 anchors.right: parent.right
                 anchors.verticalCenter: parent.verticalCenter
-                width: Math.min(implicitWidth, parent.width - hints.width - 14)
-                elide: Text.ElideRight
-                text: root.model.pinned
-                      ? qsTr("Hover a command and click ★ to favorite it")
-                      : qsTr("Release %1 over this panel to keep it open").arg(root.model.triggerSymbol)
-                font: Theme.font(10.5, Font.Normal)
-                color: Theme.tertiary
+                text: qsTr("Export…")
+                font: Theme.font(10.5, Font.DemiBold)
+                color: exportArea.containsMouse ? Theme.accentDeep : Theme.accent
+                MouseArea {
+                    id: exportArea
+                    anchors.fill: parent
+                    anchors.margins: -4
+                    hoverEnabled: true
+                    cursorShape: Qt.PointingHandCursor
+                    onClicked: root.model.requestExport()
+                }
             }
         }
     }

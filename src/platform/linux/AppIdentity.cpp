@@ -99,57 +99,106 @@ RunningApp resolve(qint64 pid, const std::optional<WindowHints>& window,
     return RunningApp{pid, std::nullopt, fallbackName, {}}; // nothing to name it by
 }
 
+namespace {
+
+QByteArray windowProperty(Display* display, Window w, Atom name, Atom type, long maxLength)
+{
+    Atom actualType = None;
+    int format = 0;
+    unsigned long count = 0, after = 0;
+    unsigned char* data = nullptr;
+    QByteArray bytes;
+    if (XGetWindowProperty(display, w, name, 0, maxLength, False, type, &actualType, &format,
+                           &count, &after, &data) == Success &&
+        data) {
+        if (actualType == type || type == AnyPropertyType) {
+            // Xlib returns 32-bit items as longs and 16-bit items as shorts.
+            const qsizetype itemSize = format == 32   ? qsizetype(sizeof(long))
+                                       : format == 16 ? 2
+                                                      : 1;
+            bytes = QByteArray(reinterpret_cast<const char*>(data), qsizetype(count) * itemSize);
+        }
+        XFree(data);
+    }
+    return bytes;
+}
+
+// The window manager's client windows with the process id each carries (0 when none).
+QList<std::pair<Window, qint64>> clientWindows(Display* display)
+{
+    const Atom clientList = XInternAtom(display, "_NET_CLIENT_LIST", False);
+    const Atom wmPid = XInternAtom(display, "_NET_WM_PID", False);
+    const QByteArray windows =
+        windowProperty(display, DefaultRootWindow(display), clientList, XA_WINDOW, 4096);
+    const auto* ids = reinterpret_cast<const unsigned long*>(windows.constData());
+    QList<std::pair<Window, qint64>> result;
+    for (qsizetype i = 0; i < windows.size() / qsizetype(sizeof(unsigned long)); ++i) {
+        const QByteArray owner = windowProperty(display, ids[i], wmPid, XA_CARDINAL, 1);
+        const qint64 pid = owner.size() < qsizetype(sizeof(unsigned long))
+                               ? 0
+                               : qint64(*reinterpret_cast<const unsigned long*>(owner.constData()));
+        result.append({Window(ids[i]), pid});
+    }
+    return result;
+}
+
+} // namespace
+
 std::optional<WindowHints> windowHints(qint64 pid)
 {
     Display* display = XOpenDisplay(nullptr);
     if (!display)
         return std::nullopt;
-    const auto atom = [display](const char* name) { return XInternAtom(display, name, False); };
-    const Atom clientList = atom("_NET_CLIENT_LIST"), wmPid = atom("_NET_WM_PID"),
-               utf8 = atom("UTF8_STRING");
-
-    const auto property = [display](Window w, Atom name, Atom type, long maxLength) {
-        Atom actualType = None;
-        int format = 0;
-        unsigned long count = 0, after = 0;
-        unsigned char* data = nullptr;
-        QByteArray bytes;
-        if (XGetWindowProperty(display, w, name, 0, maxLength, False, type, &actualType, &format,
-                               &count, &after, &data) == Success &&
-            data) {
-            if (actualType == type || type == AnyPropertyType) {
-                // Xlib returns 32-bit items as longs and 16-bit items as shorts.
-                const qsizetype itemSize = format == 32   ? qsizetype(sizeof(long))
-                                           : format == 16 ? 2
-                                                          : 1;
-                bytes =
-                    QByteArray(reinterpret_cast<const char*>(data), qsizetype(count) * itemSize);
-            }
-            XFree(data);
-        }
-        return bytes;
-    };
-
+    const Atom utf8 = XInternAtom(display, "UTF8_STRING", False);
     std::optional<WindowHints> hints;
-    const QByteArray windows = property(DefaultRootWindow(display), clientList, XA_WINDOW, 4096);
-    const auto* ids = reinterpret_cast<const unsigned long*>(windows.constData());
-    for (qsizetype i = 0; i < windows.size() / qsizetype(sizeof(unsigned long)) && !hints; ++i) {
-        const QByteArray owner = property(ids[i], wmPid, XA_CARDINAL, 1);
-        if (owner.size() < qsizetype(sizeof(unsigned long)) ||
-            qint64(*reinterpret_cast<const unsigned long*>(owner.constData())) != pid)
+    for (const auto& [window, owner] : clientWindows(display)) {
+        if (owner != pid)
             continue;
+        const auto text = [&](const char* name) {
+            return QString::fromUtf8(
+                windowProperty(display, window, XInternAtom(display, name, False), utf8, 1024));
+        };
         WindowHints h;
-        h.gtkApplicationId =
-            QString::fromUtf8(property(ids[i], atom("_GTK_APPLICATION_ID"), utf8, 1024));
-        h.kdeDesktopFile =
-            QString::fromUtf8(property(ids[i], atom("_KDE_NET_WM_DESKTOP_FILE"), utf8, 1024));
+        h.gtkApplicationId = text("_GTK_APPLICATION_ID");
+        h.kdeDesktopFile = text("_KDE_NET_WM_DESKTOP_FILE");
         const QList<QByteArray> wmClass =
-            property(ids[i], XA_WM_CLASS, XA_STRING, 1024).split('\0');
+            windowProperty(display, window, XA_WM_CLASS, XA_STRING, 1024).split('\0');
         h.wmClass = wmClass.size() >= 2 ? QString::fromLatin1(wmClass[1]) : QString();
         hints = h;
+        break;
     }
     XCloseDisplay(display);
     return hints;
+}
+
+QList<RunningApp> runningApplications(qint64 except)
+{
+    QList<qint64> pids;
+    if (Display* display = XOpenDisplay(nullptr)) {
+        for (const auto& [window, pid] : clientWindows(display))
+            if (pid > 0 && pid != except && !pids.contains(pid))
+                pids.append(pid);
+        XCloseDisplay(display);
+    }
+    QList<RunningApp> apps;
+    for (const qint64 pid : std::as_const(pids)) {
+        const RunningApp app = forProcess(pid);
+        const bool known = std::any_of(apps.cbegin(), apps.cend(), [&app](const RunningApp& a) {
+            return a.appId == app.appId;
+        });
+        if (app.appId && !known)
+            apps.append(app);
+    }
+    std::sort(apps.begin(), apps.end(), [](const RunningApp& a, const RunningApp& b) {
+        return QString::localeAwareCompare(a.name, b.name) < 0;
+    });
+    return apps;
+}
+
+RunningApp describe(const QString& appId)
+{
+    const std::optional<DesktopEntry> entry = DesktopEntries::installed().byId(appId);
+    return fromEntry(0, appId, entry, appId);
 }
 
 } // namespace corvane::AppIdentity

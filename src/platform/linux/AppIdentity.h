@@ -32,6 +32,12 @@ std::optional<double> secondsSinceStart(qint64 pid);
 // (DISPLAY) can be reached and has one.
 std::optional<WindowHints> windowHints(qint64 pid);
 
+// The applications with a window on screen, one per application id, by name; process `except`
+// (Corvane) left out.
+QList<RunningApp> runningApplications(qint64 except);
+// The name and icon of an application id, from its desktop entry (the id itself when none).
+RunningApp describe(const QString& appId);
+
 inline RunningApp forProcess(qint64 pid, const QString& fallbackName = {})
 {
     return resolve(pid, windowHints(pid), DesktopEntries::installed(), fallbackName,
