@@ -115,8 +115,8 @@ int main(int argc, char* argv[])
         }
         const QByteArray n = QByteArray::number(length);
         print(("rank_history_q" + n + "_p99").constData(), stats(with).p99, "us");
-        print(("rank_history_q" + n + "_cost_p99").constData(), stats(with).p99 / stats(without).p99,
-              "x");
+        print(("rank_history_q" + n + "_cost_p99").constData(),
+              stats(with).p99 / stats(without).p99, "x");
     }
     std::printf("bench rank_identical_to_reference %d bool\n", identical ? 1 : 0);
     return identical ? 0 : 1;

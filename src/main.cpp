@@ -3,16 +3,20 @@
 
 #include "app/AppDelegate.h"
 #include "app/SettingsWindow.h"
+#include "app/StatusMenuController.h"
 #include "app/Translations.h"
 #include "platform/UserDefaults.h"
 #include "platform/linux/AccessibilitySwitch.h"
+#include "platform/linux/AppIdentity.h"
 #include "platform/linux/AtspiClient.h"
+#include "platform/linux/AtspiKeyMonitors.h"
+#include "platform/linux/AtspiWorkspace.h"
 #include "platform/linux/DisplaySession.h"
 #include "platform/linux/JournalLog.h"
 #include "platform/linux/LinuxDesktop.h"
 #include "platform/linux/QuitOnSignals.h"
 #include "platform/linux/SingleInstance.h"
-#include "platform/linux/AppIdentity.h"
+#include "platform/linux/WaylandWindows.h"
 #include "platform/linux/X11BusAddress.h"
 #include "platform/linux/X11Compositing.h"
 #include "platform/linux/X11Workspace.h"
@@ -28,34 +32,52 @@ int main(int argc, char* argv[])
 {
     using namespace corvane;
 
-    // Options are read before anything needs a display: --help and --version work anywhere.
+    // Options are read before anything needs a display: --help and --version work anywhere, and
+    // --peek needs only the session bus.
+    bool peek = false;
     for (int i = 1; i < argc; ++i) {
         const QByteArray option = argv[i];
         if (option == "--help" || option == "-h") {
             QTextStream(stdout)
-                << "usage: corvane [--help | --version]\n\n"
+                << "usage: corvane [--peek | --help | --version]\n\n"
                    "Corvane lives in the tray. Hold Ctrl for a moment over any application to see "
                    "its menu\ncommands and their shortcuts; release over the panel to search and "
-                   "run them.\nThe tray menu has its settings.\n";
+                   "run them.\nThe tray menu has its settings.\n\n"
+                   "  --peek     show the running Corvane's panel for the application in front\n"
+                   "             (bind it to a key in your desktop's keyboard shortcuts)\n";
             return 0;
         }
         if (option == "--version" || option == "-v") {
             QTextStream(stdout) << "corvane " CORVANE_VERSION "\n";
             return 0;
         }
+        if (option == "--peek") {
+            peek = true;
+            continue;
+        }
         QTextStream(stderr) << "corvane: unknown option " << option << " (see corvane --help)\n";
         return 2;
     }
-    // X11 first; under Wayland Corvane runs through XWayland. Without a display, one line
-    // says so (Qt would abort).
+    if (peek) {
+        QCoreApplication asking(argc, argv);
+        if (SingleInstance::askFirstToPeek())
+            return 0;
+        QTextStream(stderr) << "corvane: Corvane is not running in this session; start it first "
+                               "(corvane &)\n";
+        return 1;
+    }
+    // The session's own display: Wayland where there is one (not XWayland), else X11. Without a
+    // display, one line says so (Qt would abort).
     if (!DisplaySession::prepare("corvane", argc, argv))
         return 1;
-    qputenv("QT_QPA_PLATFORM", "xcb");
+    const bool wayland = DisplaySession::chosen() == DisplaySession::Kind::wayland;
     // A tray utility that lives all day: the software scene graph, which needs no GPU driver, and
-    // no OpenGL integration either, or Qt's xcb plugin may load Mesa's driver and LLVM (some
-    // hundred MB resident) for nothing. A value the user set is kept.
-    if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
-        qputenv("QT_XCB_GL_INTEGRATION", "none");
+    // no OpenGL integration in the platform plugin either, or it may load Mesa's driver and LLVM
+    // (some hundred MB resident) for nothing. A value the user set is kept.
+    const char* glSwitch =
+        wayland ? "QT_WAYLAND_CLIENT_BUFFER_INTEGRATION" : "QT_XCB_GL_INTEGRATION";
+    if (!qEnvironmentVariableIsSet(glSwitch))
+        qputenv(glSwitch, "none");
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     // Debug lines (the permission poll) only when asked for with QT_LOGGING_RULES.
     QLoggingCategory::setFilterRules(QStringLiteral("com.vantorel.corvane.*.debug=false"));
@@ -83,52 +105,87 @@ int main(int argc, char* argv[])
     // Logout's SIGTERM, or ^C in a terminal, quits like "Quit Corvane".
     QuitOnSignals quitOnSignals;
 
-    XInputMonitors monitors;
+    // The platform services of the session: X11, or Wayland through the accessibility bus.
+    std::unique_ptr<XInputMonitors> xInput;
+    std::unique_ptr<AtspiKeyMonitors> busKeys;
+    std::unique_ptr<Workspace> workspace;
+    InputMonitors* monitors = nullptr;
+    bool inputWatched = false;
     QString whyNot;
-    if (!monitors.isAvailable(&whyNot))
+    if (wayland) {
+        busKeys = std::make_unique<AtspiKeyMonitors>();
+        inputWatched = busKeys->isAvailable(&whyNot);
+        monitors = busKeys.get();
+        workspace = std::make_unique<AtspiWorkspace>();
+        qInfo("%s", qUtf8Printable(WaylandWindows::keepFloating(Workspace::thisProcessId())));
+    } else {
+        xInput = std::make_unique<XInputMonitors>();
+        inputWatched = xInput->isAvailable(&whyNot);
+        monitors = xInput.get();
+        workspace = std::make_unique<X11Workspace>();
+    }
+    if (!inputWatched)
         QTextStream(stderr) << "corvane: holding the trigger cannot be watched here (" << whyNot
                             << "); \"Peek Current App\" in the tray menu still works.\n";
-    X11Workspace workspace;
     AccessibilitySwitch trust;
     // Qt applications started from now on find the bus even where its launcher did not say.
     X11BusAddress busAddress;
-    QObject::connect(&trust, &AccessibilitySwitch::busAddressChanged, &busAddress,
-                     &X11BusAddress::follow);
+    if (!wayland)
+        QObject::connect(&trust, &AccessibilitySwitch::busAddressChanged, &busAddress,
+                         &X11BusAddress::follow);
 
-    AppDelegate delegate(UserDefaults::standard(),
-                         {.monitors = monitors,
-                          .workspace = workspace,
-                          .trust = trust,
-                          .menuSource = std::make_shared<atspi::MenuBarFinder>(),
-                          .beep = [] { QApplication::beep(); },
-                          .isCompositing = &X11Compositing::isActive,
-                          .requestBlurBehind = &X11Compositing::requestBlurBehind,
-                          .showStatusItem = true,
-                          .askSavePath = [](const QString& suggested) {
-                              return QFileDialog::getSaveFileName(
-                                  nullptr, QCoreApplication::translate("Export", "Export Shortcuts"),
-                                  suggested,
-                                  QCoreApplication::translate(
-                                      "Export", "Web page (*.html);;Markdown (*.md)"));
-                          }});
+    AppDelegate delegate(
+        UserDefaults::standard(),
+        {.monitors = *monitors,
+         .workspace = *workspace,
+         .trust = trust,
+         .menuSource = std::make_shared<atspi::MenuBarFinder>(),
+         .beep = [] { QApplication::beep(); },
+         // A Wayland compositor blends every window; none reads X11's blur hint.
+         .isCompositing =
+             wayland ? std::function<bool()>([] { return true; }) : &X11Compositing::isActive,
+         .requestBlurBehind =
+             wayland ? std::function<void(QWindow&)>() : &X11Compositing::requestBlurBehind,
+         .showStatusItem = true,
+         .askSavePath =
+             [](const QString& suggested) {
+                 return QFileDialog::getSaveFileName(
+                     nullptr, QCoreApplication::translate("Export", "Export Shortcuts"), suggested,
+                     QCoreApplication::translate("Export", "Web page (*.html);;Markdown (*.md)"));
+             }});
     AppDelegate::shared = &delegate;
     LinuxDesktop desktop;
+    auto* busWorkspace = qobject_cast<AtspiWorkspace*>(workspace.get());
     WindowServices::shared() = {.trust = &trust,
                                 .desktop = &desktop,
                                 .triggerName = [&delegate] { return delegate.triggerSymbol(); },
-                                .globalInputWatched = monitors.isAvailable(),
+                                .globalInputWatched = inputWatched,
                                 .defaults = nullptr,
                                 .runningApplications =
-                                    [] {
-                                        return AppIdentity::runningApplications(
-                                            Workspace::thisProcessId());
+                                    [busWorkspace] {
+                                        // Wayland names no other client's windows: the applications
+                                        // seen in front.
+                                        return busWorkspace ? busWorkspace->seenApplications()
+                                                            : AppIdentity::runningApplications(
+                                                                  Workspace::thisProcessId());
                                     },
                                 .describeApplication = &AppIdentity::describe};
     // Input meant for the panel is Corvane's own, not a hold or an interruption.
-    monitors.keyboardHeldByUs = [&delegate] { return delegate.overlay.keyMonitorInstalled(); };
-    monitors.ownPanelFrame = [&delegate] { return delegate.visiblePanelFrame(); };
+    const auto panelHasKeyboard = [&delegate] { return delegate.overlay.keyMonitorInstalled(); };
+    if (xInput) {
+        xInput->keyboardHeldByUs = panelHasKeyboard;
+        xInput->ownPanelFrame = [&delegate] { return delegate.visiblePanelFrame(); };
+    } else {
+        busKeys->keyboardHeldByUs = panelHasKeyboard;
+        busKeys->hoveredPanelFrame = [&delegate]() -> std::optional<QRectF> {
+            const auto* panel = delegate.overlay.panel();
+            return panel && panel->isHovered() ? delegate.visiblePanelFrame() : std::nullopt;
+        };
+    }
     QObject::connect(&instance, &SingleInstance::showSettingsRequested,
                      [] { SettingsWindowPresenter::shared().show(); });
+    QObject::connect(&instance, &SingleInstance::peekRequested,
+                     [&delegate] { delegate.statusMenuController->peekNow(); });
 
     delegate.applicationDidFinishLaunching();
     return QApplication::exec();

@@ -15,7 +15,7 @@ packages=(
   # QML modules and plugins loaded at run time; the accessibility bus
   qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-layouts
   qml6-module-qtquick-window qml6-module-qtquick-templates qml6-module-qtqml-workerscript
-  qml6-module-qtqml-models qml6-module-qtquick-shapes libqt6svg6 qt6-qpa-plugins
+  qml6-module-qtqml-models qml6-module-qtquick-shapes libqt6svg6 qt6-qpa-plugins qt6-wayland
   at-spi2-core dbus
 )
 if [ "${1:-}" = "--tests" ]; then
@@ -28,6 +28,8 @@ if [ "${1:-}" = "--tests" ]; then
     desktop-file-utils appstream python3 e2fsprogs
     # A compositing manager that tests start and stop (the panel's glass)
     xcompmgr
+    # The Wayland test session: a headless compositor, key input, Qt 5 applications on Wayland
+    sway wtype qtwayland5
     # The network and privacy check (system calls), the HTTPS update test (a certificate)
     strace openssl
     # Packaging, and the clean root the package test installs it into

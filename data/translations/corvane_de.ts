@@ -142,6 +142,10 @@
         <source>Cancel</source>
         <translation>Abbrechen</translation>
     </message>
+    <message>
+        <source>To peek with a key of your own, bind the command “corvane --peek” in your desktop&apos;s keyboard shortcuts.</source>
+        <translation>Um mit einer eigenen Taste einzublenden, legen Sie den Befehl „corvane --peek“ in den Tastenkürzeln Ihres Desktops auf eine Taste.</translation>
+    </message>
 </context>
 <context>
     <name>OverlayRoot</name>

@@ -100,11 +100,11 @@
     </message>
     <message>
         <source>Commands you run often and lately come first in search and in a Recent card.</source>
-        <translation>Les commandes exécutées souvent et récemment passent en tête de la recherche et dans une carte « Récentes ».</translation>
+        <translation>Les commandes exécutées souvent et récemment passent en tête de la recherche et dans une carte «&#xa0;Récentes&#xa0;».</translation>
     </message>
     <message>
         <source>Don&apos;t peek in:</source>
-        <translation>Ne pas afficher dans :</translation>
+        <translation>Ne pas afficher dans&#xa0;:</translation>
     </message>
     <message>
         <source>No applications</source>
@@ -124,15 +124,15 @@
     </message>
     <message>
         <source>Holding the trigger does nothing in these applications; the tray&apos;s Peek Current App still works.</source>
-        <translation>Maintenir la touche n’a aucun effet dans ces applications ; « Aperçu de l’application active » de la zone de notification fonctionne toujours.</translation>
+        <translation>Maintenir la touche n’a aucun effet dans ces applications&#xa0;; «&#xa0;Aperçu de l’application active&#xa0;» de la zone de notification fonctionne toujours.</translation>
     </message>
     <message>
         <source>Forget the commands you ran?</source>
-        <translation>Oublier les commandes exécutées ?</translation>
+        <translation>Oublier les commandes exécutées&#xa0;?</translation>
     </message>
     <message>
         <source>Search and the Recent card no longer know which commands you ran, in any application. Favorites stay.</source>
-        <translation>La recherche et la carte « Récentes » ne sauront plus quelles commandes vous avez exécutées, dans aucune application. Les favoris restent.</translation>
+        <translation>La recherche et la carte «&#xa0;Récentes&#xa0;» ne sauront plus quelles commandes vous avez exécutées, dans aucune application. Les favoris restent.</translation>
     </message>
     <message>
         <source>Forget</source>
@@ -141,6 +141,10 @@
     <message>
         <source>Cancel</source>
         <translation>Annuler</translation>
+    </message>
+    <message>
+        <source>To peek with a key of your own, bind the command “corvane --peek” in your desktop&apos;s keyboard shortcuts.</source>
+        <translation>Pour afficher avec une touche de votre choix, associez la commande « corvane --peek » à un raccourci clavier de votre bureau.</translation>
     </message>
 </context>
 <context>
@@ -416,7 +420,7 @@
     </message>
     <message>
         <source>Could not save %1: %2</source>
-        <translation>Impossible d’enregistrer %1 : %2</translation>
+        <translation>Impossible d’enregistrer %1&#xa0;: %2</translation>
     </message>
 </context>
 <context>

@@ -25,11 +25,15 @@ namespace {
 // A broadcast may come before the bus has settled; the permission is read half a second later.
 constexpr int trustRefreshDelayMs = 500;
 constexpr int trustPollIntervalMs = 2000;
+// How long a command waits for its application to be active again after the panel had the
+// keyboard.
+constexpr int activationWaitMs = 500;
 } // namespace
 
 AppDelegate::AppDelegate(UserDefaults& defaults, Platform platform, QObject* parent)
-    : QObject(parent), favorites(defaults), history(defaults), cache(std::make_shared<MenuCatalogCache>()),
-      detector(platform.monitors), m_defaults(defaults), m_platform(std::move(platform))
+    : QObject(parent), favorites(defaults), history(defaults),
+      cache(std::make_shared<MenuCatalogCache>()), detector(platform.monitors),
+      m_defaults(defaults), m_platform(std::move(platform))
 {
     qRegisterMetaType<RunningApp>();
 }
@@ -415,23 +419,54 @@ void AppDelegate::execute(const MenuCommand& command)
     const std::optional<QString> bundleID = targetApp->appId;
     detector.send(HoldStateMachine::Event::closeRequest());
     QPointer<AppDelegate> self(this);
-    MenuCrawler::queue().post([self, pid, bundleID, command, source = m_platform.menuSource] {
-        const bool failed = MenuCrawler(source).press(command.path, pid) == PressOutcome::failed;
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [self, failed, bundleID, id = command.id()] {
-                if (!self)
-                    return;
-                if (failed) {
-                    if (self->m_platform.beep)
-                        self->m_platform.beep();
-                } else if (bundleID && TriggerSettings::displayOption(
-                                           self->m_defaults, TriggerSettings::rememberCommandsKey)) {
-                    self->history.record(id, *bundleID);
-                }
-            },
-            Qt::QueuedConnection);
+    const auto press = [self, pid, bundleID, command, source = m_platform.menuSource] {
+        MenuCrawler::queue().post([self, pid, bundleID, command, source] {
+            const bool failed =
+                MenuCrawler(source).press(command.path, pid) == PressOutcome::failed;
+            QMetaObject::invokeMethod(
+                QCoreApplication::instance(),
+                [self, failed, bundleID, id = command.id()] {
+                    if (!self)
+                        return;
+                    if (failed) {
+                        if (self->m_platform.beep)
+                            self->m_platform.beep();
+                    } else if (bundleID &&
+                               TriggerSettings::displayOption(
+                                   self->m_defaults, TriggerSettings::rememberCommandsKey)) {
+                        self->history.record(id, *bundleID);
+                    }
+                },
+                Qt::QueuedConnection);
+        });
+    };
+    const auto front = m_platform.workspace.frontmostApplication();
+    if (!front || front->pid == pid) {
+        press();
+        return;
+    }
+    // The panel had the keyboard (on Wayland it takes it): a command that acts on the focused
+    // widget (Paste, Select All) must find the application active again, so the press waits for
+    // its activation, at most activationWaitMs.
+    auto* wait = new QTimer(this);
+    wait->setSingleShot(true);
+    const auto go = [wait, press] {
+        if (!wait->isActive())
+            return; // pressed already
+        wait->stop();
+        wait->deleteLater();
+        press();
+    };
+    connect(&m_platform.workspace, &Workspace::applicationActivated, wait,
+            [go, pid](const RunningApp& app) {
+                if (app.pid == pid)
+                    go();
+            });
+    connect(wait, &QTimer::timeout, wait, [wait, press] {
+        wait->deleteLater();
+        press();
     });
+    wait->start(activationWaitMs);
 }
 
 void AppDelegate::exportShortcuts()
@@ -462,7 +497,8 @@ void AppDelegate::exportShortcuts()
     if (saved) {
         overlay.viewModel().setNotice(tr("Saved to %1").arg(shown));
     } else {
-        qCCritical(lcApp, "export: %s: %s", qUtf8Printable(path), qUtf8Printable(file.errorString()));
+        qCCritical(lcApp, "export: %s: %s", qUtf8Printable(path),
+                   qUtf8Printable(file.errorString()));
         overlay.viewModel().setNotice(tr("Could not save %1: %2").arg(shown, file.errorString()));
     }
 }

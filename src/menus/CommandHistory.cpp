@@ -58,9 +58,8 @@ bool CommandHistory::record(const QString& id, const QString& bundleID, const QD
 {
     QList<Entry> list = entries(bundleID);
     Entry entry{id, 0, when};
-    const auto same = std::find_if(list.begin(), list.end(), [&id](const Entry& e) {
-        return canonicallyEqual(e.id, id);
-    });
+    const auto same = std::find_if(list.begin(), list.end(),
+                                   [&id](const Entry& e) { return canonicallyEqual(e.id, id); });
     if (same != list.end()) {
         entry.count = same->count;
         list.erase(same);

@@ -1,10 +1,10 @@
 #pragma once
 
 // The view model's derived lists as list models for the QML views: one per visible section, the
-// favourites, the recent commands and the search results. Each is rebuilt only when something it is derived from was
-// assigned. The results list holds the search results while a search is active, and the last
-// search's results after it (it is shown only during a search; the next search changes its rows in
-// place).
+// favourites, the recent commands and the search results. Each is rebuilt only when something it is
+// derived from was assigned. The results list holds the search results while a search is active,
+// and the last search's results after it (it is shown only during a search; the next search changes
+// its rows in place).
 
 #include "CommandListModel.h"
 

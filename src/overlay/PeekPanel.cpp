@@ -7,12 +7,14 @@
 
 namespace corvane {
 
-PeekPanel::PeekPanel(bool translucent) : m_translucent(translucent)
+PeekPanel::PeekPanel(bool translucent)
+    : m_translucent(translucent), m_wayland(QGuiApplication::platformName() == u"wayland")
 {
     // Tool type (no taskbar entry), no frame, above other windows, and no focus on showing:
-    // the application in front keeps _NET_ACTIVE_WINDOW.
+    // the application in front keeps _NET_ACTIVE_WINDOW. On Wayland the compositor decides; a
+    // panel that refused focus there would never hear the trigger's release.
     setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
-             Qt::WindowDoesNotAcceptFocus);
+             (m_wayland ? Qt::WindowFlags() : Qt::WindowDoesNotAcceptFocus));
     // A transparent colour asks for an alpha channel (an ARGB visual): the rounded card drawn by
     // the root view is then the only shape. An opaque window skips clearing to transparent on
     // every frame; the root view gives it the card's colour (OverlayRoot.qml).
@@ -48,8 +50,23 @@ void PeekPanel::cutToCard()
     setMask(QRegion(card.toFillPolygon().toPolygon()));
 }
 
+bool PeekPanel::event(QEvent* event)
+{
+    if (event->type() == QEvent::Enter)
+        m_hovered = true;
+    else if (event->type() == QEvent::Leave || event->type() == QEvent::Hide)
+        m_hovered = false;
+    return QQuickWindow::event(event);
+}
+
 bool PeekPanel::takeKeyboard(bool take)
 {
+    if (m_wayland) {
+        m_hasKeyboard = take && isExposed();
+        if (m_hasKeyboard)
+            requestActivate();
+        return m_hasKeyboard;
+    }
     if (!take) {
         if (m_hasKeyboard)
             setKeyboardGrabEnabled(false);

@@ -4,6 +4,11 @@
 // shown without taking activation and can take the keyboard for typing while the application in
 // front stays active. Translucent (an alpha channel) where a compositor blends it with what lies
 // behind; opaque and cut to the card's shape where nothing does.
+//
+// On Wayland a client can neither grab the keyboard nor keep a shown window from taking it: the
+// compositor places the panel (WaylandWindows) and gives it the keyboard, so the trigger's release
+// and the typing come to it; taking the keyboard is asking for activation. Nor is there a global
+// pointer: the panel knows whether the pointer is over it.
 
 #include <QQuickWindow>
 #include <optional>
@@ -27,6 +32,8 @@ public:
     // focus; `false` gives both back. Returns whether the keyboard is ours.
     bool takeKeyboard(bool take);
     bool hasKeyboard() const { return m_hasKeyboard; }
+    // Whether the pointer is over the panel (from the panel's own enter and leave events).
+    bool isHovered() const { return m_hovered; }
 
     // The card's corner radius (OverlayRoot.qml).
     static constexpr int cornerRadius = 22;
@@ -35,9 +42,14 @@ public:
     // corners show what lies behind; a translucent one draws its corners transparent itself.
     void cutToCard();
 
+protected:
+    bool event(QEvent* event) override;
+
 private:
     const bool m_translucent;
+    const bool m_wayland;
     bool m_hasKeyboard = false;
+    bool m_hovered = false;
     std::optional<QSize> m_cutSize; // the size the mask was made for
 };
 

@@ -1,8 +1,7 @@
 #include "CommandFilter.h"
 
-#include <cmath>
-
 #include <algorithm>
+#include <cmath>
 
 namespace corvane::CommandFilter {
 

@@ -106,7 +106,8 @@ QString html(const MenuCatalog& catalog)
     const QString heading = title(catalog).toHtmlEscaped();
     QString body;
     for (const MenuSection& section : withShortcuts(catalog)) {
-        body += QStringLiteral("<section>\n<h2>%1</h2>\n<table>\n").arg(section.title.toHtmlEscaped());
+        body +=
+            QStringLiteral("<section>\n<h2>%1</h2>\n<table>\n").arg(section.title.toHtmlEscaped());
         for (const MenuCommand& command : section.commands) {
             QString caps;
             for (const QString& key : keys(command.shortcut))

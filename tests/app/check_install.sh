@@ -47,8 +47,14 @@ for program in bin/corvane bin/corvane-menus "$build/bin/corvane-overlay-preview
 done
 for program in bin/corvane "$build/bin/corvane-overlay-preview" "$build/bin/corvane-window-preview"; do
     status=0
-    said=$(env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM "$program" 2>&1 >/dev/null) || status=$?
+    said=$(env -u DISPLAY -u WAYLAND_DISPLAY -u XDG_SESSION_TYPE -u QT_QPA_PLATFORM "$program" \
+        2>&1 >/dev/null) || status=$?
     [ "$status" = 1 ] && [ "$(wc -l <<<"$said")" = 1 ] && [[ $said == *"no display"* ]] ||
         { echo "$program without a display: status $status, said: $said" >&2; exit 1; }
 done
+# corvane --peek with no Corvane running says so in one line, with status 1.
+status=0
+said=$(env DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent bin/corvane --peek 2>&1) || status=$?
+[ "$status" = 1 ] && [ "$(wc -l <<<"$said")" = 1 ] && [[ $said == *"not running"* ]] ||
+    { echo "corvane --peek with nothing to ask: status $status, said: $said" >&2; exit 1; }
 echo "installed: ${#expected[@]} files, desktop entry and metainfo valid; no display handled"

@@ -186,19 +186,20 @@ void TestAppDelegate::cleanup()
 void TestAppDelegate::launch(bool trusted)
 {
     m_trust.granted = m_trust.last = trusted;
-    m_delegate = std::make_unique<AppDelegate>(*m_defaults,
-                                               AppDelegate::Platform{.monitors = m_monitors,
-                                                                     .workspace = m_workspace,
-                                                                     .trust = m_trust,
-                                                                     .menuSource = m_source,
-                                                                     .beep = [this] { ++m_beeps; },
-                                                                     .isCompositing = {},
-                                                                     .requestBlurBehind = {},
-                                                                     .showStatusItem = false,
-                                                                     .askSavePath = [this](const QString& suggested) {
-                                                                         m_suggestedPath = suggested;
-                                                                         return m_savePath;
-                                                                     }});
+    m_delegate = std::make_unique<AppDelegate>(
+        *m_defaults, AppDelegate::Platform{.monitors = m_monitors,
+                                           .workspace = m_workspace,
+                                           .trust = m_trust,
+                                           .menuSource = m_source,
+                                           .beep = [this] { ++m_beeps; },
+                                           .isCompositing = {},
+                                           .requestBlurBehind = {},
+                                           .showStatusItem = false,
+                                           .askSavePath =
+                                               [this](const QString& suggested) {
+                                                   m_suggestedPath = suggested;
+                                                   return m_savePath;
+                                               }});
     AppDelegate::shared = m_delegate.get();
     m_crawls = std::make_unique<QSignalSpy>(m_delegate.get(), &AppDelegate::crawlFinished);
     QSignalSpy announced(m_delegate.get(), &AppDelegate::launchAnnounced);

@@ -455,9 +455,9 @@ void TestShell::listedApplicationNeverPeeks()
     m_corvane.reset(); // ended by the test before, unless this one runs alone
     const QString geany = AppIdentity::forProcess(m_geany).appId.value_or(QString());
     QVERIFY(!geany.isEmpty());
-    CorvaneProcess corvane(QStringLiteral(CORVANE),
-                           {{"holdDelay", 0.3},
-                            {"excludedApplications", QStringLiteral("[\"%1\"]").arg(geany)}});
+    CorvaneProcess corvane(
+        QStringLiteral(CORVANE),
+        {{"holdDelay", 0.3}, {"excludedApplications", QStringLiteral("[\"%1\"]").arg(geany)}});
     corvane.start();
     QVERIFY(activateWindowOf(m_geany));
     pressTrigger();

@@ -5,6 +5,8 @@
 #include "platform/UserDefaults.h"
 #include "platform/linux/AppIdentity.h"
 #include "platform/linux/JournalLog.h"
+#include "platform/linux/KeyFolding.h"
+#include "trigger/ModifierFlags.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -34,6 +36,8 @@ private Q_SLOTS:
     void fileWithAFormatErrorIsSetAside();
     void journal();
     void identity();
+    void keyRepeatsFold_data();
+    void keyRepeatsFold();
 
 private:
     QString write(const QString& name, const QByteArray& bytes)
@@ -257,6 +261,63 @@ void TestPlatform::identity()
         launched.kill();
         launched.waitForFinished();
     }
+}
+
+void TestPlatform::keyRepeatsFold_data()
+{
+    // Events as "+C@0" (press of Ctrl at 0 ms), "-C@40" (release), C = Ctrl, A = Alt, s = the
+    // letter; then "advance@300". What the hold logic hears: "m:command" for a modifier change
+    // (the flags after it), "k" for another key pressed.
+    QTest::addColumn<QString>("events");
+    QTest::addColumn<QString>("heard");
+    QTest::newRow("a held Ctrl, GTK: repeated presses")
+        << "+C@0 +C@600 +C@640 +C@680 -C@1500 advance@1600"
+        << "m:command m:";
+    QTest::newRow("a held Ctrl, Qt: release and press 20 ms apart")
+        << "+C@0 -C@600 +C@620 -C@660 +C@680 -C@1500 advance@1600"
+        << "m:command m:";
+    QTest::newRow("a tap is a tap: the release counts once its window has passed")
+        << "+C@0 -C@100 advance@159 advance@161"
+        << "m:command m:";
+    QTest::newRow("Ctrl+S: one key press, its repeats say nothing new")
+        << "+C@0 +s@100 +s@700 -s@750 -C@800 advance@900"
+        << "m:command k m:";
+    QTest::newRow("Ctrl then Alt") << "+C@0 +A@50 -A@100 -C@120 advance@300"
+                                   << "m:command m:command+option m:command m:";
+    QTest::newRow("a release never pressed, and Num Lock, change nothing")
+        << "-C@0 +N@10 -N@20 advance@200"
+        << "";
+}
+
+void TestPlatform::keyRepeatsFold()
+{
+    QFETCH(QString, events);
+    QFETCH(QString, heard);
+    const QHash<QChar, unsigned long> keys{
+        {u'C', 0xffe3}, {u'A', 0xffe9}, {u's', 's'}, {u'N', 0xff7f}};
+    const auto start = KeyFolding::Clock::now();
+    KeyFolding folding;
+    QStringList said;
+    for (const QString& event : events.split(u' ')) {
+        const auto at = start + std::chrono::milliseconds(event.section(u'@', 1).toInt());
+        const QList<KeyFolding::Change> changes =
+            event.startsWith("advance") ? folding.advance(at)
+            : event.startsWith(u'+')    ? folding.press(keys.value(event.at(1)), at)
+                                        : folding.release(keys.value(event.at(1)), at);
+        for (const KeyFolding::Change& change : changes) {
+            if (change.kind == KeyFolding::Change::Kind::keyPress) {
+                said << "k";
+                continue;
+            }
+            QStringList names;
+            if (change.flags & ModifierFlags::command)
+                names << "command";
+            if (change.flags & ModifierFlags::option)
+                names << "option";
+            said << "m:" + names.join(u'+');
+        }
+    }
+    QCOMPARE(said.join(u' '), heard);
 }
 
 QTEST_GUILESS_MAIN(TestPlatform)

@@ -217,37 +217,50 @@ void TestShortcuts::ranking_data()
         << "File/Zzz Edit/Copy !View/Qqq"
         << "   "
         << ""
-        << "File/Zzz Edit/Copy !View/Qqq" << "";
+        << "File/Zzz Edit/Copy !View/Qqq"
+        << "";
     QTest::newRow("equal scores keep the menu order") << "A/Copy B/Copy C/Copy"
                                                       << "copy"
                                                       << ""
-                                                      << "A/Copy B/Copy C/Copy" << "";
+                                                      << "A/Copy B/Copy C/Copy"
+                                                      << "";
     QTest::newRow("a favourite rises") << "Edit/Cope Edit/Copy"
                                        << "co"
                                        << "Edit/Copy"
-                                       << "Edit/Copy Edit/Cope" << "";
+                                       << "Edit/Copy Edit/Cope"
+                                       << "";
     QTest::newRow("a disabled favourite still sinks") << "Edit/Cope !Edit/Copy"
                                                       << "co"
                                                       << "Edit/Copy"
-                                                      << "Edit/Cope !Edit/Copy" << "";
+                                                      << "Edit/Cope !Edit/Copy"
+                                                      << "";
     QTest::newRow("a disabled path match below zero is still listed, last")
         << "!Zebra/Zzz/Qqq Edit/Zq Edit/Other"
         << "zq"
         << ""
-        << "Edit/Zq !Zebra/Zzz/Qqq" << "";
+        << "Edit/Zq !Zebra/Zzz/Qqq"
+        << "";
     QTest::newRow("use orders equal matches") << "A/Copy B/Copy C/Copy"
                                               << "copy"
                                               << ""
                                               << "C/Copy A/Copy B/Copy"
                                               << "C/Copy=1 B/Copy=0.01";
-    QTest::newRow("more use rises higher")
-        << "A/Copy B/Copy" << "copy" << "" << "B/Copy A/Copy" << "A/Copy=1 B/Copy=6";
+    QTest::newRow("more use rises higher") << "A/Copy B/Copy"
+                                           << "copy"
+                                           << ""
+                                           << "B/Copy A/Copy"
+                                           << "A/Copy=1 B/Copy=6";
     QTest::newRow("heavy use never lifts a word start above a prefix")
-        << "Edit/Paste Edit/Special_Copy Edit/Copy" << "copy" << ""
-        << "Edit/Copy Edit/Special_Copy" << "Edit/Special_Copy=1000";
-    QTest::newRow("nor a substring above a word start")
-        << "Edit/Xcopy Edit/Special_Copy" << "copy" << ""
-        << "Edit/Special_Copy Edit/Xcopy" << "Edit/Xcopy=1000";
+        << "Edit/Paste Edit/Special_Copy Edit/Copy"
+        << "copy"
+        << ""
+        << "Edit/Copy Edit/Special_Copy"
+        << "Edit/Special_Copy=1000";
+    QTest::newRow("nor a substring above a word start") << "Edit/Xcopy Edit/Special_Copy"
+                                                        << "copy"
+                                                        << ""
+                                                        << "Edit/Special_Copy Edit/Xcopy"
+                                                        << "Edit/Xcopy=1000";
 }
 
 void TestShortcuts::ranking()

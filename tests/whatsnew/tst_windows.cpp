@@ -36,7 +36,6 @@ namespace {
 // What the settings window offers to leave out.
 QList<RunningApp> runningApps;
 
-
 WhatsNewRelease release(const char* version, const QString& title)
 {
     return {*AppVersion::parse(QString::fromLatin1(version)),
@@ -179,8 +178,7 @@ void TestWindows::click(QQuickItem* item)
             continue;
         const double y = item->mapToItem(parent, QPointF(0, 0)).y();
         if (y < 0 || y + item->height() > parent->height()) {
-            const double most =
-                parent->property("contentHeight").toDouble() - parent->height();
+            const double most = parent->property("contentHeight").toDouble() - parent->height();
             const double contentY = parent->property("contentY").toDouble() + y - 40;
             parent->setProperty("contentY", std::clamp(contentY, 0.0, std::max(0.0, most)));
             QTest::qWait(100);
@@ -424,11 +422,13 @@ void TestWindows::settingsListApplicationsAndForgetHistory()
     QQuickWindow* window = SettingsWindowPresenter::shared().window();
     waitUntilShown(window);
     const auto shownButton = [window](const QString& text) {
-        return itemsWhere(window->contentItem(), [&text](QQuickItem* candidate) {
-                   return candidate->inherits("QQuickAbstractButton") &&
-                          candidate->property("text").toString() == text &&
-                          candidate->isVisible() && candidate->height() > 0;
-               }).value(0);
+        return itemsWhere(window->contentItem(),
+                          [&text](QQuickItem* candidate) {
+                              return candidate->inherits("QQuickAbstractButton") &&
+                                     candidate->property("text").toString() == text &&
+                                     candidate->isVisible() && candidate->height() > 0;
+                          })
+            .value(0);
     };
 
     // + offers the applications with a window; the one chosen is listed, and holding the trigger

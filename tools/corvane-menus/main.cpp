@@ -7,11 +7,11 @@
 // Every accessibility request runs on the crawl thread, as in Corvane itself.
 
 #include "menus/MenuCatalogJson.h"
-#include "shortcuts/ShortcutSheet.h"
 #include "menus/MenuCrawler.h"
 #include "platform/linux/AccessibilitySwitch.h"
 #include "platform/linux/AppIdentity.h"
 #include "platform/linux/AtspiClient.h"
+#include "shortcuts/ShortcutSheet.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -184,9 +184,9 @@ int main(int argc, char* argv[])
         return ok;
     }
     Format format = Format::text;
-    for (const auto& [option, chosen] : {std::pair{"--json", Format::json},
-                                         std::pair{"--markdown", Format::markdown},
-                                         std::pair{"--html", Format::html}})
+    for (const auto& [option, chosen] :
+         {std::pair{"--json", Format::json}, std::pair{"--markdown", Format::markdown},
+          std::pair{"--html", Format::html}})
         if (args.removeAll(QLatin1String(option)) > 0)
             format = chosen;
     const QString command = args.value(0);

@@ -131,6 +131,9 @@ WindowSurface {
                     }
                 }
             }
+            Footer {
+                text: qsTr("To peek with a key of your own, bind the command “corvane --peek” in your desktop's keyboard shortcuts.")
+            }
 
             // 2. Commands.
             SectionHeader { text: qsTr("Commands") }

@@ -24,18 +24,37 @@ SingleInstance::Claim SingleInstance::claim()
     return Claim::second;
 }
 
-bool SingleInstance::askFirstToShowSettings()
+namespace {
+
+bool askFirst(const QString& method)
 {
     const QDBusMessage reply = QDBusConnection::sessionBus().call(
-        QDBusMessage::createMethodCall(serviceName, objectPath, serviceName,
-                                       QStringLiteral("ShowSettings")),
+        QDBusMessage::createMethodCall(SingleInstance::serviceName, SingleInstance::objectPath,
+                                       SingleInstance::serviceName, method),
         QDBus::Block, 5000);
     return reply.type() == QDBusMessage::ReplyMessage;
+}
+
+} // namespace
+
+bool SingleInstance::askFirstToShowSettings()
+{
+    return askFirst(QStringLiteral("ShowSettings"));
+}
+
+bool SingleInstance::askFirstToPeek()
+{
+    return askFirst(QStringLiteral("Peek"));
 }
 
 void SingleInstance::ShowSettings()
 {
     Q_EMIT showSettingsRequested();
+}
+
+void SingleInstance::Peek()
+{
+    Q_EMIT peekRequested();
 }
 
 } // namespace corvane

@@ -1,7 +1,7 @@
 #pragma once
 
 // One Corvane per session: the first instance owns the session-bus name "com.vantorel.Corvane"; a
-// second start asks it to show its settings and exits.
+// second start asks it to show its settings and exits, and `corvane --peek` asks it to peek.
 
 #include <QObject>
 
@@ -25,12 +25,17 @@ public:
     Claim claim();
     // For a second start: asks the first to show its settings. False when it did not answer.
     static bool askFirstToShowSettings();
+    // For `corvane --peek`: asks the running instance to peek at the application in front. False
+    // when none answered.
+    static bool askFirstToPeek();
 
 public Q_SLOTS:
     Q_SCRIPTABLE void ShowSettings();
+    Q_SCRIPTABLE void Peek();
 
 Q_SIGNALS:
     void showSettingsRequested();
+    void peekRequested();
 };
 
 } // namespace corvane

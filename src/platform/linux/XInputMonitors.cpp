@@ -1,5 +1,6 @@
 #include "XInputMonitors.h"
 
+#include "KeyFolding.h"
 #include "trigger/ModifierFlags.h"
 
 #include <QCursor>
@@ -73,39 +74,14 @@ void XInputMonitors::select()
     XFlush(m_display);
 }
 
-std::uint64_t XInputMonitors::flagForKeysym(unsigned long keysym)
-{
-    // Ctrl sets command, Alt (and Meta) option, Super (and Hyper) control: the bits keep their
-    // stored names, the keys are the ones a Linux keyboard has.
-    switch (keysym) {
-    case XK_Control_L:
-    case XK_Control_R:
-        return ModifierFlags::command;
-    case XK_Alt_L:
-    case XK_Alt_R:
-    case XK_Meta_L:
-    case XK_Meta_R:
-        return ModifierFlags::option;
-    case XK_Super_L:
-    case XK_Super_R:
-    case XK_Hyper_L:
-    case XK_Hyper_R:
-        return ModifierFlags::control;
-    case XK_Shift_L:
-    case XK_Shift_R:
-        return ModifierFlags::shift;
-    default:
-        return 0; // Caps Lock, Num Lock and AltGr are not watched
-    }
-}
-
 void XInputMonitors::seedModifiers()
 {
     char keys[32] = {};
     XQueryKeymap(m_display, keys);
     for (int code = 8; code < 256; ++code)
         if (keys[code / 8] & (1 << (code % 8)))
-            if (const auto flag = flagForKeysym(XkbKeycodeToKeysym(m_display, KeyCode(code), 0, 0)))
+            if (const auto flag =
+                    modifierFlagForKeysym(XkbKeycodeToKeysym(m_display, KeyCode(code), 0, 0)))
                 m_modifierKeysDown.insert(code, flag);
 }
 
@@ -159,13 +135,9 @@ void XInputMonitors::readEvents()
         case XI_RawKeyRelease: {
             const bool press = cookie->evtype == XI_RawKeyPress;
             const KeySym keysym = XkbKeycodeToKeysym(m_display, KeyCode(raw->detail), 0, 0);
-            // Caps Lock, Num Lock and AltGr are not watched: they neither count as a modifier nor
-            // break a hold: a lock key left on must not disable the trigger.
-            if (keysym == XK_Caps_Lock || keysym == XK_Shift_Lock || keysym == XK_Num_Lock ||
-                keysym == XK_ISO_Level3_Shift || keysym == XK_ISO_Level5_Shift ||
-                keysym == XK_Mode_switch)
+            if (isIgnoredKeysym(keysym))
                 break;
-            const std::uint64_t flag = flagForKeysym(keysym);
+            const std::uint64_t flag = modifierFlagForKeysym(keysym);
             if (flag) {
                 // Keep the set of keys down: one physical release can arrive twice.
                 const std::uint64_t before = currentModifierFlags();

@@ -45,7 +45,6 @@ private:
     void readEvents();
     void seedModifiers();
     void deliver(Kind kind);
-    static std::uint64_t flagForKeysym(unsigned long keysym);
 
     Display* m_display = nullptr;
     int m_opcode = 0;

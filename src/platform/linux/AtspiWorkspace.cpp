@@ -1,0 +1,98 @@
+#include "AtspiWorkspace.h"
+
+#include "AppIdentity.h"
+#include "AtspiClient.h"
+
+#include <QDBusConnection>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QFileInfo>
+
+namespace corvane {
+
+namespace {
+const QString windowEvents = QStringLiteral("org.a11y.atspi.Event.Window");
+} // namespace
+
+AtspiWorkspace::AtspiWorkspace(QObject* parent) : Workspace(parent)
+{
+    auto bus = atspi::accessibilityBus();
+    if (!bus)
+        return;
+    m_available = bus->connect(QString(), QString(), windowEvents, QStringLiteral("Activate"), this,
+                               SLOT(activated(QDBusMessage))) &&
+                  bus->connect(QString(), QString(), windowEvents, QStringLiteral("Deactivate"),
+                               this, SLOT(deactivated(QDBusMessage)));
+    // Toolkits send window events only while some client has asked the registry for them.
+    for (const QString& event :
+         {QStringLiteral("window:activate"), QStringLiteral("window:deactivate")}) {
+        QDBusMessage message = QDBusMessage::createMethodCall(
+            QStringLiteral("org.a11y.atspi.Registry"), QStringLiteral("/org/a11y/atspi/registry"),
+            QStringLiteral("org.a11y.atspi.Registry"), QStringLiteral("RegisterEvent"));
+        message.setArguments({event, QStringList(), QString()});
+        bus->asyncCall(message, atspi::requestTimeoutMs);
+    }
+}
+
+void AtspiWorkspace::withProcessOf(const QString& sender, std::function<void(qint64)> then)
+{
+    if (const auto known = m_processes.constFind(sender); known != m_processes.cend()) {
+        then(*known);
+        return;
+    }
+    auto bus = atspi::accessibilityBus();
+    if (!bus)
+        return;
+    QDBusMessage ask = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetConnectionUnixProcessID"));
+    ask << sender;
+    auto* watcher = new QDBusPendingCallWatcher(bus->asyncCall(ask, atspi::requestTimeoutMs), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, sender, then] {
+        watcher->deleteLater();
+        const QDBusPendingReply<uint> reply = *watcher;
+        if (reply.isError() || reply.value() == 0)
+            return;
+        m_processes.insert(sender, qint64(reply.value()));
+        then(qint64(reply.value()));
+    });
+}
+
+void AtspiWorkspace::activated(const QDBusMessage& signal)
+{
+    const quint64 activation = ++m_activations;
+    withProcessOf(signal.service(), [this, activation, name = signal.service()](qint64 pid) {
+        if (activation != m_activations)
+            return; // a later activation has come meanwhile
+        if (m_front && m_front->pid == pid)
+            return;
+        m_front = AppIdentity::forProcess(pid);
+        m_seen.removeIf([this](const RunningApp& app) { return app.appId == m_front->appId; });
+        if (pid != thisProcessId() && m_front->appId)
+            m_seen.append(*m_front);
+        Q_EMIT applicationActivated(*m_front);
+    });
+}
+
+QList<RunningApp> AtspiWorkspace::seenApplications() const
+{
+    QList<RunningApp> apps;
+    for (const RunningApp& app : m_seen)
+        if (QFileInfo::exists(QStringLiteral("/proc/%1").arg(app.pid)))
+            apps.append(app);
+    std::sort(apps.begin(), apps.end(), [](const RunningApp& a, const RunningApp& b) {
+        return QString::localeAwareCompare(a.name, b.name) < 0;
+    });
+    return apps;
+}
+
+void AtspiWorkspace::deactivated(const QDBusMessage& signal)
+{
+    const quint64 activation = m_activations;
+    withProcessOf(signal.service(), [this, activation](qint64 pid) {
+        if (activation == m_activations && m_front && m_front->pid == pid)
+            m_front.reset();
+    });
+}
+
+} // namespace corvane
