@@ -3,8 +3,8 @@
 # the first step whose effect it does not see) with Corvane under strace, and leaves five
 # full-screen PNGs, the steps and Corvane's log. The peek and the search change the screen.
 # Corvane opened no socket but the X server's, the buses', geany's accessibility socket and the
-# journal's, and neither the search text nor the title of the command it ran reached its log or
-# a file it wrote (check_privacy.py).
+# journal's; the search text reached neither its log nor a file it wrote, and the title of the
+# command it ran not its log (check_privacy.py).
 #
 #   check_demo.sh SOURCE_DIR BUILD_DIR   (under tools/test-session.sh)
 set -euo pipefail
@@ -31,4 +31,4 @@ a11y=$(dbus-send --session --print-reply=literal --dest=org.a11y.Bus /org/a11y/b
     org.a11y.Bus.GetAddress | tr -d ' ')
 python3 "$source/tests/app/check_privacy.py" --trace "$trace" --log "$out/corvane.log" \
     --allow-bus "$DBUS_SESSION_BUS_ADDRESS" --allow-bus "$a11y" \
-    --allow-app-sockets "$XDG_RUNTIME_DIR" --secret prefer --secret Preferences
+    --allow-app-sockets "$XDG_RUNTIME_DIR" --secret prefer --log-secret Preferences

@@ -4,8 +4,9 @@
 - network: no socket of a family but AF_UNIX, and every connect goes to the X server, a D-Bus bus
   given with --allow-bus, an application's own accessibility socket (at-spi2-socket-PID, which
   GTK hands out) in a folder given with --allow-app-sockets, or the systemd journal;
-- privacy: no --secret (the search typed, the title of the command run) in Corvane's log or in
-  any file it opened for writing or renamed into place."""
+- privacy: no --secret (the search typed) in Corvane's log or in any file it opened for writing
+  or renamed into place, and no --log-secret (the title of the command run) in its log: the
+  settings file may hold that title, as the history the user can switch off and forget."""
 import argparse
 import re
 import sys
@@ -15,7 +16,7 @@ from urllib.parse import unquote
 parser = argparse.ArgumentParser()
 for option in ("--trace", "--log"):
     parser.add_argument(option, required=True, type=Path)
-for option in ("--allow-bus", "--allow-app-sockets", "--secret"):
+for option in ("--allow-bus", "--allow-app-sockets", "--secret", "--log-secret"):
     parser.add_argument(option, action="append", default=[])
 args = parser.parse_args()
 
@@ -54,8 +55,9 @@ files = [args.log] + [Path(n) for n in sorted(written)
                       and Path(n).is_file()]
 for path in files:
     data = path.read_bytes()
-    problems += [f"{path} contains {s!r}" for s in args.secret if s.encode() in data]
+    secrets = args.secret + (args.log_secret if path == args.log else [])
+    problems += [f"{path} contains {s!r}" for s in secrets if s.encode() in data]
 for p in problems:
     print("check_privacy:", p, file=sys.stderr)
-print(f"check_privacy: {len(trace)} calls traced, {len(files)} files read for {len(args.secret)} texts")
+print(f"check_privacy: {len(trace)} calls traced, {len(files)} files read for {len(args.secret) + len(args.log_secret)} texts")
 sys.exit(1 if problems else 0)

@@ -24,8 +24,10 @@ from pathlib import Path
 QT_BIN = Path("/usr/lib/qt6/bin")
 
 # The overlay shows a tiny catalog: its titles and key caps are the application's, the trigger's
-# key cap is the key's own name as the keyboard says it, and ↑↓ ↩ ⎋ are key glyphs.
-NOT_TEXT = {"Fixture", "Alpha", "ALPHA", "Beta", "Gamma", "Ctrl", "B", "be", "↑↓", "↩", "⎋"}
+# key cap is the key's own name as the keyboard says it, ↑↓ ↩ ⎋ are key glyphs, and + − are the
+# signs on a list's add and remove buttons.
+NOT_TEXT = {"Fixture", "Alpha", "ALPHA", "Beta", "Gamma", "Ctrl", "B", "be", "↑↓", "↩", "⎋", "+",
+            "−"}
 
 
 def lupdate(root, ts, *options):
