@@ -11,7 +11,9 @@ for program in "$build_dir"/bench/bench_*; do
     [ -f "$program" ] && [ -x "$program" ] || continue
     name=$(basename "$program")
     echo "# $name"
-    if [[ $session_benchmarks == *" $name "* ]]; then
+    if [ "$name" = bench_wayland ]; then
+        "$here/test-session.sh" --wayland "$program" 2>/dev/null || status=1
+    elif [[ $session_benchmarks == *" $name "* ]]; then
         "$here/test-session.sh" "$program" 2>/dev/null || status=1
     else
         "$program" || status=1

@@ -900,6 +900,26 @@ std::shared_ptr<const ObjectTable> readObjectTable(Session& session, const Refer
     return table;
 }
 
+std::optional<qint64> activeApplicationProcess()
+{
+    const auto bus = accessibilityBus();
+    if (!bus)
+        return std::nullopt;
+    WalkBudget budget(std::chrono::seconds(2));
+    auto session = std::make_shared<Session>(*bus, budget);
+    for (const ApplicationEntry& app : applications(session)) {
+        auto root = std::make_shared<Node>(session, app.root);
+        const QList<std::shared_ptr<Node>> windows = root->childNodes();
+        Node::loadInfo(windows);
+        for (const auto& window : windows)
+            if (window->states() && hasState(*window->states(), stateActive))
+                return app.pid;
+        if (budget.exhausted())
+            break;
+    }
+    return std::nullopt;
+}
+
 MenuSource::MenuBar MenuBarFinder::menuBar(qint64 pid, WalkBudget& budget)
 {
     const auto bus = accessibilityBus();

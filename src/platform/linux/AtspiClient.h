@@ -60,6 +60,10 @@ QList<ApplicationEntry> applications(const std::shared_ptr<Session>& session);
 // asked, so a frozen application elsewhere on the bus holds nobody up.
 std::optional<ApplicationEntry> application(const std::shared_ptr<Session>& session, qint64 pid);
 
+// The process whose window is active now (a frame with state ACTIVE), for a workspace that starts
+// after the last activation event; absent when none says so within two seconds.
+std::optional<qint64> activeApplicationProcess();
+
 // A process the registry does not list may still be on the bus: its toolkit asks the registry
 // once, and a registration that failed leaves its objects on its own connection, which is then
 // read directly. `why` tells the rest apart: on the bus with no objects (applicationUnpublished),

@@ -2,11 +2,13 @@
 
 #include "AppIdentity.h"
 #include "AtspiClient.h"
+#include "menus/MenuCrawler.h"
 
 #include <QDBusConnection>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QFileInfo>
+#include <QPointer>
 
 namespace corvane {
 
@@ -32,6 +34,26 @@ AtspiWorkspace::AtspiWorkspace(QObject* parent) : Workspace(parent)
         message.setArguments({event, QStringList(), QString()});
         bus->asyncCall(message, atspi::requestTimeoutMs);
     }
+    // The window active before Corvane started sends no event until the next change: asked once,
+    // off the main thread, and taken unless an activation came meanwhile.
+    QPointer<AtspiWorkspace> self(this);
+    MenuCrawler::queue().post([self] {
+        const std::optional<qint64> pid = atspi::activeApplicationProcess();
+        if (!pid)
+            return;
+        const RunningApp app = AppIdentity::forProcess(*pid);
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [self, app] {
+                if (!self || self->m_activations > 0 || self->m_front)
+                    return;
+                self->m_front = app;
+                if (app.pid != thisProcessId() && app.appId)
+                    self->m_seen.append(app);
+                Q_EMIT self->applicationActivated(app);
+            },
+            Qt::QueuedConnection);
+    });
 }
 
 void AtspiWorkspace::withProcessOf(const QString& sender, std::function<void(qint64)> then)

@@ -1,0 +1,203 @@
+// Corvane on a Wayland session (run inside tools/test-session.sh --wayland): geany runs natively,
+// and key events reach Corvane as an application sends them, through the registry's
+// NotifyListenersSync, which this benchmark calls itself so that it knows to the microsecond when
+// each key was sent. Figures:
+//   - the cost to an application of Corvane listening: NotifyListenersSync's round trip (what an
+//     application waits for on every key while someone listens) without Corvane and with the real
+//     corvane program running, and the difference at p50 (goal: at most 1 ms);
+//   - hold → panel shown after the hold delay, p99, with the real program (goal: 16 ms);
+//   - Corvane's resident memory idle, started as a session starts it (goal: 60 MB);
+//   - a modifier press sent by the application → the hold logic's handlers, p99, with the
+//     monitors in this process (goal: 5 ms).
+
+#include "CorvaneProcess.h"
+#include "Percentiles.h"
+#include "ProcessFigures.h"
+#include "platform/linux/AtspiClient.h"
+#include "platform/linux/AtspiKeyMonitors.h"
+
+#include <QCoreApplication>
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusPendingCall>
+#include <QEventLoop>
+#include <QProcess>
+#include <QTest>
+#include <QTimer>
+#include <ctime>
+
+using namespace corvane;
+using namespace corvane::test;
+
+namespace {
+
+struct DeviceEvent {
+    uint type = 0; // 0 press, 1 release
+    int keysym = 0;
+    qint16 hardwareCode = 0, modifiers = 0; // applications send (uinnisb)
+    int timestamp = 0;
+    QString text;
+    bool isText = false;
+};
+
+} // namespace
+
+Q_DECLARE_METATYPE(DeviceEvent)
+
+namespace {
+
+QDBusArgument& operator<<(QDBusArgument& argument, const DeviceEvent& e)
+{
+    argument.beginStructure();
+    argument << e.type << e.keysym << e.hardwareCode << e.modifiers << e.timestamp << e.text
+             << e.isText;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, DeviceEvent& e)
+{
+    argument.beginStructure();
+    argument >> e.type >> e.keysym >> e.hardwareCode >> e.modifiers >> e.timestamp >> e.text >>
+        e.isText;
+    argument.endStructure();
+    return argument;
+}
+
+constexpr int ctrl = 0xffe3;
+constexpr int letterA = 'a';
+constexpr double holdDelayMs = 850;
+
+double monotonicMs()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return double(now.tv_sec) * 1000.0 + double(now.tv_nsec) / 1e6;
+}
+
+QDBusMessage keyMessage(bool press, int keysym)
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(
+        "org.a11y.atspi.Registry", "/org/a11y/atspi/registry/deviceeventcontroller",
+        "org.a11y.atspi.DeviceEventController", "NotifyListenersSync");
+    message.setArguments({QVariant::fromValue(DeviceEvent{press ? 0u : 1u, keysym, 0, 0, 0,
+                                                          keysym == letterA ? "a" : "Control_L",
+                                                          keysym == letterA})});
+    return message;
+}
+
+// What an application waits for per key: NotifyListenersSync's round trip, in milliseconds.
+std::vector<double> roundTrips(QDBusConnection& bus, int count)
+{
+    std::vector<double> times;
+    for (int i = 0; i < count; ++i) {
+        const double start = monotonicMs();
+        bus.call(keyMessage(i % 2 == 0, letterA), QDBus::Block, 2000);
+        times.push_back(monotonicMs() - start);
+    }
+    return times;
+}
+
+void print(const char* name, double value, const char* unit)
+{
+    std::printf("bench %s %.2f %s\n", name, value, unit);
+    std::fflush(stdout);
+}
+
+double loggedMs(const QString& line)
+{
+    return line.section(u' ', 0, 0, QString::SectionSkipEmpty).toDouble() * 1000.0;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication app(argc, argv);
+    if (!qEnvironmentVariableIsSet("SWAYSOCK"))
+        qFatal("run inside tools/test-session.sh --wayland");
+    qDBusRegisterMetaType<DeviceEvent>();
+    // Corvane's log lines start with the monotonic clock, as the sent keys are timed.
+    qputenv("QT_MESSAGE_PATTERN", "%{time boot} %{category}: %{message}");
+    QDBusConnection bus = *atspi::accessibilityBus();
+
+    // The cost to an application: without anyone listening, then with Corvane.
+    roundTrips(bus, 20); // warm
+    const auto [aloneP50, aloneP99] = p50p99(roundTrips(bus, 200));
+    CorvaneProcess corvane(QStringLiteral(CORVANE));
+    corvane.start();
+    QTest::qWait(1500); // its listener is registered
+    // geany after Corvane, as at a login: its window's activation names the application in front.
+    QProcess geany;
+    geany.start("geany", {"--new-instance", "--no-session"});
+    QTest::qWait(3000);
+    // The headless compositor has no keyboard of its own: a virtual one gives geany the focus.
+    QProcess::execute("wtype", {"-s", "300", "-k", "Shift_L"});
+    QTest::qWait(500);
+    const auto [withP50, withP99] = p50p99(roundTrips(bus, 200));
+    print("wayland_key_round_trip_alone_p50", aloneP50, "ms");
+    print("wayland_key_round_trip_with_corvane_p50", withP50, "ms");
+    print("wayland_key_round_trip_with_corvane_p99", withP99, "ms");
+    print("wayland_key_cost_of_listening_p50", withP50 - aloneP50, "ms");
+
+    // Hold → panel shown: Ctrl pressed as geany would send it, released once the panel shows.
+    std::vector<double> shown;
+    for (int i = 0; i < 30; ++i) {
+        const qsizetype from = corvane.lines().size();
+        const double down = monotonicMs();
+        bus.call(keyMessage(true, ctrl), QDBus::Block, 2000);
+        if (!corvane.waitForLine("overlay: first frame", 1, from, 5000))
+            qFatal("no panel for hold %d:\n%s", i, qPrintable(corvane.log()));
+        const QString line = corvane.linesContaining("overlay: first frame", from).first().text;
+        shown.push_back(loggedMs(line) - down - holdDelayMs);
+        bus.call(keyMessage(false, ctrl), QDBus::Block, 2000);
+        QTest::qWait(600); // hidden, and geany in front again
+    }
+    const auto [shownP50, shownP99] = p50p99(shown);
+    print("wayland_hold_to_panel_p50", shownP50, "ms");
+    print("wayland_hold_to_panel_p99", shownP99, "ms");
+    corvane.stop();
+
+    // Idle memory, as a session starts it (no debug log).
+    CorvaneProcess idle(QStringLiteral(CORVANE), {}, false);
+    idle.start();
+    QTest::qWait(5000);
+    print("wayland_idle_rss", rollupMegabytes(idle.pid(), "Rss"), "MB");
+    print("wayland_idle_pss", rollupMegabytes(idle.pid(), "Pss"), "MB");
+    idle.stop();
+
+    // A modifier press sent by the application → the hold logic's handlers, in this process.
+    AtspiKeyMonitors monitors;
+    double sent = 0;
+    std::vector<double> heard;
+    QEventLoop waiting;
+    monitors.add(InputMonitors::Kind::modifierChange, [&](const InputMonitors::Event& event) {
+        if (event.modifierFlags) {
+            heard.push_back(monotonicMs() - sent);
+            waiting.quit();
+        }
+    });
+    QTimer neverHeard;
+    neverHeard.setSingleShot(true);
+    QObject::connect(&neverHeard, &QTimer::timeout, &waiting, &QEventLoop::quit);
+    QTest::qWait(1500); // registered
+    for (int i = 0; i < 100; ++i) {
+        sent = monotonicMs();
+        bus.asyncCall(keyMessage(true, ctrl), 2000); // a blocking call would hold up the listener
+        neverHeard.start(2000);
+        waiting.exec();
+        neverHeard.stop();
+        bus.asyncCall(keyMessage(false, ctrl), 2000);
+        QTest::qWait(100); // past the release's window
+    }
+    if (heard.size() < 100)
+        qFatal("%d presses of 100 were not heard", int(100 - heard.size()));
+    const auto [heardP50, heardP99] = p50p99(heard);
+    print("wayland_press_to_detector_p50", heardP50, "ms");
+    print("wayland_press_to_detector_p99", heardP99, "ms");
+    geany.kill();
+    geany.waitForFinished(5000);
+    return 0;
+}
