@@ -126,7 +126,6 @@ private Q_SLOTS:
     void unreadableApplicationSaysWhy();
     void favoritesShowWhatTheStoreHolds();
     void runCommandsAreRememberedAndExported();
-    void permissionPollBroadcastAndRestart();
     void launchAnnouncements_data();
     void launchAnnouncements();
 
@@ -450,31 +449,6 @@ void TestAppDelegate::favoritesShowWhatTheStoreHolds()
     QCOMPARE(FavoritesStore(reread).ids(*editor.appId), QStringList{kept.id()});
     model().onToggleFavorite(kept);
     QVERIFY(model().favoriteOrder().isEmpty() && model().favoriteIDs().isEmpty());
-}
-
-void TestAppDelegate::permissionPollBroadcastAndRestart()
-{
-    launch(false);
-    QVERIFY(m_delegate->trustPollTimer);
-    QCOMPARE(m_delegate->trustPollTimer->interval(), 2000);
-    m_delegate->startTrustPolling(); // a second start keeps the one timer
-    const auto timers = m_delegate->findChildren<QTimer*>();
-    QCOMPARE(std::count_if(timers.cbegin(), timers.cend(),
-                           [](QTimer* timer) { return timer->interval() == 2000; }),
-             1);
-    QSignalSpy restarts(m_delegate.get(), &AppDelegate::monitorsRestarted);
-    const int added = m_monitors.added;
-    m_trust.granted = true; // granted without a broadcast: the poll notices
-    QVERIFY(restarts.wait(2600));
-    QCOMPARE(restarts.at(0).at(0).toBool(), true);
-    QCOMPARE(m_monitors.added, added + 4);
-    QVERIFY(!m_delegate->trustPollTimer);
-    // A broadcast without a change changes nothing.
-    const int reads = m_trust.reads;
-    m_trust.announce();
-    QTRY_COMPARE_WITH_TIMEOUT(m_trust.reads, reads + 1, 1500);
-    QTest::qWait(50);
-    QCOMPARE(restarts.size(), 1);
 }
 
 void TestAppDelegate::launchAnnouncements_data()

@@ -1,16 +1,12 @@
-// The overlay's real window under Xvfb and openbox (session tier): placed on the real screen,
-// faded, pinned by taking the keyboard while a real application (mousepad) stays active, driven
-// by real keys and clicks (XTEST), and its views as the user sees them.
+// The overlay's real window under Xvfb and openbox (session tier): faded, pinned by taking the
+// keyboard while a real application (mousepad) stays active, driven by real keys and clicks
+// (XTEST), and its views as the user sees them.
 
 #include "OverlayHarness.h"
 #include "SessionTools.h"
 #include "overlay/OverlayPanelController.h"
 
-#include <QGuiApplication>
-#include <QImage>
 #include <QPointer>
-#include <QProcess>
-#include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTranslator>
@@ -74,12 +70,10 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void placedByTheSizeRuleWithoutTakingActivation();
     void opaqueWithoutACompositorTranslucentWithOne();
     void fadesAndALateFadeOutHidesNothing();
     void unpinnedKeysGoToTheApplication();
     void pinnedKeysDriveTheOverlay();
-    void pinnedBeforeItIsMapped();
     void everyPresentationStartsAfresh();
     void contentStatesAndCount();
     void favoritesCard();
@@ -203,54 +197,12 @@ QString TestOverlayPanel::mousepadTitle() const
     return window.isEmpty() ? QString() : xdotool({"getwindowname", window}, false);
 }
 
-void TestOverlayPanel::placedByTheSizeRuleWithoutTakingActivation()
-{
-    // Run on a 1440 × 900 screen and on a 1000 × 700 one (two CTest entries).
-    const QHash<QSize, QRect> expected{{QSize(1440, 900), QRect(250, 130, 940, 640)},
-                                       {QSize(1000, 700), QRect(130, 77, 740, 546)}};
-    const QRect want = expected.value(QGuiApplication::primaryScreen()->availableGeometry().size());
-    QVERIFY(!want.isEmpty());
-    present();
-    const QString window = QString::number(m_controller->panel()->winId());
-    const QString geometry = xdotool({"getwindowgeometry", window});
-    QVERIFY2(geometry.contains(QStringLiteral("Position: %1,%2").arg(want.x()).arg(want.y())) &&
-                 geometry.contains(
-                     QStringLiteral("Geometry: %1x%2").arg(want.width()).arg(want.height())),
-             qPrintable(geometry));
-    QProcess xprop;
-    xprop.start("xprop", {"-id", window, "_NET_WM_STATE", "_NET_WM_WINDOW_TYPE", "WM_HINTS",
-                          "_NET_WM_USER_TIME"});
-    QVERIFY(xprop.waitForFinished(5000));
-    const QString props = QString::fromUtf8(xprop.readAllStandardOutput());
-    for (const char* expectedProperty :
-         {"_NET_WM_STATE_ABOVE", "_NET_WM_WINDOW_TYPE_UTILITY",
-          "Client accepts input or input focus: False", "_NET_WM_USER_TIME(CARDINAL) = 0"})
-        QVERIFY2(props.contains(QLatin1String(expectedProperty)), qPrintable(props));
-    QTest::qWait(200);
-    QCOMPARE(activeWindowPid(), m_mousepad);
-}
-
 void TestOverlayPanel::opaqueWithoutACompositorTranslucentWithOne()
 {
-    // Xvfb composites nothing: an opaque window cut to the card, whose rounded corners show
-    // mousepad behind it, and whose frame at alpha 0 (the fade's first) shows the empty card.
-    const QImage behind = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
     present();
     PeekPanel* opaque = m_controller->panel();
     QCOMPARE(windowDepth(QString::number(opaque->winId())), 24);
-    QTRY_COMPARE(m_controller->rootView()->opacity(), 1.0);
-    const QRect frame = opaque->geometry();
-    QImage shown = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
-    for (const QPoint& corner :
-         {frame.topLeft() + QPoint(1, 1), frame.bottomRight() - QPoint(1, 1)})
-        QCOMPARE(shown.pixelColor(corner), behind.pixelColor(corner));
-    const QColor card = colorOf(find("background"));
-    QCOMPARE(card.alpha(), 255);
-    m_controller->rootView()->setOpacity(0);
-    QVERIFY(nextFrame(opaque));
-    QTest::qWait(50);
-    shown = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
-    QCOMPARE(shown.pixelColor(frame.center()), card);
+    QCOMPARE(colorOf(find("background")).alpha(), 255);
 
     // A compositor starts: the visible panel stays as it is; once hidden it is made again with
     // an alpha channel and no shape cut, and its glass is translucent.
@@ -356,21 +308,6 @@ void TestOverlayPanel::pinnedKeysDriveTheOverlay()
     type("x");
     QTRY_VERIFY(mousepadTitle().startsWith(u'*'));
     key("ctrl+z");
-}
-
-void TestOverlayPanel::pinnedBeforeItIsMapped()
-{
-    // As the tray's "Peek Current App" does: present and pin at once, before the window manager
-    // has mapped the panel. The application stays active; the header is laid out all the same.
-    m_controller->present(RunningApp{m_mousepad, {}, "Editor", {}}, sample(), {}, true, true, true,
-                          "Ctrl");
-    m_controller->pin();
-    QTRY_VERIFY(m_controller->panel()->hasKeyboard());
-    QTest::qWait(300);
-    QCOMPARE(activeWindowPid(), m_mousepad);
-    type("save");
-    QTRY_COMPARE(m_controller->viewModel().query(), "save");
-    QCOMPARE(windowRect(find("statePill")).left(), windowRect(find("searchField")).right() + 10);
 }
 
 void TestOverlayPanel::everyPresentationStartsAfresh()
