@@ -132,6 +132,30 @@ QList<uint> listenedStates()
     return states;
 }
 
+} // namespace
+
+void atspi::registerKeystrokeListener(QDBusConnection& bus, const QString& path)
+{
+    qDBusRegisterMetaType<KeyListenerMode>();
+    qDBusRegisterMetaType<KeyDefinition>();
+    qDBusRegisterMetaType<QList<KeyDefinition>>();
+    // The event types asked for, as bits: 1 << KEY_PRESSED_EVENT (0) | 1 << KEY_RELEASED_EVENT.
+    constexpr uint pressesAndReleases = 0b11;
+    for (const uint state : listenedStates()) {
+        QDBusMessage message = QDBusMessage::createMethodCall(
+            QStringLiteral("org.a11y.atspi.Registry"),
+            QStringLiteral("/org/a11y/atspi/registry/deviceeventcontroller"),
+            QStringLiteral("org.a11y.atspi.DeviceEventController"),
+            QStringLiteral("RegisterKeystrokeListener"));
+        message.setArguments({QVariant::fromValue(QDBusObjectPath(path)),
+                              QVariant::fromValue(QList<KeyDefinition>()), state,
+                              pressesAndReleases, QVariant::fromValue(KeyListenerMode{})});
+        bus.asyncCall(message, atspi::requestTimeoutMs * 5);
+    }
+}
+
+namespace {
+
 // Holds the listener object; registers it with the registry, on its own thread.
 class ListenerHost : public QObject {
 public:
@@ -147,22 +171,7 @@ public:
             qCWarning(lcKeys, "keys: the listener object could not be registered");
             return;
         }
-        qDBusRegisterMetaType<KeyListenerMode>();
-        qDBusRegisterMetaType<KeyDefinition>();
-        qDBusRegisterMetaType<QList<KeyDefinition>>();
-        // The event types asked for, as bits: 1 << KEY_PRESSED_EVENT (0) | 1 << KEY_RELEASED_EVENT.
-        constexpr uint pressesAndReleases = 0b11;
-        for (const uint state : listenedStates()) {
-            QDBusMessage message = QDBusMessage::createMethodCall(
-                QStringLiteral("org.a11y.atspi.Registry"),
-                QStringLiteral("/org/a11y/atspi/registry/deviceeventcontroller"),
-                QStringLiteral("org.a11y.atspi.DeviceEventController"),
-                QStringLiteral("RegisterKeystrokeListener"));
-            message.setArguments({QVariant::fromValue(QDBusObjectPath(listenerPath)),
-                                  QVariant::fromValue(QList<KeyDefinition>()), state,
-                                  pressesAndReleases, QVariant::fromValue(KeyListenerMode{})});
-            m_bus->asyncCall(message, atspi::requestTimeoutMs * 5);
-        }
+        atspi::registerKeystrokeListener(*m_bus, listenerPath);
     }
 
     ~ListenerHost() override

@@ -22,7 +22,16 @@
 #include <QThread>
 #include <QTimer>
 
+class QDBusConnection;
+
 namespace corvane {
+
+namespace atspi {
+// Registers the object at `path` on `bus` with the registry's device event controller as a
+// listener for every key's presses and releases in every modifier state, neither synchronous nor
+// preemptive.
+void registerKeystrokeListener(QDBusConnection& bus, const QString& path);
+} // namespace atspi
 
 class AtspiKeyMonitors : public QObject, public InputMonitors {
     Q_OBJECT
