@@ -1,11 +1,15 @@
 // Crawl time of geany, mousepad, featherpad and the 3000-item GTK fixture: median of 10 crawls,
 // beside the pyatspi reference walker (reference_walker.py) reading the same trees in the same
-// run. Runs inside tools/test-session.sh. Prints `bench <name> <value> <unit>` lines.
+// run. Then, with a global-menu registrar on the bus, one featherpad read both ways: its window's
+// DBusMenu beside its (hidden) menu bar on the accessibility bus. Runs inside
+// tools/test-session.sh. Prints `bench <name> <value> <unit>` lines.
 
 #include "ProcessFigures.h"
+#include "TestRegistrar.h"
 #include "menus/MenuCrawler.h"
 #include "platform/linux/AppIdentity.h"
 #include "platform/linux/AtspiClient.h"
+#include "platform/linux/DBusMenu.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -13,6 +17,7 @@
 #include <QEventLoop>
 #include <QFile>
 #include <QProcess>
+#include <QTest>
 #include <QThread>
 #include <algorithm>
 #include <cstdio>
@@ -58,6 +63,58 @@ double median(std::vector<double> v)
 {
     std::sort(v.begin(), v.end());
     return v.empty() ? 0 : v[v.size() / 2];
+}
+
+// A featherpad started while a registrar is on the bus exports its menus as a DBusMenu and keeps
+// its menu bar, hidden, on the accessibility bus: the same menus read both ways, 10 times each.
+int globalMenu()
+{
+    test::TestRegistrar registrar;
+    if (!registrar.start()) {
+        std::fprintf(stderr, "bench_crawl: the registrar's name is taken\n");
+        return 1;
+    }
+    QProcess featherpad;
+    featherpad.setStandardOutputFile(QProcess::nullDevice());
+    featherpad.setStandardErrorFile(QProcess::nullDevice());
+    featherpad.start("featherpad", {"--standalone"});
+    QElapsedTimer wait;
+    wait.start();
+    while (wait.elapsed() < 30000 && registrar.registrations() == 0)
+        QTest::qWait(100);
+    QTest::qWait(2000); // past its start, and on the accessibility bus
+    const qint64 pid = featherpad.processId();
+    const RunningApp app = onCrawlThread([pid] { return AppIdentity::forProcess(pid); });
+    const auto timed = [&](const std::shared_ptr<MenuSource>& source, int& items) {
+        std::vector<double> times;
+        for (int run = 0; run < 10; ++run) {
+            const auto [catalog, ms] = onCrawlThread([&] {
+                QElapsedTimer timer;
+                timer.start();
+                auto c = MenuCrawler(source).crawl(app);
+                return std::make_pair(c, double(timer.nsecsElapsed()) / 1e6);
+            });
+            times.push_back(ms);
+            items = 0;
+            if (catalog)
+                for (const MenuSection& s : catalog->sections)
+                    items += int(s.commands.size());
+        }
+        return median(times);
+    };
+    int dbusItems = 0, atspiItems = 0;
+    const double dbus = timed(std::make_shared<dbusmenu::Source>(), dbusItems);
+    const double atspi = timed(std::make_shared<atspi::MenuBarFinder>(), atspiItems);
+    std::printf("bench crawl_featherpad_globalmenu_ms %.2f ms\n", dbus);
+    std::printf("bench crawl_featherpad_globalmenu_items %d items\n", dbusItems);
+    std::printf("bench crawl_featherpad_hidden_menubar_ms %.2f ms\n", atspi);
+    std::printf("bench crawl_featherpad_hidden_menubar_items %d items\n", atspiItems);
+    std::printf("bench crawl_featherpad_globalmenu_speedup %.1f x\n",
+                dbus > 0 ? atspi / dbus : 0.0);
+    std::fflush(stdout);
+    featherpad.kill();
+    featherpad.waitForFinished(5000);
+    return dbusItems > 0 && atspiItems > 0 ? 0 : 1;
 }
 
 } // namespace
@@ -173,5 +230,7 @@ int main(int argc, char* argv[])
         t.process->kill();
         t.process->waitForFinished(5000);
     }
+    if (only.isEmpty() || only.contains("globalmenu"))
+        status |= globalMenu();
     return status;
 }

@@ -11,6 +11,7 @@
 #include "platform/linux/AtspiClient.h"
 #include "platform/linux/AtspiKeyMonitors.h"
 #include "platform/linux/AtspiWorkspace.h"
+#include "platform/linux/DBusMenu.h"
 #include "platform/linux/DisplaySession.h"
 #include "platform/linux/JournalLog.h"
 #include "platform/linux/LinuxDesktop.h"
@@ -139,7 +140,7 @@ int main(int argc, char* argv[])
         {.monitors = *monitors,
          .workspace = *workspace,
          .trust = trust,
-         .menuSource = std::make_shared<atspi::MenuBarFinder>(),
+         .menuSource = desktopMenuSources(),
          .beep = [] { QApplication::beep(); },
          // A Wayland compositor blends every window; none reads X11's blur hint.
          .isCompositing =

@@ -52,6 +52,19 @@ CrawlQueue& MenuCrawler::queue()
     return *instance;
 }
 
+MenuSource::MenuBar FirstMenuSource::menuBar(qint64 pid, WalkBudget& budget)
+{
+    MenuBar first;
+    for (qsizetype i = 0; i < m_sources.size() && !budget.exhausted(); ++i) {
+        MenuBar bar = m_sources[i]->menuBar(pid, budget);
+        if (bar.node)
+            return bar;
+        if (i == 0)
+            first = bar;
+    }
+    return first;
+}
+
 std::optional<MenuCatalog> MenuCrawler::crawl(const RunningApp& app, MenuBarError* why) const
 {
     WalkBudget budget(crawlDeadline);
@@ -60,6 +73,8 @@ std::optional<MenuCatalog> MenuCrawler::crawl(const RunningApp& app, MenuBarErro
     const MenuSource::MenuBar bar = m_source->menuBar(app.pid, budget);
     if (why)
         *why = MenuBarError(bar.error);
+    if (bar.node && qstrcmp(bar.source, "accessibility") != 0)
+        qCInfo(lcCrawl, "crawl: %s read through %s", qUtf8Printable(*app.appId), bar.source);
     return MenuWalk::crawl(app, bar.node, bar.error, budget);
 }
 

@@ -79,8 +79,22 @@ public:
     struct MenuBar {
         std::shared_ptr<MenuNode> node;
         int error = 0;
+        const char* source = "accessibility"; // for the log: where the menus were read
     };
     virtual MenuBar menuBar(qint64 pid, WalkBudget& budget) = 0;
+};
+
+// Several sources asked in order within one budget: the first menu bar found wins. Without one,
+// the first source's answer stands (it says best why an application could not be read).
+class FirstMenuSource : public MenuSource {
+public:
+    explicit FirstMenuSource(QList<std::shared_ptr<MenuSource>> sources)
+        : m_sources(std::move(sources))
+    {}
+    MenuBar menuBar(qint64 pid, WalkBudget& budget) override;
+
+private:
+    QList<std::shared_ptr<MenuSource>> m_sources;
 };
 
 } // namespace corvane

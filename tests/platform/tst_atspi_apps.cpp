@@ -5,11 +5,13 @@
 
 #include "CrawlThread.h"
 #include "FixtureModel.h"
+#include "TestRegistrar.h"
 #include "menus/MenuCatalogJson.h"
 #include "menus/MenuCrawler.h"
 #include "platform/linux/AccessibilitySwitch.h"
 #include "platform/linux/AppIdentity.h"
 #include "platform/linux/AtspiClient.h"
+#include "platform/linux/DBusMenu.h"
 #include "shortcuts/ShortcutDisplay.h"
 
 #include <QElapsedTimer>
@@ -135,6 +137,7 @@ private Q_SLOTS:
     void stoppedApplication();
     void commandLineMessages();
     void refreshDuringAReadHearsALaterChange();
+    void qtApplicationOffTheBusThroughTheGlobalMenu();
 
 private:
     RunningApp start(const QString& program, const QStringList& arguments);
@@ -437,6 +440,57 @@ void TestAtspiApps::refreshDuringAReadHearsALaterChange()
     QVERIFY(onCrawlThread([] { return AccessibilitySwitch::setEnabled(true); }));
     trust.refresh([&](bool trusted) { third = trusted; });
     QTRY_COMPARE(third, std::optional(true));
+}
+
+// Last: a registrar on the bus changes how every Qt application started afterwards shows its menus.
+// A featherpad that could not join the accessibility bus (the root window's address points
+// nowhere) is read through its window's DBusMenu as the one on the bus reads through AT-SPI, and
+// pressed there.
+void TestAtspiApps::qtApplicationOffTheBusThroughTheGlobalMenu()
+{
+    test::TestRegistrar registrar;
+    QVERIFY(registrar.start());
+    QProcess xprop;
+    xprop.start("xprop", {"-root", "-notype", "AT_SPI_BUS"});
+    QVERIFY(xprop.waitForFinished(5000));
+    const QString address = QString::fromUtf8(xprop.readAllStandardOutput()).section(u'"', 1, 1);
+    QVERIFY(!address.isEmpty());
+    const auto setAddress = [](const QString& value) {
+        return QProcess::execute(
+                   "xprop", {"-root", "-f", "AT_SPI_BUS", "8s", "-set", "AT_SPI_BUS", value}) == 0;
+    };
+    QVERIFY(setAddress("unix:path=/nonexistent/at-spi-bus"));
+    auto* offBus = new QProcess(this);
+    m_processes.append(offBus);
+    offBus->start("featherpad", {"--standalone"});
+    QTRY_VERIFY_WITH_TIMEOUT(registrar.registrations() >= 1, 20000);
+    QVERIFY(setAddress(address));
+    const qint64 pid = offBus->processId();
+    QTest::qWait(1000); // its menus filled in
+    const RunningApp app = onCrawlThread([pid] { return AppIdentity::forProcess(pid); });
+
+    MenuCrawler sources(desktopMenuSources());
+    const auto read = onCrawlThread([&] { return sources.crawl(app); });
+    QVERIFY(read);
+    const MenuCatalog onBus = crawl(m_apps["featherpad"]);
+    QStringList expected, got;
+    for (const auto& [catalog, into] : {std::pair{&onBus, &expected}, {&*read, &got}})
+        for (const MenuSection& section : catalog->sections)
+            for (const MenuCommand& c : section.commands)
+                into->append(c.titles().join(u'/') + u' ' + c.shortcut.modifiers.join(u'+') + u' ' +
+                             c.shortcut.key + (c.isChecked ? " checked" : ""));
+    // Its hidden actions are in its accessibility tree, not in its DBusMenu.
+    expected.removeIf([](const QString& line) {
+        return line.startsWith("File/Run ") || line.startsWith("File/Document Properties ") ||
+               line.startsWith("Edit/Edit ");
+    });
+    QCOMPARE(got, expected);
+
+    const PressOutcome pressed = onCrawlThread([&] {
+        return sources.press(pathFromTitles({"Help", "About"}), pid);
+    });
+    QCOMPARE(pressed, PressOutcome::pressed);
+    QTRY_VERIFY_WITH_TIMEOUT(windowNames(pid).contains("About FeatherPad"), 5000);
 }
 
 QTEST_GUILESS_MAIN(TestAtspiApps)

@@ -11,6 +11,7 @@
 #include "platform/linux/AccessibilitySwitch.h"
 #include "platform/linux/AppIdentity.h"
 #include "platform/linux/AtspiClient.h"
+#include "platform/linux/DBusMenu.h"
 #include "shortcuts/ShortcutSheet.h"
 
 #include <QCoreApplication>
@@ -105,7 +106,7 @@ int dump(QTextStream& out, QTextStream& err, const QString& which, Format format
         err << "corvane-menus: " << target.error << "\n";
         return noSuchApp;
     }
-    const auto catalog = MenuCrawler(std::make_shared<atspi::MenuBarFinder>()).crawl(target.app);
+    const auto catalog = MenuCrawler(desktopMenuSources()).crawl(target.app);
     if (!catalog) {
         err << "corvane-menus: no menus could be read from " << target.app.name << " (process "
             << target.app.pid << "); see the log line above\n";
@@ -151,8 +152,8 @@ int press(QTextStream& out, QTextStream& err, const QString& which, const QStrin
         err << "corvane-menus: " << target.error << "\n";
         return noSuchApp;
     }
-    const PressOutcome outcome = MenuCrawler(std::make_shared<atspi::MenuBarFinder>())
-                                     .press(pathFromTitles(titles), target.app.pid);
+    const PressOutcome outcome =
+        MenuCrawler(desktopMenuSources()).press(pathFromTitles(titles), target.app.pid);
     switch (outcome) {
     case PressOutcome::pressed:
         out << "pressed\n";

@@ -151,9 +151,10 @@ std::optional<WindowHints> windowHints(qint64 pid)
         return std::nullopt;
     const Atom utf8 = XInternAtom(display, "UTF8_STRING", False);
     std::optional<WindowHints> hints;
-    for (const auto& [window, owner] : clientWindows(display)) {
+    for (const auto& [client, owner] : clientWindows(display)) {
         if (owner != pid)
             continue;
+        const Window window = client; // clang before 16 cannot capture a structured binding
         const auto text = [&](const char* name) {
             return QString::fromUtf8(
                 windowProperty(display, window, XInternAtom(display, name, False), utf8, 1024));
@@ -169,6 +170,19 @@ std::optional<WindowHints> windowHints(qint64 pid)
     }
     XCloseDisplay(display);
     return hints;
+}
+
+QList<quint32> topLevelWindows(qint64 pid)
+{
+    Display* display = XOpenDisplay(nullptr);
+    if (!display)
+        return {};
+    QList<quint32> windows;
+    for (const auto& [window, owner] : clientWindows(display))
+        if (owner == pid)
+            windows.append(quint32(window));
+    XCloseDisplay(display);
+    return windows;
 }
 
 QList<RunningApp> runningApplications(qint64 except)

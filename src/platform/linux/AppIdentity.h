@@ -32,6 +32,10 @@ std::optional<double> secondsSinceStart(qint64 pid);
 // (DISPLAY) can be reached and has one.
 std::optional<WindowHints> windowHints(qint64 pid);
 
+// The process's top-level windows (_NET_CLIENT_LIST), in the window manager's order; none without
+// an X server.
+QList<quint32> topLevelWindows(qint64 pid);
+
 // The applications with a window on screen, one per application id, by name; process `except`
 // (Corvane) left out.
 QList<RunningApp> runningApplications(qint64 except);

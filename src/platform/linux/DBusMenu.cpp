@@ -1,0 +1,250 @@
+#include "DBusMenu.h"
+
+#include "AppIdentity.h"
+#include "AtspiClient.h"
+#include "menus/MenuWalk.h"
+#include "shortcuts/ShortcutDisplay.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
+#include <QLoggingCategory>
+
+namespace corvane::dbusmenu {
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcMenu, "com.vantorel.corvane.dbusmenu")
+
+const QString layoutSignature = QStringLiteral("(ia{sv}av)");
+const QString menuInterface = QStringLiteral("com.canonical.dbusmenu");
+
+// The item's children, one level deeper than its own, below the depth limit: menu bar, menus,
+// then as many submenu levels as a crawl takes.
+constexpr int layoutLevels = MenuWalk::depthLimit + 1;
+
+template <typename T> std::optional<T> property(const Item& item, const char* name)
+{
+    const QVariant value = item.properties.value(QLatin1String(name));
+    if (!value.isValid() || value.metaType() != QMetaType::fromType<T>())
+        return std::nullopt;
+    return value.value<T>();
+}
+
+// One exporter's menu: where it is, and the budget of the crawl or press reading it.
+struct Exporter {
+    QDBusConnection bus;
+    QString service;
+    QString path;
+    WalkBudget& budget;
+    int itemsLeft = MenuWalk::itemCap * 4; // separators and hidden items count too
+
+    // A call within the budget; nothing when it failed, timed out or the budget is spent.
+    std::optional<QDBusMessage> call(const QString& method, const QVariantList& arguments)
+    {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            budget.deadline() - WalkBudget::Clock::now());
+        if (budget.exhausted() || left.count() <= 0)
+            return std::nullopt;
+        QDBusMessage message = QDBusMessage::createMethodCall(service, path, menuInterface, method);
+        message.setArguments(arguments);
+        const QDBusMessage reply = bus.call(
+            message, QDBus::Block, int(std::min<qint64>(left.count(), atspi::requestTimeoutMs)));
+        if (reply.type() == QDBusMessage::ErrorMessage) {
+            if (reply.errorName() == u"org.freedesktop.DBus.Error.NoReply")
+                budget.noteTimeout();
+            qCWarning(lcMenu, "dbusmenu: %s of %s failed: %s", qUtf8Printable(method),
+                      qUtf8Printable(service), qUtf8Printable(reply.errorMessage()));
+            return std::nullopt;
+        }
+        return reply;
+    }
+
+    // The layout below `id`, `levels` deep.
+    std::optional<Item> layout(int id, int levels)
+    {
+        const auto reply = call(QStringLiteral("GetLayout"), {id, levels, QStringList()});
+        if (!reply || reply->arguments().size() < 2)
+            return std::nullopt;
+        const QVariant layout = reply->arguments().at(1);
+        if (layout.metaType() != QMetaType::fromType<QDBusArgument>())
+            return std::nullopt;
+        return readLayout(layout.value<QDBusArgument>(), itemsLeft, levels);
+    }
+};
+
+class Node : public MenuNode, public std::enable_shared_from_this<Node> {
+public:
+    Node(std::shared_ptr<Exporter> exporter, Item item)
+        : m_exporter(std::move(exporter)), m_item(std::move(item))
+    {}
+
+    QList<std::shared_ptr<MenuNode>> children() override
+    {
+        QList<std::shared_ptr<MenuNode>> nodes;
+        for (const Item& child : std::as_const(m_item.children))
+            if (property<bool>(child, "visible").value_or(true))
+                nodes.append(std::make_shared<Node>(m_exporter, child));
+        return nodes;
+    }
+
+    std::optional<QString> title() override
+    {
+        if (property<QString>(m_item, "type") == u"separator")
+            return std::nullopt;
+        const auto label = property<QString>(m_item, "label");
+        return label ? std::optional(plainLabel(*label)) : std::nullopt;
+    }
+
+    std::shared_ptr<MenuNode> submenu() override
+    {
+        const bool isSubmenu = property<QString>(m_item, "children-display") == u"submenu";
+        if (!isSubmenu && m_item.children.isEmpty())
+            return nullptr;
+        if (m_item.children.isEmpty()) {
+            // Filled when it opens: announce that, then read it again.
+            m_exporter->call(QStringLiteral("AboutToShow"), {m_item.id});
+            if (auto again = m_exporter->layout(m_item.id, MenuWalk::depthLimit))
+                m_item.children = again->children;
+        }
+        return shared_from_this();
+    }
+
+    bool enabled() override { return property<bool>(m_item, "enabled").value_or(true); }
+
+    bool checked() override
+    {
+        return !property<QString>(m_item, "toggle-type").value_or(QString()).isEmpty() &&
+               property<int>(m_item, "toggle-state") == 1;
+    }
+
+    ShortcutKeys shortcut() override
+    {
+        const QVariant value = m_item.properties.value(QStringLiteral("shortcut"));
+        if (value.metaType() != QMetaType::fromType<QDBusArgument>())
+            return ShortcutKeys::none;
+        const QDBusArgument argument = value.value<QDBusArgument>();
+        if (argument.currentSignature() != u"aas")
+            return ShortcutKeys::none;
+        QList<QStringList> sequences;
+        argument >> sequences;
+        return shortcutFrom(sequences);
+    }
+
+    PressResult press() override
+    {
+        const auto reply = m_exporter->call(QStringLiteral("Event"),
+                                            {m_item.id, QStringLiteral("clicked"),
+                                             QVariant::fromValue(QDBusVariant(QString())), 0u});
+        if (reply)
+            return {PressResult::Status::pressed, 0};
+        return {m_exporter->budget.timedOut() ? PressResult::Status::timedOut
+                                              : PressResult::Status::error,
+                0};
+    }
+
+private:
+    std::shared_ptr<Exporter> m_exporter;
+    Item m_item;
+};
+
+} // namespace
+
+std::optional<Item> readLayout(const QDBusArgument& argument, int& itemsLeft, int levels)
+{
+    if (argument.currentSignature() != layoutSignature || itemsLeft <= 0)
+        return std::nullopt;
+    --itemsLeft;
+    Item item;
+    argument.beginStructure();
+    argument >> item.id >> item.properties;
+    argument.beginArray();
+    while (!argument.atEnd()) {
+        QDBusVariant child;
+        argument >> child;
+        if (levels <= 0 || itemsLeft <= 0)
+            continue; // read past, not kept
+        const QVariant value = child.variant();
+        if (value.metaType() != QMetaType::fromType<QDBusArgument>())
+            continue;
+        if (auto read = readLayout(value.value<QDBusArgument>(), itemsLeft, levels - 1))
+            item.children.append(std::move(*read));
+    }
+    argument.endArray();
+    argument.endStructure();
+    return item;
+}
+
+ShortcutKeys shortcutFrom(const QList<QStringList>& sequences)
+{
+    if (sequences.isEmpty() || sequences.first().isEmpty())
+        return ShortcutKeys::none;
+    const QStringList& keys = sequences.first();
+    QString accelerator;
+    for (qsizetype i = 0; i + 1 < keys.size(); ++i) {
+        if (keys[i].contains(u'<') || keys[i].contains(u'>'))
+            return ShortcutKeys::none;
+        accelerator += u'<' + keys[i] + u'>';
+    }
+    return ShortcutDisplay::fromAccelerator(accelerator + keys.last());
+}
+
+QString plainLabel(const QString& label)
+{
+    QString plain;
+    plain.reserve(label.size());
+    for (qsizetype i = 0; i < label.size(); ++i) {
+        if (label[i] == u'_' && i + 1 < label.size())
+            ++i; // the marked character, or the second of "__"
+        plain += label[i];
+    }
+    return plain;
+}
+
+MenuSource::MenuBar Source::menuBar(qint64 pid, WalkBudget& budget)
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return {nullptr, busUnavailable, "the global menu"};
+    for (const quint32 window : AppIdentity::topLevelWindows(pid)) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            budget.deadline() - WalkBudget::Clock::now());
+        if (budget.exhausted())
+            break;
+        QDBusMessage request = QDBusMessage::createMethodCall(
+            QStringLiteral("com.canonical.AppMenu.Registrar"),
+            QStringLiteral("/com/canonical/AppMenu/Registrar"),
+            QStringLiteral("com.canonical.AppMenu.Registrar"), QStringLiteral("GetMenuForWindow"));
+        request.setArguments({window});
+        const QDBusMessage reply = bus.call(
+            request, QDBus::Block, int(std::min<qint64>(left.count(), atspi::requestTimeoutMs)));
+        if (reply.type() == QDBusMessage::ErrorMessage) {
+            if (reply.errorName() == u"org.freedesktop.DBus.Error.ServiceUnknown")
+                return {nullptr, noMenuBar, "the global menu"}; // no registrar on this desktop
+            continue;
+        }
+        const QVariantList answer = reply.arguments();
+        if (answer.size() < 2 || answer[0].metaType() != QMetaType::fromType<QString>() ||
+            answer[1].metaType() != QMetaType::fromType<QDBusObjectPath>())
+            continue;
+        const QString service = answer[0].toString();
+        const QString path = answer[1].value<QDBusObjectPath>().path();
+        if (service.isEmpty() || path.isEmpty() || path == u"/")
+            continue;
+        auto exporter = std::make_shared<Exporter>(Exporter{bus, service, path, budget});
+        if (auto root = exporter->layout(0, layoutLevels))
+            return {std::make_shared<Node>(exporter, std::move(*root)), menuBarFound,
+                    "the global menu"};
+    }
+    return {nullptr, budget.timedOut() ? requestTimedOut : noMenuBar, "the global menu"};
+}
+
+} // namespace corvane::dbusmenu
+
+std::shared_ptr<corvane::MenuSource> corvane::desktopMenuSources()
+{
+    return std::make_shared<FirstMenuSource>(QList<std::shared_ptr<MenuSource>>{
+        std::make_shared<atspi::MenuBarFinder>(), std::make_shared<dbusmenu::Source>()});
+}
