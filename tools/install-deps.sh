@@ -30,6 +30,8 @@ if [ "${1:-}" = "--tests" ]; then
     xcompmgr
     # The Wayland test session: a headless compositor, key input, Qt 5 applications on Wayland
     sway wtype qtwayland5
+    # A browser whose menus exist only in its global-menu export
+    chromium
     # The network and privacy check (system calls), the HTTPS update test (a certificate)
     strace openssl
     # Packaging, and the clean root the package test installs it into

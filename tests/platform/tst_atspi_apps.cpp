@@ -138,6 +138,7 @@ private Q_SLOTS:
     void commandLineMessages();
     void refreshDuringAReadHearsALaterChange();
     void qtApplicationOffTheBusThroughTheGlobalMenu();
+    void chromiumThroughTheGlobalMenu();
 
 private:
     RunningApp start(const QString& program, const QStringList& arguments);
@@ -491,6 +492,45 @@ void TestAtspiApps::qtApplicationOffTheBusThroughTheGlobalMenu()
     });
     QCOMPARE(pressed, PressOutcome::pressed);
     QTRY_VERIFY_WITH_TIMEOUT(windowNames(pid).contains("About FeatherPad"), 5000);
+}
+
+// Chromium has no menu bar in its window: its menus are in its DBusMenu, one per browser window,
+// exported while a registrar is on the bus. "New Window" from there opens a second window.
+void TestAtspiApps::chromiumThroughTheGlobalMenu()
+{
+    test::TestRegistrar registrar;
+    QVERIFY(registrar.start());
+    auto* chromium = new QProcess(this);
+    m_processes.append(chromium);
+    chromium->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    chromium->start("chromium", {"--no-sandbox", "--user-data-dir=" + m_dir.filePath("chromium"),
+                                 "--no-first-run", "--disable-gpu", "about:blank"});
+    QTRY_VERIFY_WITH_TIMEOUT(registrar.registrations() >= 1, 30000);
+    const qint64 pid = chromium->processId();
+    const RunningApp app = onCrawlThread([pid] { return AppIdentity::forProcess(pid); });
+    MenuCrawler sources(desktopMenuSources());
+    const auto read = onCrawlThread([&] { return sources.crawl(app); });
+    QVERIFY(read);
+    int commands = 0, withKeys = 0;
+    for (const MenuSection& section : read->sections)
+        for (const MenuCommand& c : section.commands) {
+            ++commands;
+            withKeys += !c.shortcut.key.isEmpty();
+        }
+    QVERIFY2(read->sections.size() >= 6 && commands >= 40 && withKeys >= 20,
+             qPrintable(QStringLiteral("%1 menus, %2 commands, %3 with keys")
+                            .arg(read->sections.size())
+                            .arg(commands)
+                            .arg(withKeys)));
+    const auto newWindow = find(*read, "File", "New window");
+    QVERIFY(newWindow);
+    QCOMPARE(newWindow->shortcut, (ShortcutKeys{{"Ctrl"}, "N"}));
+    const auto windows = [pid] { return windowNames(pid).count("Chromium"); };
+    const qsizetype before = windows();
+    QVERIFY(before >= 1);
+    QCOMPARE(onCrawlThread([&] { return sources.press(newWindow->path, pid); }),
+             PressOutcome::pressed);
+    QTRY_COMPARE_WITH_TIMEOUT(windows(), before + 1, 10000);
 }
 
 QTEST_GUILESS_MAIN(TestAtspiApps)
