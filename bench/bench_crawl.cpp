@@ -1,7 +1,8 @@
 // Crawl time of geany, mousepad, featherpad and the 3000-item GTK fixture: median of 10 crawls,
 // beside the pyatspi reference walker (reference_walker.py) reading the same trees in the same
 // run. Then, with a global-menu registrar on the bus, one featherpad read both ways: its window's
-// DBusMenu beside its (hidden) menu bar on the accessibility bus. Runs inside
+// DBusMenu beside its (hidden) menu bar on the accessibility bus, Chromium's DBusMenu, and kwrite's
+// published actions beside its menu bar. Runs inside
 // tools/test-session.sh. Prints `bench <name> <value> <unit>` lines.
 
 #include "ProcessFigures.h"
@@ -10,6 +11,7 @@
 #include "platform/linux/AppIdentity.h"
 #include "platform/linux/AtspiClient.h"
 #include "platform/linux/DBusMenu.h"
+#include "platform/linux/KdeActions.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -150,6 +152,54 @@ int globalMenu()
     return dbusItems > 0 && atspiItems > 0 && chromiumItems > 0 ? 0 : 1;
 }
 
+// kwrite on the accessibility bus, read through the actions its main window publishes beside its
+// menu bar on the accessibility bus (a different set: the actions of its editing part are not
+// published), 10 times each.
+int kdeActions()
+{
+    QProcess kwrite;
+    kwrite.setStandardOutputFile(QProcess::nullDevice());
+    kwrite.setStandardErrorFile(QProcess::nullDevice());
+    kwrite.start("kwrite", {});
+    kwrite.waitForStarted(10000);
+    const qint64 pid = kwrite.processId();
+    QElapsedTimer wait;
+    wait.start();
+    while (wait.elapsed() < 30000 && !onCrawlThread([pid] {
+               WalkBudget budget(std::chrono::seconds(3));
+               return atspi::MenuBarFinder().menuBar(pid, budget).node != nullptr;
+           }))
+        QThread::msleep(200);
+    const RunningApp app = onCrawlThread([pid] { return AppIdentity::forProcess(pid); });
+    const auto timed = [&](const std::shared_ptr<MenuSource>& source, int& items) {
+        std::vector<double> times;
+        for (int run = 0; run < 10; ++run)
+            times.push_back(onCrawlThread([&] {
+                QElapsedTimer timer;
+                timer.start();
+                const auto c = MenuCrawler(source).crawl(app);
+                items = 0;
+                if (c)
+                    for (const MenuSection& s : c->sections)
+                        items += int(s.commands.size());
+                return double(timer.nsecsElapsed()) / 1e6;
+            }));
+        return median(times);
+    };
+    int actionItems = 0, atspiItems = 0;
+    const double actions = timed(std::make_shared<kdeactions::Source>(), actionItems);
+    const double atspi = timed(std::make_shared<atspi::MenuBarFinder>(), atspiItems);
+    std::printf("bench crawl_kwrite_actions_ms %.2f ms\n", actions);
+    std::printf("bench crawl_kwrite_actions_items %d items\n", actionItems);
+    std::printf("bench crawl_kwrite_menubar_ms %.2f ms\n", atspi);
+    std::printf("bench crawl_kwrite_menubar_items %d items\n", atspiItems);
+    std::printf("bench crawl_kwrite_actions_speedup %.1f x\n", actions > 0 ? atspi / actions : 0.0);
+    std::fflush(stdout);
+    kwrite.kill();
+    kwrite.waitForFinished(5000);
+    return actionItems > 0 && atspiItems > 0 ? 0 : 1;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -265,5 +315,7 @@ int main(int argc, char* argv[])
     }
     if (only.isEmpty() || only.contains("globalmenu"))
         status |= globalMenu();
+    if (only.isEmpty() || only.contains("kdeactions"))
+        status |= kdeActions();
     return status;
 }

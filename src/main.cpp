@@ -5,6 +5,7 @@
 #include "app/SettingsWindow.h"
 #include "app/StatusMenuController.h"
 #include "app/Translations.h"
+#include "app/TriggerSettings.h"
 #include "platform/UserDefaults.h"
 #include "platform/linux/AccessibilitySwitch.h"
 #include "platform/linux/AppIdentity.h"
@@ -140,7 +141,12 @@ int main(int argc, char* argv[])
         {.monitors = *monitors,
          .workspace = *workspace,
          .trust = trust,
-         .menuSource = desktopMenuSources(),
+         // Read on the crawl thread through a settings object of its own.
+         .menuSource = desktopMenuSources([] {
+             return UserDefaults(UserDefaults::standardFilePath())
+                 .boolValue(TriggerSettings::readBrowserMenusKey)
+                 .value_or(false);
+         }),
          .beep = [] { QApplication::beep(); },
          // A Wayland compositor blends every window; none reads X11's blur hint.
          .isCompositing =

@@ -32,6 +32,8 @@ if [ "${1:-}" = "--tests" ]; then
     sway wtype qtwayland5
     # A browser whose menus exist only in its global-menu export
     chromium
+    # A KDE application, read through the actions it publishes on the session bus
+    kwrite
     # The network and privacy check (system calls), the HTTPS update test (a certificate)
     strace openssl
     # Packaging, and the clean root the package test installs it into

@@ -146,6 +146,57 @@
         <source>To peek with a key of your own, bind the command “corvane --peek” in your desktop&apos;s keyboard shortcuts.</source>
         <translation>Um mit einer eigenen Taste einzublenden, legen Sie den Befehl „corvane --peek“ in den Tastenkürzeln Ihres Desktops auf eine Taste.</translation>
     </message>
+    <message>
+        <source>Read browser menus</source>
+        <translation>Browsermenüs lesen</translation>
+    </message>
+    <message>
+        <source>Where the desktop has no global menu, Corvane stands in for one for a moment to read a Chromium-family browser&apos;s menus; a Qt application that starts in that moment shows no menu bar in its window until it restarts.</source>
+        <translation>Wo der Desktop kein globales Menü hat, springt Corvane kurz dafür ein, um die Menüs eines Chromium-Browsers zu lesen; eine Qt-Anwendung, die genau dann startet, zeigt in ihrem Fenster bis zum Neustart keine Menüleiste.</translation>
+    </message>
+</context>
+<context>
+    <name>KdeActions</name>
+    <message>
+        <source>File</source>
+        <translation>Datei</translation>
+    </message>
+    <message>
+        <source>Edit</source>
+        <translation>Bearbeiten</translation>
+    </message>
+    <message>
+        <source>View</source>
+        <translation>Ansicht</translation>
+    </message>
+    <message>
+        <source>Go</source>
+        <translation>Gehe zu</translation>
+    </message>
+    <message>
+        <source>Bookmarks</source>
+        <translation>Lesezeichen</translation>
+    </message>
+    <message>
+        <source>Tools</source>
+        <translation>Extras</translation>
+    </message>
+    <message>
+        <source>Settings</source>
+        <translation>Einstellungen</translation>
+    </message>
+    <message>
+        <source>Window</source>
+        <translation>Fenster</translation>
+    </message>
+    <message>
+        <source>Help</source>
+        <translation>Hilfe</translation>
+    </message>
+    <message>
+        <source>Other</source>
+        <translation>Weitere</translation>
+    </message>
 </context>
 <context>
     <name>OverlayRoot</name>

@@ -144,7 +144,58 @@
     </message>
     <message>
         <source>To peek with a key of your own, bind the command “corvane --peek” in your desktop&apos;s keyboard shortcuts.</source>
-        <translation>Pour afficher avec une touche de votre choix, associez la commande « corvane --peek » à un raccourci clavier de votre bureau.</translation>
+        <translation>Pour afficher avec une touche de votre choix, associez la commande «&#xa0;corvane --peek&#xa0;» à un raccourci clavier de votre bureau.</translation>
+    </message>
+    <message>
+        <source>Read browser menus</source>
+        <translation>Lire les menus des navigateurs</translation>
+    </message>
+    <message>
+        <source>Where the desktop has no global menu, Corvane stands in for one for a moment to read a Chromium-family browser&apos;s menus; a Qt application that starts in that moment shows no menu bar in its window until it restarts.</source>
+        <translation>Là où le bureau n&apos;a pas de menu global, Corvane en tient lieu un instant pour lire les menus d&apos;un navigateur de la famille Chromium ; une application Qt qui démarre à cet instant n&apos;affiche plus de barre de menus dans sa fenêtre jusqu&apos;à son redémarrage.</translation>
+    </message>
+</context>
+<context>
+    <name>KdeActions</name>
+    <message>
+        <source>File</source>
+        <translation>Fichier</translation>
+    </message>
+    <message>
+        <source>Edit</source>
+        <translation>Édition</translation>
+    </message>
+    <message>
+        <source>View</source>
+        <translation>Affichage</translation>
+    </message>
+    <message>
+        <source>Go</source>
+        <translation>Aller à</translation>
+    </message>
+    <message>
+        <source>Bookmarks</source>
+        <translation>Signets</translation>
+    </message>
+    <message>
+        <source>Tools</source>
+        <translation>Outils</translation>
+    </message>
+    <message>
+        <source>Settings</source>
+        <translation>Configuration</translation>
+    </message>
+    <message>
+        <source>Window</source>
+        <translation>Fenêtre</translation>
+    </message>
+    <message>
+        <source>Help</source>
+        <translation>Aide</translation>
+    </message>
+    <message>
+        <source>Other</source>
+        <translation>Autres</translation>
     </message>
 </context>
 <context>

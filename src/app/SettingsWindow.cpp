@@ -123,6 +123,17 @@ void GeneralPaneModel::setRememberCommands(bool remember)
               &GeneralPaneModel::rememberCommandsChanged);
 }
 
+bool GeneralPaneModel::readBrowserMenus() const
+{
+    return m_defaults.boolValue(TriggerSettings::readBrowserMenusKey).value_or(false);
+}
+
+void GeneralPaneModel::setReadBrowserMenus(bool read)
+{
+    storeBool(TriggerSettings::readBrowserMenusKey, read,
+              &GeneralPaneModel::readBrowserMenusChanged);
+}
+
 void GeneralPaneModel::forgetHistory()
 {
     CommandHistory(m_defaults).forgetAll();
@@ -196,6 +207,7 @@ void GeneralPaneModel::reload()
     Q_EMIT glassyBackgroundChanged();
     Q_EMIT launchAtLoginChanged();
     Q_EMIT rememberCommandsChanged();
+    Q_EMIT readBrowserMenusChanged();
     Q_EMIT excludedApplicationsChanged();
 }
 

@@ -30,6 +30,8 @@ class GeneralPaneModel : public QObject {
     Q_PROPERTY(bool trusted READ trusted NOTIFY trustedChanged)
     Q_PROPERTY(bool rememberCommands READ rememberCommands WRITE setRememberCommands NOTIFY
                    rememberCommandsChanged)
+    Q_PROPERTY(bool readBrowserMenus READ readBrowserMenus WRITE setReadBrowserMenus NOTIFY
+                   readBrowserMenusChanged)
     // The applications where holding does nothing: {appId, name, icon} maps, in stored order.
     Q_PROPERTY(QVariantList excludedApplications READ excludedApplications NOTIFY
                    excludedApplicationsChanged)
@@ -50,6 +52,7 @@ public:
     bool launchAtLogin() const { return m_launchAtLogin; }
     bool trusted() const { return m_permission.trusted(); }
     bool rememberCommands() const;
+    bool readBrowserMenus() const;
     QVariantList excludedApplications() const;
 
     // Each stores the value at once; a value the store refuses is not kept, and the control
@@ -62,6 +65,7 @@ public:
     // A failed change silently shows the real state again.
     void setLaunchAtLogin(bool enabled);
     void setRememberCommands(bool remember);
+    void setReadBrowserMenus(bool read);
 
     // "Forget…", once confirmed: every application's history of run commands.
     Q_INVOKABLE void forgetHistory();
@@ -85,6 +89,7 @@ Q_SIGNALS:
     void launchAtLoginChanged();
     void trustedChanged();
     void rememberCommandsChanged();
+    void readBrowserMenusChanged();
     void excludedApplicationsChanged();
 
 private:

@@ -15,6 +15,7 @@ void registerDefaults(UserDefaults& defaults)
         {showItemsWithoutShortcutKey, true},
         {glassyBackgroundKey, true},
         {rememberCommandsKey, true},
+        {readBrowserMenusKey, false},
     });
 }
 

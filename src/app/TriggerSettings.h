@@ -20,6 +20,9 @@ inline const QString showDisabledItemsKey = QStringLiteral("showDisabledItems");
 inline const QString showItemsWithoutShortcutKey = QStringLiteral("showItemsWithoutShortcut");
 inline const QString glassyBackgroundKey = QStringLiteral("glassyBackground");
 inline const QString rememberCommandsKey = QStringLiteral("rememberCommands");
+// Off unless the user switches it on: Chromium-family browsers are read by borrowing the global
+// menu registrar's name for a moment where the desktop runs none.
+inline const QString readBrowserMenusKey = QStringLiteral("readBrowserMenus");
 // The application ids where holding the trigger never arms.
 inline const QString excludedApplicationsKey = QStringLiteral("excludedApplications");
 

@@ -168,6 +168,17 @@ WindowSurface {
             Footer {
                 text: qsTr("Commands you run often and lately come first in search and in a Recent card.")
             }
+            Group {
+                ToggleRow {
+                    toggleName: "readBrowserMenusToggle"
+                    text: qsTr("Read browser menus")
+                    checked: root.model.readBrowserMenus
+                    onToggled: checked => root.model.readBrowserMenus = checked
+                }
+            }
+            Footer {
+                text: qsTr("Where the desktop has no global menu, Corvane stands in for one for a moment to read a Chromium-family browser's menus; a Qt application that starts in that moment shows no menu bar in its window until it restarts.")
+            }
 
             // Where holding the trigger does nothing.
             SectionHeader { text: qsTr("Don't peek in:") }

@@ -2,15 +2,22 @@
 
 #include "AppIdentity.h"
 #include "AtspiClient.h"
+#include "KdeActions.h"
 #include "menus/MenuWalk.h"
 #include "shortcuts/ShortcutDisplay.h"
 
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusVariant>
+#include <QDBusVirtualObject>
+#include <QElapsedTimer>
+#include <QFileInfo>
 #include <QLoggingCategory>
+#include <QMutex>
+#include <QThread>
 
 namespace corvane::dbusmenu {
 
@@ -19,6 +26,8 @@ namespace {
 Q_LOGGING_CATEGORY(lcMenu, "com.vantorel.corvane.dbusmenu")
 
 const QString layoutSignature = QStringLiteral("(ia{sv}av)");
+const QString registrarService = QStringLiteral("com.canonical.AppMenu.Registrar");
+const QString registrarPath = QStringLiteral("/com/canonical/AppMenu/Registrar");
 const QString menuInterface = QStringLiteral("com.canonical.dbusmenu");
 
 // The item's children, one level deeper than its own, below the depth limit: menu bar, menus,
@@ -150,6 +159,74 @@ private:
     Item m_item;
 };
 
+// The registrar's part while the name is borrowed: notes each RegisterWindow, answers every call.
+class BorrowedRegistrar : public QDBusVirtualObject {
+public:
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override
+    {
+        if (message.member() == u"RegisterWindow" && message.signature() == u"uo") {
+            const QMutexLocker locker(&lock);
+            windows.insert(
+                message.arguments().at(0).toUInt(),
+                {message.service(), message.arguments().at(1).value<QDBusObjectPath>().path()});
+        }
+        connection.send(message.createReply());
+        return true;
+    }
+    QString introspect(const QString&) const override
+    {
+        return QStringLiteral("<interface name=\"com.canonical.AppMenu.Registrar\">"
+                              "<method name=\"RegisterWindow\"><arg type=\"u\" direction=\"in\"/>"
+                              "<arg type=\"o\" direction=\"in\"/></method></interface>");
+    }
+    std::optional<std::pair<QString, QString>> find(const QList<quint32>& ids)
+    {
+        const QMutexLocker locker(&lock);
+        for (const quint32 id : ids)
+            if (const auto it = windows.constFind(id); it != windows.constEnd())
+                return *it;
+        return std::nullopt;
+    }
+
+private:
+    QMutex lock;
+    QHash<quint32, std::pair<QString, QString>> windows;
+};
+
+// Owns the registrar's name for at most `limit` (less once one of `windowIds` registered) and
+// returns where that window's menu is exported.
+std::optional<std::pair<QString, QString>> borrowRegistrar(const QList<quint32>& windowIds,
+                                                           std::chrono::milliseconds limit)
+{
+    const QString address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+    if (address.isEmpty())
+        return std::nullopt;
+    const QString name = QStringLiteral("corvane-borrowed-registrar");
+    std::optional<std::pair<QString, QString>> found;
+    {
+        QDBusConnection bus = QDBusConnection::connectToBus(address, name);
+        // Its own thread: the crawl thread waits below, and the object answers meanwhile.
+        QThread thread;
+        BorrowedRegistrar registrar;
+        registrar.moveToThread(&thread);
+        thread.start();
+        if (bus.registerVirtualObject(registrarPath, &registrar) &&
+            bus.registerService(registrarService)) {
+            qCInfo(lcMenu, "dbusmenu: the registrar's name is borrowed for a browser's menus");
+            QElapsedTimer waited;
+            waited.start();
+            while (!(found = registrar.find(windowIds)) && waited.elapsed() < limit.count())
+                QThread::msleep(2);
+            bus.unregisterService(registrarService);
+        }
+        bus.unregisterObject(registrarPath);
+        thread.quit();
+        thread.wait();
+    }
+    QDBusConnection::disconnectFromBus(name);
+    return found;
+}
+
 } // namespace
 
 std::optional<Item> readLayout(const QDBusArgument& argument, int& itemsLeft, int levels)
@@ -203,12 +280,20 @@ QString plainLabel(const QString& label)
     return plain;
 }
 
+bool isChromiumBrowser(qint64 pid)
+{
+    static const QStringList programs{"chromium",      "chrome",      "google-chrome", "brave",
+                                      "brave-browser", "vivaldi-bin", "msedge",        "opera"};
+    return programs.contains(QFileInfo(AppIdentity::executableOf(pid)).fileName());
+}
+
 MenuSource::MenuBar Source::menuBar(qint64 pid, WalkBudget& budget)
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return {nullptr, busUnavailable, "the global menu"};
-    for (const quint32 window : AppIdentity::topLevelWindows(pid)) {
+    const QList<quint32> windows = AppIdentity::topLevelWindows(pid);
+    for (const quint32 window : windows) {
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
             budget.deadline() - WalkBudget::Clock::now());
         if (budget.exhausted())
@@ -222,7 +307,7 @@ MenuSource::MenuBar Source::menuBar(qint64 pid, WalkBudget& budget)
             request, QDBus::Block, int(std::min<qint64>(left.count(), atspi::requestTimeoutMs)));
         if (reply.type() == QDBusMessage::ErrorMessage) {
             if (reply.errorName() == u"org.freedesktop.DBus.Error.ServiceUnknown")
-                return {nullptr, noMenuBar, "the global menu"}; // no registrar on this desktop
+                break; // no registrar on this desktop
             continue;
         }
         const QVariantList answer = reply.arguments();
@@ -237,14 +322,29 @@ MenuSource::MenuBar Source::menuBar(qint64 pid, WalkBudget& budget)
         if (auto root = exporter->layout(0, layoutLevels))
             return {std::make_shared<Node>(exporter, std::move(*root)), menuBarFound,
                     "the global menu"};
+        return {nullptr, budget.timedOut() ? requestTimedOut : noMenuBar, "the global menu"};
+    }
+    const bool registrarRuns = bus.interface()->isServiceRegistered(registrarService);
+    if (!windows.isEmpty() && !registrarRuns && !budget.exhausted() && isChromiumBrowser(pid) &&
+        m_mayBorrowRegistrar()) {
+        if (const auto found = borrowRegistrar(windows, std::chrono::milliseconds(200))) {
+            auto exporter =
+                std::make_shared<Exporter>(Exporter{bus, found->first, found->second, budget});
+            if (auto root = exporter->layout(0, layoutLevels))
+                return {std::make_shared<Node>(exporter, std::move(*root)), menuBarFound,
+                        "the browser's menus"};
+        }
     }
     return {nullptr, budget.timedOut() ? requestTimedOut : noMenuBar, "the global menu"};
 }
 
 } // namespace corvane::dbusmenu
 
-std::shared_ptr<corvane::MenuSource> corvane::desktopMenuSources()
+std::shared_ptr<corvane::MenuSource>
+corvane::desktopMenuSources(std::function<bool()> mayBorrowRegistrar)
 {
     return std::make_shared<FirstMenuSource>(QList<std::shared_ptr<MenuSource>>{
-        std::make_shared<atspi::MenuBarFinder>(), std::make_shared<dbusmenu::Source>()});
+        std::make_shared<atspi::MenuBarFinder>(),
+        std::make_shared<dbusmenu::Source>(std::move(mayBorrowRegistrar)),
+        std::make_shared<kdeactions::Source>()});
 }

@@ -38,15 +38,31 @@ QString plainLabel(const QString& label);
 
 // The front window's DBusMenu through the registrar on the session bus (X11: the process's
 // top-level windows are asked for in turn).
+//
+// Where no registrar runs and `mayBorrowRegistrar` says so (the user's "Read browser menus"), a
+// Chromium-family browser is read all the same: Corvane owns the registrar's name for a few
+// milliseconds on a connection of its own, notes the windows the browser registers (it does within
+// 1–2 ms of the name appearing), lets the name go, and reads those menus directly (they stay
+// exported). The price: a Qt application that starts in those milliseconds takes the menu bar out
+// of its window.
 class Source : public MenuSource {
 public:
+    explicit Source(std::function<bool()> mayBorrowRegistrar = [] { return false; })
+        : m_mayBorrowRegistrar(std::move(mayBorrowRegistrar))
+    {}
     MenuBar menuBar(qint64 pid, WalkBudget& budget) override;
+
+private:
+    std::function<bool()> m_mayBorrowRegistrar;
 };
+
+// Whether the process runs a Chromium-family browser (by its program's file name).
+bool isChromiumBrowser(qint64 pid);
 
 } // namespace corvane::dbusmenu
 
 namespace corvane {
 // Every source of an application's menus, in the order they are asked: its menu bar on the
-// accessibility bus (also a hidden one), then its window's DBusMenu.
-std::shared_ptr<MenuSource> desktopMenuSources();
+// accessibility bus (also a hidden one), its window's DBusMenu, then a KDE application's actions.
+std::shared_ptr<MenuSource> desktopMenuSources(std::function<bool()> mayBorrowRegistrar);
 } // namespace corvane
