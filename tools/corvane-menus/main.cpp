@@ -57,6 +57,10 @@ Target findTarget(const QString& which)
         if (isPid || app.appId == which)
             return {app, {}};
     }
+    // Off the accessibility bus, an application with a window may still be read another way.
+    for (const RunningApp& app : AppIdentity::runningApplications(0))
+        if ((isPid && app.pid == pid) || (!isPid && app.appId == which))
+            return {isPid ? AppIdentity::forProcess(pid) : app, {}};
     return {{},
             QStringLiteral(
                 "no application %1 %2 is on the accessibility bus (is it running, and was it "
@@ -81,19 +85,29 @@ int list(QTextStream& out)
                .arg("APPLICATION ID", -32)
                .arg("NAME", -24)
                .arg("MENU BAR");
-    atspi::MenuBarFinder finder;
-    for (const atspi::ApplicationEntry& entry : atspi::applications(session)) {
-        const RunningApp app = AppIdentity::forProcess(entry.pid, entry.name);
+    const auto sources = desktopMenuSources([] { return false; });
+    QList<qint64> listed;
+    const auto row = [&](qint64 pid, const RunningApp& app) {
         WalkBudget perApp(MenuCrawler::crawlDeadline);
-        const auto bar = finder.menuBar(entry.pid, perApp);
+        const auto bar = sources->menuBar(pid, perApp);
+        QString found = QStringLiteral("no (%1)").arg(describe(MenuBarError(bar.error)));
+        if (bar.node)
+            found = qstrcmp(bar.source, "accessibility") == 0
+                        ? QStringLiteral("yes")
+                        : QStringLiteral("yes, through %1").arg(QLatin1String(bar.source));
         out << QStringLiteral("%1  %2  %3  %4\n")
-                   .arg(entry.pid, -7)
+                   .arg(pid, -7)
                    .arg(app.appId.value_or(QStringLiteral("-")), -32)
                    .arg(app.name, -24)
-                   .arg(bar.node
-                            ? QStringLiteral("yes")
-                            : QStringLiteral("no (%1)").arg(describe(MenuBarError(bar.error))));
-    }
+                   .arg(found);
+        listed << pid;
+    };
+    for (const atspi::ApplicationEntry& entry : atspi::applications(session))
+        row(entry.pid, AppIdentity::forProcess(entry.pid, entry.name));
+    // Applications with a window that are not on the accessibility bus.
+    for (const RunningApp& app : AppIdentity::runningApplications(0))
+        if (!listed.contains(app.pid))
+            row(app.pid, app);
     return ok;
 }
 

@@ -23,7 +23,7 @@ namespace corvane::dbusmenu {
 
 namespace {
 
-Q_LOGGING_CATEGORY(lcMenu, "com.vantorel.corvane.dbusmenu")
+Q_LOGGING_CATEGORY(lcMenu, "com.vantorel.corvane.dbusmenu", QtInfoMsg)
 
 const QString layoutSignature = QStringLiteral("(ia{sv}av)");
 const QString registrarService = QStringLiteral("com.canonical.AppMenu.Registrar");

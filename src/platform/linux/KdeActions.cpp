@@ -19,7 +19,7 @@ namespace corvane::kdeactions {
 
 namespace {
 
-Q_LOGGING_CATEGORY(lcActions, "com.vantorel.corvane.kdeactions")
+Q_LOGGING_CATEGORY(lcActions, "com.vantorel.corvane.kdeactions", QtInfoMsg)
 
 const QString actionInterface = QStringLiteral("org.qtproject.Qt.QAction");
 constexpr const char* sourceName = "the application's actions";
@@ -269,8 +269,8 @@ MenuSource::MenuBar Source::menuBar(qint64 pid, WalkBudget& budget)
             order.removeAll(menu);
         }
     }
-    qCDebug(lcActions, "kde actions: %ld of %ld actions from %s", long(names.size()),
-            long(calls.size()), qUtf8Printable(actionsPath));
+    qCDebug(lcActions, "kde actions: %ld published under %s", long(names.size()),
+            qUtf8Printable(actionsPath));
     if (bar->items.isEmpty())
         return {nullptr, budget.timedOut() ? requestTimedOut : noMenuBar, sourceName};
     return {bar, menuBarFound, sourceName};
