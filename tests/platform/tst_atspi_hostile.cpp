@@ -2,20 +2,33 @@
 // corvane-fixture-hostile serves a cycle, 100 000 items, menus 50 deep, 1 MB titles, values of
 // the wrong D-Bus type, a 5-second sleeper and a process that vanishes mid-crawl. Each crawl
 // ends within the item cap, the depth limit and the crawl deadline, with its memory bounded
-// (the peak resident growth of this process during the crawl), and nothing crashes.
+// (the peak resident growth of this process during the crawl), and nothing crashes. The same for
+// a window's global menu (DBusMenu) exported by a broken exporter: huge, deep, wrongly typed,
+// frozen.
 
 #include "CrawlThread.h"
 #include "SessionTools.h"
+#include "TestRegistrar.h"
 #include "menus/MenuCrawler.h"
+#include "platform/linux/AppIdentity.h"
 #include "platform/linux/AtspiClient.h"
+#include "platform/linux/DBusMenu.h"
 #include "shortcuts/ShortcutDisplay.h"
 
+#include <QDBusArgument>
+#include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusPendingCall>
+#include <QDBusVariant>
+#include <QDBusVirtualObject>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QTest>
+#include <QThread>
 
 using namespace corvane;
 using test::onCrawlThread;
@@ -71,6 +84,88 @@ QStringList leafTitles(const MenuCatalog& catalog)
     return titles;
 }
 
+// An item of a DBusMenu layout, (ia{sv}av), with `children` written by the callback.
+QDBusArgument layoutItem(int id, const QVariantMap& properties,
+                         const std::function<void(QList<QDBusVariant>&)>& children = {})
+{
+    QList<QDBusVariant> kids;
+    if (children)
+        children(kids);
+    QDBusArgument item;
+    item.beginStructure();
+    item << id << properties;
+    item.beginArray(QMetaType::fromType<QDBusVariant>());
+    for (const QDBusVariant& kid : std::as_const(kids))
+        item << kid;
+    item.endArray();
+    item.endStructure();
+    return item;
+}
+
+QDBusVariant wrapped(const QDBusArgument& item)
+{
+    return QDBusVariant(QVariant::fromValue(item));
+}
+
+// A menu exporter gone wrong, on a connection and a thread of its own: every GetLayout gets the
+// `kind` of layout; "frozen" answers nothing for 5 s.
+class HostileExporter : public QDBusVirtualObject {
+public:
+    QString kind;
+
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override
+    {
+        if (message.member() != u"GetLayout") {
+            connection.send(message.createReply());
+            return true;
+        }
+        if (kind == u"frozen")
+            QThread::sleep(5);
+        const auto menu = [](const QString& label, int id, auto fill) {
+            return wrapped(
+                layoutItem(id, {{"label", label}, {"children-display", "submenu"}}, fill));
+        };
+        QDBusArgument root;
+        if (kind == u"wide") { // 20 000 items in one menu
+            root = layoutItem(0, {}, [&](QList<QDBusVariant>& bar) {
+                bar << menu("Wide", 1, [](QList<QDBusVariant>& items) {
+                    for (int i = 0; i < 20000; ++i)
+                        items << wrapped(layoutItem(i + 2, {{"label", QString::number(i)}}));
+                });
+            });
+        } else if (kind == u"deep") { // 12 levels (a message nests at most 64 containers)
+            std::function<QDBusVariant(int)> level = [&](int depth) {
+                return menu(QStringLiteral("Level %1").arg(depth), depth + 1,
+                            [&](QList<QDBusVariant>& items) {
+                                items << wrapped(
+                                    layoutItem(100 + depth,
+                                               {{"label", QStringLiteral("Item %1").arg(depth)}}));
+                                if (depth < 12)
+                                    items << level(depth + 1);
+                            });
+            };
+            root = layoutItem(0, {}, [&](QList<QDBusVariant>& bar) { bar << level(0); });
+        } else { // values of the wrong types beside one well-typed item
+            root = layoutItem(0, {}, [&](QList<QDBusVariant>& bar) {
+                bar << menu("Types", 1, [](QList<QDBusVariant>& items) {
+                    items << wrapped(layoutItem(2, {{"label", 42}}))
+                          << wrapped(layoutItem(3, {{"label", "Enabled"}, {"enabled", "no"}}))
+                          << wrapped(layoutItem(4, {{"label", "Keys"}, {"shortcut", "Ctrl+K"}}))
+                          << QDBusVariant(QStringLiteral("not an item"))
+                          << wrapped(layoutItem(
+                                 5, {{"label", "Go"},
+                                     {"shortcut",
+                                      QVariant::fromValue(QList<QStringList>{{"Control", "g"}})}}))
+                          << wrapped(layoutItem(6, {{"label", "Hidden"}, {"visible", false}}));
+                });
+            });
+        }
+        connection.send(message.createReply({1u, QVariant::fromValue(root)}));
+        return true;
+    }
+    QString introspect(const QString&) const override { return {}; }
+};
+
 } // namespace
 
 class TestAtspiHostile : public QObject {
@@ -87,6 +182,8 @@ private Q_SLOTS:
     void sleeperEndsAtTheFirstTimeOutAndHoldsNobodyUp();
     void vanishingApplicationEndsTheCrawl();
     void applicationsTheRegistryDoesNotList();
+    void hostileGlobalMenus_data();
+    void hostileGlobalMenus();
     void cleanupTestCase() { QCOMPARE(atspi::mainThreadRequestCount(), 0); }
 
 private:
@@ -314,6 +411,82 @@ void TestAtspiHostile::applicationsTheRegistryDoesNotList()
     const Outcome outcome = crawl(unregistered);
     QVERIFY(outcome.catalog);
     QCOMPARE(leafTitles(*outcome.catalog).size(), 5);
+}
+
+void TestAtspiHostile::hostileGlobalMenus_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QStringList>("commands"); // the catalog's commands; "" for none
+    QTest::newRow("20 000 items") << "wide" << QStringList{};
+    QTest::newRow("12 levels") << "deep"
+                               << QStringList{
+                                      "Level 0/Item 0  enabled", "Level 0/Level 1/Item 1  enabled",
+                                      "Level 0/Level 1/Level 2/Item 2  enabled",
+                                      "Level 0/Level 1/Level 2/Level 3/Item 3  enabled",
+                                      "Level 0/Level 1/Level 2/Level 3/Level 4/Item 4  enabled"};
+    QTest::newRow("wrong types") << "types"
+                                 << QStringList{"Types/Enabled  enabled", "Types/Keys  enabled",
+                                                "Types/Go Ctrl+G enabled"};
+    QTest::newRow("frozen") << "frozen" << QStringList{};
+}
+
+// A window's menu exported by a broken exporter, found through the registrar: each read ends
+// within the item cap, the depth limit and the first time-out, keeps what is well-typed, and
+// nothing crashes.
+void TestAtspiHostile::hostileGlobalMenus()
+{
+    QFETCH(QString, kind);
+    QFETCH(QStringList, commands);
+    qDBusRegisterMetaType<QList<QStringList>>();
+    test::Programs programs;
+    const qint64 window = programs.startWithWindow(FIXTURE_GTK, {}, "fixture");
+    test::TestRegistrar registrar;
+    QVERIFY(registrar.start());
+    QDBusConnection exporterBus = QDBusConnection::connectToBus(
+        qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), "hostile-exporter");
+    const auto disconnect =
+        qScopeGuard([] { QDBusConnection::disconnectFromBus("hostile-exporter"); });
+    QThread thread;
+    HostileExporter exporter;
+    exporter.kind = kind;
+    exporter.moveToThread(&thread);
+    thread.start();
+    const auto stop = qScopeGuard([&] {
+        exporterBus.unregisterObject("/menu");
+        thread.quit();
+        thread.wait();
+    });
+    QVERIFY(exporterBus.registerVirtualObject("/menu", &exporter));
+    const QList<quint32> windows = AppIdentity::topLevelWindows(window);
+    QVERIFY(!windows.isEmpty());
+    QDBusMessage registration = QDBusMessage::createMethodCall(
+        "com.canonical.AppMenu.Registrar", "/com/canonical/AppMenu/Registrar",
+        "com.canonical.AppMenu.Registrar", "RegisterWindow");
+    registration.setArguments({windows.first(), QVariant::fromValue(QDBusObjectPath("/menu"))});
+    exporterBus.asyncCall(registration);
+    QTRY_COMPARE(registrar.registrations(), 1);
+
+    const RunningApp app = onCrawlThread([window] { return AppIdentity::forProcess(window); });
+    QElapsedTimer timer;
+    timer.start();
+    const auto catalog =
+        onCrawlThread([&] { return MenuCrawler(std::make_shared<dbusmenu::Source>()).crawl(app); });
+    QVERIFY2(timer.elapsed() < (kind == u"frozen" ? 1500 : deadlineMs),
+             qPrintable(QString::number(timer.elapsed())));
+    if (kind == u"wide") {
+        QVERIFY(catalog && leafTitles(*catalog).size() == MenuWalk::itemCap);
+        return;
+    }
+    QStringList got;
+    if (catalog)
+        for (const MenuSection& section : catalog->sections)
+            for (const MenuCommand& c : section.commands)
+                got << c.titles().join(u'/') + u' ' +
+                           (c.shortcut.key.isEmpty()
+                                ? QString()
+                                : (c.shortcut.modifiers + QStringList{c.shortcut.key}).join(u'+')) +
+                           (c.enabled ? " enabled" : "");
+    QCOMPARE(got, commands);
 }
 
 QTEST_MAIN(TestAtspiHostile)
