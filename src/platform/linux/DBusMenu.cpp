@@ -114,9 +114,15 @@ public:
             return nullptr;
         if (m_item.children.isEmpty()) {
             // Filled when it opens: announce that, then read it again.
+            m_exporter->call(QStringLiteral("Event"),
+                             {m_item.id, QStringLiteral("opened"),
+                              QVariant::fromValue(QDBusVariant(QString())), 0u});
             m_exporter->call(QStringLiteral("AboutToShow"), {m_item.id});
             if (auto again = m_exporter->layout(m_item.id, MenuWalk::depthLimit))
                 m_item.children = again->children;
+            m_exporter->call(QStringLiteral("Event"),
+                             {m_item.id, QStringLiteral("closed"),
+                              QVariant::fromValue(QDBusVariant(QString())), 0u});
         }
         return shared_from_this();
     }
