@@ -54,11 +54,21 @@ CrawlQueue& MenuCrawler::queue()
 
 MenuSource::MenuBar FirstMenuSource::menuBar(qint64 pid, WalkBudget& budget)
 {
+    QList<qsizetype> order;
+    if (const auto last = m_lastFound.constFind(pid); last != m_lastFound.constEnd())
+        order << *last;
+    for (qsizetype i = 0; i < m_sources.size(); ++i)
+        if (!order.contains(i))
+            order << i;
     MenuBar first;
-    for (qsizetype i = 0; i < m_sources.size() && !budget.exhausted(); ++i) {
+    for (const qsizetype i : std::as_const(order)) {
+        if (budget.exhausted())
+            break;
         MenuBar bar = m_sources[i]->menuBar(pid, budget);
-        if (bar.node)
+        if (bar.node) {
+            m_lastFound.insert(pid, i);
             return bar;
+        }
         if (i == 0)
             first = bar;
     }

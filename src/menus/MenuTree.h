@@ -6,6 +6,7 @@
 
 #include "MenuCatalog.h"
 
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <chrono>
@@ -85,7 +86,9 @@ public:
 };
 
 // Several sources asked in order within one budget: the first menu bar found wins. Without one,
-// the first source's answer stands (it says best why an application could not be read).
+// the first source's answer stands (it says best why an application could not be read). A
+// process is asked first where its menus were last found, so that its commands, their ids and a
+// press keep to one source.
 class FirstMenuSource : public MenuSource {
 public:
     explicit FirstMenuSource(QList<std::shared_ptr<MenuSource>> sources)
@@ -95,6 +98,7 @@ public:
 
 private:
     QList<std::shared_ptr<MenuSource>> m_sources;
+    QHash<qint64, qsizetype> m_lastFound; // used on the crawl thread only
 };
 
 } // namespace corvane

@@ -7,6 +7,7 @@
 #include "menus/FavoritesStore.h"
 #include "menus/MenuCatalogCache.h"
 #include "menus/MenuCatalogJson.h"
+#include "menus/MenuCrawler.h"
 #include "menus/MenuWalk.h"
 #include "platform/UserDefaults.h"
 
@@ -62,6 +63,7 @@ private Q_SLOTS:
     void cacheReplacesWholeCatalogsAcrossThreads();
     void favorites();
     void history();
+    void sourcesAskedInOrderAndKeptPerProcess();
 
 private:
     QTemporaryDir m_dir;
@@ -339,6 +341,35 @@ void TestMenus::history()
     UserDefaults reread(defaults.filePath());
     QVERIFY(reread.keys("history.").isEmpty());
     QCOMPARE(reread.stringList("favorites.app"), QStringList{"copy"});
+}
+
+void TestMenus::sourcesAskedInOrderAndKeptPerProcess()
+{
+    // A source whose menu bar (its one menu named after it) can come and go.
+    struct Source : MenuSource {
+        QString name;
+        bool has = true;
+        MenuBar menuBar(qint64, WalkBudget&) override
+        {
+            return {has ? test::menuBar(name + "{Item}") : nullptr, has ? 0 : int(noMenuBar)};
+        }
+    };
+    auto first = std::make_shared<Source>(), second = std::make_shared<Source>();
+    first->name = "First";
+    second->name = "Second";
+    first->has = false;
+    FirstMenuSource sources({first, second});
+    const auto read = [&sources](qint64 pid) {
+        WalkBudget budget(std::chrono::seconds(1));
+        const auto bar = sources.menuBar(pid, budget);
+        return bar.node ? *bar.node->children().value(0)->title() : QString::number(bar.error);
+    };
+    QCOMPARE(read(1), "Second");
+    first->has = true;
+    QCOMPARE(read(1), "Second"); // where it was found before
+    QCOMPARE(read(2), "First");  // another process: in order
+    first->has = second->has = false;
+    QCOMPARE(read(1), QString::number(noMenuBar)); // the first source's answer
 }
 
 QTEST_GUILESS_MAIN(TestMenus)
