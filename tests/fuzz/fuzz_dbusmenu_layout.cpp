@@ -1,8 +1,8 @@
 // A DBusMenu layout as any exporter may send it, read as Corvane reads one: the input is a recipe
-// for a layout (items nested up to 20 deep, any number of children, labels, flags and shortcuts
-// of the right type or of another, children that are no items), which an exporter on an
-// in-process peer connection sends as its GetLayout reply. Never crashes; never keeps more items
-// than it may.
+// for a layout (items nested up to 10 deep, as deep as a message's 64 nested containers allow, any
+// number of children, labels, flags and shortcuts of the right type or of another, children that
+// are no items), which an exporter on an in-process peer connection sends as its GetLayout reply.
+// Never crashes; never keeps more items than it may.
 
 #include "FuzzInput.h"
 #include "platform/linux/DBusMenu.h"
@@ -60,7 +60,7 @@ QDBusArgument item(Recipe& recipe, int depth, int& budget)
         properties.insert("label", "Menu");
         properties.insert("children-display", "submenu");
     }
-    const int children = depth < 20 ? recipe.next() % 6 : 0;
+    const int children = depth < 10 ? recipe.next() % 6 : 0;
     QDBusArgument argument;
     argument.beginStructure();
     argument << int(recipe.next()) << properties;
@@ -105,7 +105,9 @@ Harness& harness()
         new QCoreApplication(argc, argv);
         qDBusRegisterMetaType<QList<QStringList>>();
         auto* made = new Harness;
-        made->server = new QDBusServer(QStringLiteral("unix:tmpdir=/tmp"));
+        // An abstract socket: nothing is left in the file system.
+        made->server = new QDBusServer(QStringLiteral("unix:abstract=corvane-fuzz-%1")
+                                           .arg(QCoreApplication::applicationPid()));
         QObject::connect(
             made->server, &QDBusServer::newConnection, [made](const QDBusConnection& connection) {
                 QDBusConnection(connection).registerVirtualObject("/menu", &made->exporter);
@@ -132,6 +134,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
     const QDBusMessage reply = call.reply();
     fuzz::require(reply.type() == QDBusMessage::ReplyMessage, "the exporter answers");
+    fuzz::require(reply.signature() == u"u(ia{sv}av)", "the reply is a layout");
     int itemsLeft = 1000;
     const auto layout =
         dbusmenu::readLayout(reply.arguments().value(1).value<QDBusArgument>(), itemsLeft, 8);
