@@ -84,6 +84,8 @@ QString OverlayViewModel::unreadableText() const
 void OverlayViewModel::setHistory(const CommandFilter::HistoryWeights& weights,
                                   const QStringList& recent)
 {
+    if (weights == m_historyWeights && recent == m_recentOrder)
+        return; // another peek at the same application, nothing run since
     m_historyWeights = weights;
     m_recentOrder = recent;
     Q_EMIT historyChanged();

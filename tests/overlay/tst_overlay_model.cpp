@@ -155,6 +155,15 @@ void TestOverlayModel::listModelsFollowTheViewModel()
     QCOMPARE(lists.favorites()->count(), 2);
     QCOMPARE(lists.favorites()->data(lists.favorites()->index(0), CommandListModel::TitleRole),
              QVariant("Undo"));
+    // The history fills the Recent list and leaves the sections' rows alone.
+    const auto* file = static_cast<CommandListModel*>(lists.sections().first());
+    const int revision = file->revision();
+    QSignalSpy history(&m, &OverlayViewModel::historyChanged);
+    m.setHistory({{cmd("File", "Save").id(), 1.0}}, {cmd("File", "Save").id()});
+    m.setHistory({{cmd("File", "Save").id(), 1.0}}, {cmd("File", "Save").id()}); // unchanged
+    QCOMPARE(history.size(), 1);
+    QCOMPARE(lists.recent()->count(), 1);
+    QCOMPARE(file->revision(), revision);
     // A command without a path gives empty texts, not a crash.
     CommandListModel odd(&m, {});
     odd.setCommands({MenuCommand{}});
