@@ -103,7 +103,8 @@ def failed_tests(output):
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--work", default=str(root / "build-mutation"))
-    parser.add_argument("--only", help="run only the faults whose name contains this text")
+    parser.add_argument("--only", help="run only the faults whose name matches this regular "
+                        "expression (case-insensitive)")
     parser.add_argument("--jobs", default=str(os.cpu_count() or 2))
     parser.add_argument("--list", action="store_true",
                         help="only check that every fault applies to the tree, and list them")
@@ -111,7 +112,7 @@ def main():
 
     faults = parse_faults(root / "tests/mutations/faults.txt")
     if args.only:
-        faults = [f for f in faults if args.only.lower() in f["name"].lower()]
+        faults = [f for f in faults if re.search(args.only, f["name"], re.I)]
     if args.list:
         stale = 0
         for fault in faults:
