@@ -9,6 +9,7 @@
 #include <QHash>
 #include <QList>
 #include <QString>
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -50,6 +51,13 @@ public:
     void noteTimeout() { m_timedOut = true; }
     bool timedOut() const { return m_timedOut; }
     Clock::time_point deadline() const { return m_deadline; }
+    // How long one request may wait: what is left of the budget, at least 1 ms, at most `capMs`.
+    int requestTimeoutMs(int capMs) const
+    {
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(m_deadline - Clock::now());
+        return int(std::clamp<qint64>(left.count(), 1, capMs));
+    }
 
 private:
     Clock::time_point m_deadline;

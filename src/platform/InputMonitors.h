@@ -4,6 +4,7 @@
 // presses and scrolling delivered to other applications, and the pointer position. Input meant for
 // Corvane's own windows never reaches the handlers.
 
+#include <QHash>
 #include <QPointF>
 #include <QRectF>
 #include <cstdint>
@@ -39,6 +40,28 @@ public:
     virtual void remove(Token token) = 0;
     // Global logical coordinates, origin top left.
     virtual QPointF pointerPosition() const = 0;
+};
+
+// An implementation's handlers by token, each called for the events of its kind.
+class MonitorHandlers {
+public:
+    InputMonitors::Token add(InputMonitors::Kind kind, InputMonitors::Handler handler)
+    {
+        m_handlers.insert(++m_next, {kind, std::move(handler)});
+        return m_next;
+    }
+    void remove(InputMonitors::Token token) { m_handlers.remove(token); }
+    void deliver(const InputMonitors::Event& event) const
+    {
+        const auto handlers = m_handlers; // a handler may remove or add monitors
+        for (const auto& [kind, handler] : handlers)
+            if (kind == event.kind)
+                handler(event);
+    }
+
+private:
+    QHash<InputMonitors::Token, std::pair<InputMonitors::Kind, InputMonitors::Handler>> m_handlers;
+    InputMonitors::Token m_next = 0;
 };
 
 } // namespace corvane

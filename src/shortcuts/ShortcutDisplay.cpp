@@ -375,4 +375,16 @@ bool isQtMnemonic(const ShortcutKeys& keys, const QString& title)
     return title.contains(keys.key, Qt::CaseInsensitive);
 }
 
+QString withoutMnemonicMarks(const QString& title, QChar mark)
+{
+    QString plain;
+    plain.reserve(title.size());
+    for (qsizetype i = 0; i < title.size(); ++i) {
+        if (title[i] == mark && i + 1 < title.size())
+            ++i; // the marked character, or the second of a doubled mark
+        plain += title[i];
+    }
+    return plain;
+}
+
 } // namespace corvane::ShortcutDisplay

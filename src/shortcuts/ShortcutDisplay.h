@@ -26,6 +26,10 @@ std::optional<QString> virtualKeyLabel(qint64 virtualKey);
 // order Ctrl, Alt, Shift, Super. Empty or unparsable text gives ShortcutKeys::none.
 ShortcutKeys fromAccelerator(const QString& text);
 
+// A menu title without its mnemonic marks: `mark` ("_" in a DBusMenu label, "&" in a Qt action's
+// text) before a character goes, and a doubled one stays as one.
+QString withoutMnemonicMarks(const QString& title, QChar mark);
+
 // Qt reports an item's mnemonic as its key binding when it has no shortcut: Alt plus one letter or
 // digit that occurs in the item's title is a mnemonic, not a shortcut.
 bool isQtMnemonic(const ShortcutKeys& keys, const QString& title);

@@ -4,6 +4,7 @@
 
 #include "FuzzInput.h"
 #include "platform/linux/DBusMenu.h"
+#include "shortcuts/ShortcutDisplay.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
@@ -17,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     for (const QString& modifier : keys.modifiers)
         fuzz::require(QStringList({"Ctrl", "Alt", "Shift", "Super"}).contains(modifier),
                       "known modifiers");
-    const QString label = dbusmenu::plainLabel(text);
+    const QString label = ShortcutDisplay::withoutMnemonicMarks(text, u'_');
     fuzz::require(label.size() <= text.size() && label.size() >= (text.size() + 1) / 2,
                   "a label loses at most every other character");
     fuzz::require(!text.contains(u'_') ? label == text : true, "a label without marks stays");

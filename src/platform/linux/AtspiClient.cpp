@@ -168,10 +168,19 @@ QDBusPendingCall Session::send(const Reference& target, const QString& interface
     QDBusMessage message = QDBusMessage::createMethodCall(direct ? QString() : target.service,
                                                           target.path.path(), interface, method);
     message.setArguments(arguments);
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-        m_budget.deadline() - WalkBudget::Clock::now());
-    const int timeout = int(std::clamp<qint64>(left.count(), 1, requestTimeoutMs));
-    return (direct ? *m_peer : m_bus).asyncCall(message, timeout);
+    return (direct ? *m_peer : m_bus)
+        .asyncCall(message, m_budget.requestTimeoutMs(requestTimeoutMs));
+}
+
+QDBusMessage callWithin(const QDBusConnection& bus, const QDBusMessage& message, WalkBudget& budget)
+{
+    if (budget.exhausted())
+        return message.createErrorReply(QDBusError::TimedOut, QStringLiteral("deadline passed"));
+    const QDBusMessage reply =
+        bus.call(message, QDBus::Block, budget.requestTimeoutMs(requestTimeoutMs));
+    if (reply.errorName() == u"org.freedesktop.DBus.Error.NoReply")
+        budget.noteTimeout();
+    return reply;
 }
 
 bool isLocalPeerAddress(const QString& address)

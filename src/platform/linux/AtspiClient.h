@@ -9,6 +9,7 @@
 #include "menus/MenuTree.h"
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <atomic>
 #include <memory>
 #include <optional>
@@ -16,6 +17,12 @@
 namespace corvane::atspi {
 
 inline constexpr int requestTimeoutMs = 1000;
+
+// `message` sent on `bus` and its answer waited for within `budget` (one request's time at the
+// most); a time-out is noted in the budget. An error message when it failed or the budget is
+// spent.
+QDBusMessage callWithin(const QDBusConnection& bus, const QDBusMessage& message,
+                        WalkBudget& budget);
 
 // Bounds on what another application can make Corvane hold (docs/robustness.md). Requests are
 // pipelined with at most `requestWindow` objects unanswered at a time; the children of an

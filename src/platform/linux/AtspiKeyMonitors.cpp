@@ -227,8 +227,7 @@ std::optional<InputMonitors::Token> AtspiKeyMonitors::add(Kind kind, Handler han
 {
     if (!m_listener)
         return std::nullopt;
-    m_handlers.insert(++m_next, {kind, std::move(handler)});
-    return m_next;
+    return m_handlers.add(kind, std::move(handler));
 }
 
 void AtspiKeyMonitors::remove(Token token)
@@ -259,11 +258,7 @@ void AtspiKeyMonitors::apply(const QList<KeyFolding::Change>& changes)
             continue;
         const Kind kind = change.kind == KeyFolding::Change::Kind::modifiers ? Kind::modifierChange
                                                                              : Kind::keyPress;
-        const Event event{kind, change.flags};
-        const auto handlers = m_handlers; // a handler may remove or add monitors
-        for (const auto& [k, handler] : handlers)
-            if (k == kind)
-                handler(event);
+        m_handlers.deliver(Event{kind, change.flags});
     }
 }
 

@@ -16,7 +16,6 @@
 #include "KeyFolding.h"
 #include "platform/InputMonitors.h"
 
-#include <QHash>
 #include <QObject>
 #include <QRectF>
 #include <QThread>
@@ -76,8 +75,7 @@ private:
     QObject* m_listener = nullptr; // lives on m_thread
     KeyFolding m_folding;
     QTimer m_releaseTimer;
-    QHash<Token, std::pair<Kind, Handler>> m_handlers;
-    Token m_next = 0;
+    MonitorHandlers m_handlers;
 };
 
 } // namespace corvane

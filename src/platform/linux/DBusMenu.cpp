@@ -53,17 +53,12 @@ struct Exporter {
     // A call within the budget; nothing when it failed, timed out or the budget is spent.
     std::optional<QDBusMessage> call(const QString& method, const QVariantList& arguments)
     {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            budget.deadline() - WalkBudget::Clock::now());
-        if (budget.exhausted() || left.count() <= 0)
+        if (budget.exhausted())
             return std::nullopt;
         QDBusMessage message = QDBusMessage::createMethodCall(service, path, menuInterface, method);
         message.setArguments(arguments);
-        const QDBusMessage reply = bus.call(
-            message, QDBus::Block, int(std::min<qint64>(left.count(), atspi::requestTimeoutMs)));
+        const QDBusMessage reply = atspi::callWithin(bus, message, budget);
         if (reply.type() == QDBusMessage::ErrorMessage) {
-            if (reply.errorName() == u"org.freedesktop.DBus.Error.NoReply")
-                budget.noteTimeout();
             qCWarning(lcMenu, "dbusmenu: %s of %s failed: %s", qUtf8Printable(method),
                       qUtf8Printable(service), qUtf8Printable(reply.errorMessage()));
             return std::nullopt;
@@ -104,7 +99,8 @@ public:
         if (property<QString>(m_item, "type") == u"separator")
             return std::nullopt;
         const auto label = property<QString>(m_item, "label");
-        return label ? std::optional(plainLabel(*label)) : std::nullopt;
+        return label ? std::optional(ShortcutDisplay::withoutMnemonicMarks(*label, u'_'))
+                     : std::nullopt;
     }
 
     std::shared_ptr<MenuNode> submenu() override
@@ -274,18 +270,6 @@ ShortcutKeys shortcutFrom(const QList<QStringList>& sequences)
     return ShortcutDisplay::fromAccelerator(accelerator + keys.last());
 }
 
-QString plainLabel(const QString& label)
-{
-    QString plain;
-    plain.reserve(label.size());
-    for (qsizetype i = 0; i < label.size(); ++i) {
-        if (label[i] == u'_' && i + 1 < label.size())
-            ++i; // the marked character, or the second of "__"
-        plain += label[i];
-    }
-    return plain;
-}
-
 bool isChromiumBrowser(qint64 pid)
 {
     static const QStringList programs{"chromium",      "chrome",      "google-chrome", "brave",
@@ -300,17 +284,13 @@ MenuSource::MenuBar Source::menuBar(qint64 pid, WalkBudget& budget)
         return {nullptr, busUnavailable, "the global menu"};
     const QList<quint32> windows = AppIdentity::topLevelWindows(pid);
     for (const quint32 window : windows) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            budget.deadline() - WalkBudget::Clock::now());
         if (budget.exhausted())
             break;
         QDBusMessage request = QDBusMessage::createMethodCall(
-            QStringLiteral("com.canonical.AppMenu.Registrar"),
-            QStringLiteral("/com/canonical/AppMenu/Registrar"),
-            QStringLiteral("com.canonical.AppMenu.Registrar"), QStringLiteral("GetMenuForWindow"));
+            registrarService, registrarPath, registrarService, QStringLiteral("GetMenuForWindow"));
         request.setArguments({window});
-        const QDBusMessage reply = bus.call(
-            request, QDBus::Block, int(std::min<qint64>(left.count(), atspi::requestTimeoutMs)));
+        const QDBusMessage reply =
+            bus.call(request, QDBus::Block, budget.requestTimeoutMs(atspi::requestTimeoutMs));
         if (reply.type() == QDBusMessage::ErrorMessage) {
             if (reply.errorName() == u"org.freedesktop.DBus.Error.ServiceUnknown")
                 break; // no registrar on this desktop

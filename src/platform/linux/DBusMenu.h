@@ -33,9 +33,6 @@ std::optional<Item> readLayout(const QDBusArgument& argument, int& itemsLeft, in
 // desktop's order; none when a name is not a key.
 ShortcutKeys shortcutFrom(const QList<QStringList>& sequences);
 
-// A label without its mnemonic marks: "_" before a character goes, "__" stays as one "_".
-QString plainLabel(const QString& label);
-
 // The front window's DBusMenu through the registrar on the session bus (X11: the process's
 // top-level windows are asked for in turn).
 //

@@ -14,6 +14,7 @@
 #include <QKeySequence>
 #include <QLoggingCategory>
 #include <QXmlStreamReader>
+#include <array>
 
 namespace corvane::kdeactions {
 
@@ -53,26 +54,16 @@ struct Caller {
     QString service;
     WalkBudget& budget;
 
-    int timeout() const
-    {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            budget.deadline() - WalkBudget::Clock::now());
-        return int(std::clamp<qint64>(left.count(), 1, atspi::requestTimeoutMs));
-    }
+    int timeout() const { return budget.requestTimeoutMs(atspi::requestTimeoutMs); }
 
     std::optional<QDBusMessage> call(const QString& path, const QString& interface,
                                      const QString& method, const QVariantList& arguments = {})
     {
-        if (budget.exhausted())
-            return std::nullopt;
         QDBusMessage message = QDBusMessage::createMethodCall(service, path, interface, method);
         message.setArguments(arguments);
-        const QDBusMessage reply = bus.call(message, QDBus::Block, timeout());
-        if (reply.type() != QDBusMessage::ReplyMessage) {
-            if (reply.errorName() == u"org.freedesktop.DBus.Error.NoReply")
-                budget.noteTimeout();
+        const QDBusMessage reply = atspi::callWithin(bus, message, budget);
+        if (reply.type() != QDBusMessage::ReplyMessage)
             return std::nullopt;
-        }
         return reply;
     }
 
@@ -116,36 +107,36 @@ std::optional<QString> busNameOf(const QDBusConnection& bus, qint64 pid, int tim
 
 } // namespace
 
-QString menuFor(const QString& actionName)
+namespace {
+
+// The menus the actions are grouped into, in a menu bar's usual order; the last takes the rest.
+const char* const menuNames[] = {
+    QT_TRANSLATE_NOOP("KdeActions", "File"),      QT_TRANSLATE_NOOP("KdeActions", "Edit"),
+    QT_TRANSLATE_NOOP("KdeActions", "View"),      QT_TRANSLATE_NOOP("KdeActions", "Go"),
+    QT_TRANSLATE_NOOP("KdeActions", "Bookmarks"), QT_TRANSLATE_NOOP("KdeActions", "Tools"),
+    QT_TRANSLATE_NOOP("KdeActions", "Settings"),  QT_TRANSLATE_NOOP("KdeActions", "Window"),
+    QT_TRANSLATE_NOOP("KdeActions", "Help"),      QT_TRANSLATE_NOOP("KdeActions", "Other"),
+};
+
+// The standard action-name prefixes and the menu (in menuNames) of each.
+const std::pair<const char*, size_t> prefixes[] = {
+    {"file_", 0},  {"edit_", 1},     {"view_", 2},    {"go_", 3},     {"bookmarks_", 4},
+    {"tools_", 5}, {"settings_", 6}, {"options_", 6}, {"window_", 7}, {"help_", 8},
+};
+
+size_t menuIndex(const QString& actionName)
 {
-    static const std::pair<const char*, const char*> prefixes[] = {
-        {"file_", QT_TRANSLATE_NOOP("KdeActions", "File")},
-        {"edit_", QT_TRANSLATE_NOOP("KdeActions", "Edit")},
-        {"view_", QT_TRANSLATE_NOOP("KdeActions", "View")},
-        {"go_", QT_TRANSLATE_NOOP("KdeActions", "Go")},
-        {"bookmarks_", QT_TRANSLATE_NOOP("KdeActions", "Bookmarks")},
-        {"tools_", QT_TRANSLATE_NOOP("KdeActions", "Tools")},
-        {"settings_", QT_TRANSLATE_NOOP("KdeActions", "Settings")},
-        {"options_", QT_TRANSLATE_NOOP("KdeActions", "Settings")},
-        {"window_", QT_TRANSLATE_NOOP("KdeActions", "Window")},
-        {"help_", QT_TRANSLATE_NOOP("KdeActions", "Help")},
-    };
     for (const auto& [prefix, menu] : prefixes)
         if (actionName.startsWith(QLatin1String(prefix)))
-            return QCoreApplication::translate("KdeActions", menu);
-    return QCoreApplication::translate("KdeActions", "Other");
+            return menu;
+    return std::size(menuNames) - 1;
 }
 
-QString plainText(const QString& text)
+} // namespace
+
+QString menuFor(const QString& actionName)
 {
-    QString plain;
-    plain.reserve(text.size());
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (text[i] == u'&' && i + 1 < text.size())
-            ++i; // the marked character, or the second of "&&"
-        plain += text[i];
-    }
-    return plain;
+    return QCoreApplication::translate("KdeActions", menuNames[menuIndex(actionName)]);
 }
 
 ShortcutKeys shortcutFrom(const QList<int>& keyCodes)
@@ -203,8 +194,7 @@ MenuSource::MenuBar Source::menuBar(qint64 pid, WalkBudget& budget)
     }
     auto bar = std::make_shared<ActionNode>();
     bar->isMenu = true;
-    QHash<QString, std::shared_ptr<ActionNode>> menus;
-    QStringList order;
+    std::array<std::shared_ptr<ActionNode>, std::size(menuNames)> menus;
     for (qsizetype i = 0; i < calls.size(); ++i) {
         calls[i].waitForFinished();
         const QDBusMessage reply = calls[i].reply();
@@ -223,7 +213,7 @@ MenuSource::MenuBar Source::menuBar(qint64 pid, WalkBudget& budget)
         if (!flag("visible", true) || text.metaType() != QMetaType::fromType<QString>())
             continue;
         auto action = std::make_shared<ActionNode>();
-        action->text = plainText(text.toString());
+        action->text = ShortcutDisplay::withoutMnemonicMarks(text.toString(), u'&');
         action->isEnabled = flag("enabled", true);
         action->isChecked = flag("checkable", false) && flag("checked", false);
         const QVariant shortcut = properties.value(QStringLiteral("shortcut"));
@@ -249,26 +239,17 @@ MenuSource::MenuBar Source::menuBar(qint64 pid, WalkBudget& budget)
                                              : MenuNode::PressResult::Status::error,
                                          0};
         };
-        const QString menu = menuFor(names[i]);
-        auto& into = menus[menu];
+        auto& into = menus[menuIndex(names[i])];
         if (!into) {
             into = std::make_shared<ActionNode>();
-            into->text = menu;
+            into->text = menuFor(names[i]);
             into->isMenu = true;
-            order << menu;
         }
         into->items << action;
     }
-    // In the menu bar's usual order, "Other" last.
-    static const QStringList prefixes{"file_",  "edit_",     "view_",   "go_",   "bookmarks_",
-                                      "tools_", "settings_", "window_", "help_", ""};
-    for (const QString& prefix : prefixes) {
-        const QString menu = menuFor(prefix.isEmpty() ? QStringLiteral("other") : prefix);
-        if (const auto it = menus.constFind(menu); it != menus.constEnd() && order.contains(menu)) {
-            bar->items << *it;
-            order.removeAll(menu);
-        }
-    }
+    for (const auto& menu : menus)
+        if (menu)
+            bar->items << menu;
     qCDebug(lcActions, "kde actions: %ld published under %s", long(names.size()),
             qUtf8Printable(actionsPath));
     if (bar->items.isEmpty())

@@ -17,9 +17,6 @@ namespace corvane::kdeactions {
 // for a name without a known prefix.
 QString menuFor(const QString& actionName);
 
-// A QAction's text without its mnemonic marks: "&" before a character goes, "&&" stays as "&".
-QString plainText(const QString& text);
-
 // The first of a QAction's key sequences (Qt key codes: modifiers | key) as keys.
 ShortcutKeys shortcutFrom(const QList<int>& keyCodes);
 

@@ -97,8 +97,7 @@ std::optional<InputMonitors::Token> XInputMonitors::add(Kind kind, Handler handl
 {
     if (!m_display)
         return std::nullopt;
-    m_handlers.insert(++m_next, {kind, std::move(handler)});
-    return m_next;
+    return m_handlers.add(kind, std::move(handler));
 }
 
 void XInputMonitors::remove(Token token)
@@ -113,11 +112,7 @@ QPointF XInputMonitors::pointerPosition() const
 
 void XInputMonitors::deliver(Kind kind)
 {
-    const Event event{kind, currentModifierFlags()};
-    const auto handlers = m_handlers; // a handler may remove or add monitors
-    for (const auto& [k, handler] : handlers)
-        if (k == kind)
-            handler(event);
+    m_handlers.deliver(Event{kind, currentModifierFlags()});
 }
 
 void XInputMonitors::readEvents()

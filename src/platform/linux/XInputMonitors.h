@@ -50,8 +50,7 @@ private:
     int m_opcode = 0;
     QString m_whyNot;
     QSocketNotifier* m_notifier = nullptr;
-    QHash<Token, std::pair<Kind, Handler>> m_handlers;
-    Token m_next = 0;
+    MonitorHandlers m_handlers;
     QHash<int, std::uint64_t> m_modifierKeysDown; // keycode → the flag it sets
 };
 
