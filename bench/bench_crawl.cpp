@@ -68,6 +68,43 @@ double median(std::vector<double> v)
     return v.empty() ? 0 : v[v.size() / 2];
 }
 
+// Waits (at most 30 s) until the process's menu bar is on the accessibility bus.
+void waitForMenuBar(qint64 pid)
+{
+    QElapsedTimer wait;
+    wait.start();
+    while (wait.elapsed() < 30000 && !onCrawlThread([pid] {
+               WalkBudget budget(std::chrono::seconds(3));
+               return atspi::MenuBarFinder().menuBar(pid, budget).node != nullptr;
+           }))
+        QThread::msleep(200);
+}
+
+struct Read {
+    double medianMs = 0;
+    int items = 0; // commands in the last catalog
+};
+
+// 10 crawls of `app` through `source`, each timed on the crawl thread.
+Read medianRead(const std::shared_ptr<MenuSource>& source, const RunningApp& app)
+{
+    Read read;
+    std::vector<double> times;
+    for (int run = 0; run < 10; ++run)
+        times.push_back(onCrawlThread([&] {
+            QElapsedTimer timer;
+            timer.start();
+            const auto catalog = MenuCrawler(source).crawl(app);
+            read.items = 0;
+            if (catalog)
+                for (const MenuSection& s : catalog->sections)
+                    read.items += int(s.commands.size());
+            return double(timer.nsecsElapsed()) / 1e6;
+        }));
+    read.medianMs = median(times);
+    return read;
+}
+
 // A featherpad started while a registrar is on the bus exports its menus as a DBusMenu and keeps
 // its menu bar, hidden, on the accessibility bus: the same menus read both ways, 10 times each.
 int globalMenu()
@@ -88,32 +125,14 @@ int globalMenu()
     QTest::qWait(2000); // past its start, and on the accessibility bus
     const qint64 pid = featherpad.processId();
     const RunningApp app = onCrawlThread([pid] { return AppIdentity::forProcess(pid); });
-    const auto timed = [&](const std::shared_ptr<MenuSource>& source, int& items) {
-        std::vector<double> times;
-        for (int run = 0; run < 10; ++run) {
-            const auto [catalog, ms] = onCrawlThread([&] {
-                QElapsedTimer timer;
-                timer.start();
-                auto c = MenuCrawler(source).crawl(app);
-                return std::make_pair(c, double(timer.nsecsElapsed()) / 1e6);
-            });
-            times.push_back(ms);
-            items = 0;
-            if (catalog)
-                for (const MenuSection& s : catalog->sections)
-                    items += int(s.commands.size());
-        }
-        return median(times);
-    };
-    int dbusItems = 0, atspiItems = 0;
-    const double dbus = timed(std::make_shared<dbusmenu::Source>(), dbusItems);
-    const double atspi = timed(std::make_shared<atspi::MenuBarFinder>(), atspiItems);
-    std::printf("bench crawl_featherpad_globalmenu_ms %.2f ms\n", dbus);
-    std::printf("bench crawl_featherpad_globalmenu_items %d items\n", dbusItems);
-    std::printf("bench crawl_featherpad_hidden_menubar_ms %.2f ms\n", atspi);
-    std::printf("bench crawl_featherpad_hidden_menubar_items %d items\n", atspiItems);
+    const Read dbus = medianRead(std::make_shared<dbusmenu::Source>(), app);
+    const Read atspi = medianRead(std::make_shared<atspi::MenuBarFinder>(), app);
+    std::printf("bench crawl_featherpad_globalmenu_ms %.2f ms\n", dbus.medianMs);
+    std::printf("bench crawl_featherpad_globalmenu_items %d items\n", dbus.items);
+    std::printf("bench crawl_featherpad_hidden_menubar_ms %.2f ms\n", atspi.medianMs);
+    std::printf("bench crawl_featherpad_hidden_menubar_items %d items\n", atspi.items);
     std::printf("bench crawl_featherpad_globalmenu_speedup %.1f x\n",
-                dbus > 0 ? atspi / dbus : 0.0);
+                dbus.medianMs > 0 ? atspi.medianMs / dbus.medianMs : 0.0);
     featherpad.kill();
     featherpad.waitForFinished(5000);
 
@@ -131,25 +150,13 @@ int globalMenu()
     const qint64 browser = chromium.processId();
     const RunningApp chromiumApp =
         onCrawlThread([browser] { return AppIdentity::forProcess(browser); });
-    int chromiumItems = 0;
-    std::vector<double> times;
-    for (int run = 0; run < 10; ++run)
-        times.push_back(onCrawlThread([&] {
-            QElapsedTimer timer;
-            timer.start();
-            const auto c = MenuCrawler(std::make_shared<dbusmenu::Source>()).crawl(chromiumApp);
-            chromiumItems = 0;
-            if (c)
-                for (const MenuSection& s : c->sections)
-                    chromiumItems += int(s.commands.size());
-            return double(timer.nsecsElapsed()) / 1e6;
-        }));
-    std::printf("bench crawl_chromium_globalmenu_ms %.2f ms\n", median(times));
-    std::printf("bench crawl_chromium_globalmenu_items %d items\n", chromiumItems);
+    const Read browserRead = medianRead(std::make_shared<dbusmenu::Source>(), chromiumApp);
+    std::printf("bench crawl_chromium_globalmenu_ms %.2f ms\n", browserRead.medianMs);
+    std::printf("bench crawl_chromium_globalmenu_items %d items\n", browserRead.items);
     std::fflush(stdout);
     chromium.kill();
     chromium.waitForFinished(5000);
-    return dbusItems > 0 && atspiItems > 0 && chromiumItems > 0 ? 0 : 1;
+    return dbus.items > 0 && atspi.items > 0 && browserRead.items > 0 ? 0 : 1;
 }
 
 // kwrite on the accessibility bus, read through the actions its main window publishes beside its
@@ -163,41 +170,20 @@ int kdeActions()
     kwrite.start("kwrite", {});
     kwrite.waitForStarted(10000);
     const qint64 pid = kwrite.processId();
-    QElapsedTimer wait;
-    wait.start();
-    while (wait.elapsed() < 30000 && !onCrawlThread([pid] {
-               WalkBudget budget(std::chrono::seconds(3));
-               return atspi::MenuBarFinder().menuBar(pid, budget).node != nullptr;
-           }))
-        QThread::msleep(200);
+    waitForMenuBar(pid);
     const RunningApp app = onCrawlThread([pid] { return AppIdentity::forProcess(pid); });
-    const auto timed = [&](const std::shared_ptr<MenuSource>& source, int& items) {
-        std::vector<double> times;
-        for (int run = 0; run < 10; ++run)
-            times.push_back(onCrawlThread([&] {
-                QElapsedTimer timer;
-                timer.start();
-                const auto c = MenuCrawler(source).crawl(app);
-                items = 0;
-                if (c)
-                    for (const MenuSection& s : c->sections)
-                        items += int(s.commands.size());
-                return double(timer.nsecsElapsed()) / 1e6;
-            }));
-        return median(times);
-    };
-    int actionItems = 0, atspiItems = 0;
-    const double actions = timed(std::make_shared<kdeactions::Source>(), actionItems);
-    const double atspi = timed(std::make_shared<atspi::MenuBarFinder>(), atspiItems);
-    std::printf("bench crawl_kwrite_actions_ms %.2f ms\n", actions);
-    std::printf("bench crawl_kwrite_actions_items %d items\n", actionItems);
-    std::printf("bench crawl_kwrite_menubar_ms %.2f ms\n", atspi);
-    std::printf("bench crawl_kwrite_menubar_items %d items\n", atspiItems);
-    std::printf("bench crawl_kwrite_actions_speedup %.1f x\n", actions > 0 ? atspi / actions : 0.0);
+    const Read actions = medianRead(std::make_shared<kdeactions::Source>(), app);
+    const Read atspi = medianRead(std::make_shared<atspi::MenuBarFinder>(), app);
+    std::printf("bench crawl_kwrite_actions_ms %.2f ms\n", actions.medianMs);
+    std::printf("bench crawl_kwrite_actions_items %d items\n", actions.items);
+    std::printf("bench crawl_kwrite_menubar_ms %.2f ms\n", atspi.medianMs);
+    std::printf("bench crawl_kwrite_menubar_items %d items\n", atspi.items);
+    std::printf("bench crawl_kwrite_actions_speedup %.1f x\n",
+                actions.medianMs > 0 ? atspi.medianMs / actions.medianMs : 0.0);
     std::fflush(stdout);
     kwrite.kill();
     kwrite.waitForFinished(5000);
-    return actionItems > 0 && atspiItems > 0 ? 0 : 1;
+    return actions.items > 0 && atspi.items > 0 ? 0 : 1;
 }
 
 } // namespace
@@ -233,13 +219,7 @@ int main(int argc, char* argv[])
     }
     for (Target& t : targets) {
         const qint64 pid = t.process->processId();
-        QElapsedTimer wait;
-        wait.start();
-        while (wait.elapsed() < 30000 && !onCrawlThread([pid] {
-                   WalkBudget budget(std::chrono::seconds(3));
-                   return atspi::MenuBarFinder().menuBar(pid, budget).node != nullptr;
-               }))
-            QThread::msleep(200);
+        waitForMenuBar(pid);
         t.app = onCrawlThread([pid] { return AppIdentity::forProcess(pid); });
     }
 

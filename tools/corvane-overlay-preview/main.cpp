@@ -143,13 +143,17 @@ int main(int argc, char** argv)
             QStringLiteral("--palette takes light, dark or system, not \"%1\"").arg(paletteName),
             2);
 
+    // A command's id from its titles as written on the command line, joined by ">".
+    const auto idOf = [](const QString& written) {
+        return MenuCommand{pathFromTitles(written.split(u'>')), {}, true, false}.id();
+    };
     QStringList favorites;
     for (const QString& written : parser.values(favorite))
-        favorites << MenuCommand{pathFromTitles(written.split(u'>')), {}, true, false}.id();
+        favorites << idOf(written);
     QStringList recentIds;
     CommandFilter::HistoryWeights weights;
     for (const QString& written : parser.values(recent)) {
-        recentIds << MenuCommand{pathFromTitles(written.split(u'>')), {}, true, false}.id();
+        recentIds << idOf(written);
         weights.insert(recentIds.last(), 1.0);
     }
 
