@@ -53,6 +53,8 @@ void AppDelegate::applicationDidFinishLaunching()
     // The panel and its view are made now rather than in the middle of the first peek, with
     // the visual the screen's compositing calls for.
     connect(&overlay, &OverlayPanelController::panelCreated, this, &AppDelegate::adoptPanel);
+    connect(&overlay, &OverlayPanelController::hidden, this,
+            [] { qCDebug(lcApp, "overlay: hidden"); });
     overlay.setTranslucent(isCompositing());
     overlay.prepare();
     // The launch announcements, once the permission has been read: the Welcome window depends on
@@ -395,8 +397,10 @@ void AppDelegate::crawlFinishedOnMainThread(quint64 sequence, const RunningApp& 
                                             const MenuCatalog& catalog)
 {
     const bool refresh = panelIsVisible() && targetApp && targetApp->pid == app.pid;
-    if (refresh)
+    if (refresh) {
         overlay.update(catalog);
+        qCDebug(lcApp, "overlay: menus of %s shown", qUtf8Printable(app.appId.value_or(QString())));
+    }
     if (sequence == m_prefetchCrawl) {
         m_prefetchFinished = true;
         // The hold's prefetch, while the hold still waits for its delay: the overlay's views

@@ -1,8 +1,14 @@
 #include "HoldDetector.h"
 
+#include <QLoggingCategory>
 #include <QPointer>
 
 namespace corvane {
+
+namespace {
+// Every transition, when debugging: a peek that did not show or hide says here which event it saw.
+Q_LOGGING_CATEGORY(lcHold, "com.vantorel.corvane.hold", QtInfoMsg)
+} // namespace
 
 using Event = HoldStateMachine::Event;
 using Effect = HoldStateMachine::Effect;
@@ -63,6 +69,14 @@ void HoldDetector::send(const Event& event)
     const HoldStateMachine::Effects effects = machine.handle(event);
     if (effects.isEmpty())
         return;
+    if (lcHold().isDebugEnabled()) {
+        QByteArrayList names;
+        for (Effect effect : effects)
+            names.append(nameOf(effect));
+        qCDebug(lcHold, "hold: %s%s -> %s [%s]", nameOf(event.kind),
+                event.kind == Event::Kind::triggerUp && event.overPanel ? " over the panel" : "",
+                nameOf(machine.state), names.join(", ").constData());
+    }
     for (Effect effect : effects) {
         switch (effect) {
         case Effect::startTimer: {

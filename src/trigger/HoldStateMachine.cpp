@@ -103,4 +103,24 @@ const char* nameOf(HoldStateMachine::Effect effect)
     return "?";
 }
 
+const char* nameOf(HoldStateMachine::Event::Kind kind)
+{
+    using Kind = HoldStateMachine::Event::Kind;
+    switch (kind) {
+    case Kind::triggerDown:
+        return "triggerDown";
+    case Kind::triggerUp:
+        return "triggerUp";
+    case Kind::interrupted:
+        return "interrupted";
+    case Kind::timerFired:
+        return "timerFired";
+    case Kind::pinRequest:
+        return "pinRequest";
+    case Kind::closeRequest:
+        return "closeRequest";
+    }
+    return "?";
+}
+
 } // namespace corvane

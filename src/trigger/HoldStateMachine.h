@@ -45,6 +45,7 @@ public:
 
 const char* nameOf(HoldStateMachine::State state);
 const char* nameOf(HoldStateMachine::Effect effect);
+const char* nameOf(HoldStateMachine::Event::Kind kind);
 
 } // namespace corvane
 

@@ -125,18 +125,21 @@ void TestShell::releaseTrigger()
     m_triggerDown = false;
 }
 
-// Holds the trigger past the delay with `pid` in front, and releases it over the panel.
+// Holds the trigger past the delay with `pid` in front until the panel shows the menus just
+// read (as a user would wait to see them), and releases it over the panel.
 void TestShell::pin(qint64 pid)
 {
     QVERIFY(activateWindowOf(pid));
+    const qsizetype from = m_corvane->lines().size();
     pressTrigger();
+    QVERIFY(m_corvane->waitForLine("overlay: menus of ", 1, from));
     QTRY_VERIFY_WITH_TIMEOUT(m_corvane->panelVisible(), 5000);
     const QRect panel = m_corvane->panelGeometry();
     xdotool(
         {"mousemove", QString::number(panel.center().x()), QString::number(panel.center().y())});
     releaseTrigger();
     QTest::qWait(300);
-    QVERIFY(m_corvane->panelVisible());
+    QTRY_VERIFY(m_corvane->panelVisible());
 }
 
 QStringList TestShell::recorded() const
@@ -185,7 +188,7 @@ void TestShell::releaseOverThePanelPinsAndReturnRunsTheCommand()
     xdotool({"type", "--delay", "40", "quit"});
     QTest::qWait(200);
     QCOMPARE(activeWindowPid(), m_fixture);
-    QVERIFY(m_corvane->panelVisible());
+    QTRY_VERIFY(m_corvane->panelVisible());
     xdotool({"key", "Return"});
     QTRY_VERIFY(!m_corvane->panelVisible());
     QTRY_COMPARE(recorded().size(), before + 1);
@@ -283,11 +286,11 @@ void TestShell::ownWindowAndTheTargetKeepTheOverlayAnotherAppCloses()
     // The settings window comes forward: Corvane's own window is active, the overlay stays.
     QTRY_COMPARE_WITH_TIMEOUT(activeWindowPid(), m_corvane->pid(), 5000);
     QTest::qWait(300);
-    QVERIFY(m_corvane->panelVisible());
+    QTRY_VERIFY(m_corvane->panelVisible());
     // Re-activating the target keeps it too.
     QVERIFY(activateWindowOf(m_fixture));
     QTest::qWait(300);
-    QVERIFY(m_corvane->panelVisible());
+    QTRY_VERIFY(m_corvane->panelVisible());
     // Activating another application closes it.
     QVERIFY(activateWindowOf(m_geany));
     QTRY_VERIFY(!m_corvane->panelVisible());
@@ -400,7 +403,7 @@ void TestShell::trayMenuEntriesAndPeek()
     QVERIFY(m_tray.click("Peek Current App"));
     QTRY_VERIFY_WITH_TIMEOUT(m_corvane->panelVisible(), 5000);
     QTest::qWait(400);
-    QVERIFY(m_corvane->panelVisible());
+    QTRY_VERIFY(m_corvane->panelVisible());
     QCOMPARE(activeWindowPid(), m_fixture);
     QVERIFY(m_tray.click("Peek Current App"));
     QTRY_VERIFY(!m_corvane->panelVisible());

@@ -52,7 +52,8 @@ public:
 
     // Its mapped windows whose title matches the regular expression `title`.
     QStringList windows(const QString& title) const;
-    // Its overlay panel (the frameless window titled "Corvane") is mapped.
+    // Its overlay panel (the frameless window titled "Corvane") is mapped. One probe on a loaded
+    // machine can miss a mapped window: assert that it shows with QTRY_VERIFY.
     bool panelVisible() const;
     // The panel's geometry in root coordinates, or an empty rectangle.
     QRect panelGeometry() const;
