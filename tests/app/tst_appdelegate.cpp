@@ -114,28 +114,362 @@ class TestAppDelegate : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-    void triggerSettings_data();
-    void triggerSettings();
-    void triggerOffNeverArmsButPeekWorks();
-    void prefetchStagesOnlyWhileTheHoldWaits();
-    void crawlsOfAnotherApplicationAndWithoutPermission();
-    void showWithoutAUsableApplicationCloses();
-    void unreadableApplicationSaysWhy_data();
-    void unreadableApplicationSaysWhy();
-    void favoritesShowWhatTheStoreHolds();
-    void runCommandsAreRememberedAndExported();
-    void launchAnnouncements_data();
-    void launchAnnouncements();
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        m_defaults = std::make_unique<UserDefaults>(m_dir->filePath("corvane.conf"));
+        // Not the first launch, and no version compiled in: nothing opens at launch unless the
+        // permission is missing.
+        QVERIFY(m_defaults->setBool(AppDelegate::launchedBeforeKey, true));
+        QCoreApplication::setApplicationVersion(QString());
+        m_source = std::make_shared<FakeSource>();
+        m_source->set(editor.pid, "File{New=Ctrl+N,Open…,Quit=Ctrl+Q},Edit{Undo,Redo}");
+        m_source->set(viewer.pid, "View{Zoom In,Zoom Out}");
+        m_workspace.front = editor;
+        m_beeps = 0;
+        m_monitors.handlers.clear();
+        m_monitors.pointer = {-50, -50}; // away from the panel
+    }
+
+    void cleanup()
+    {
+        m_crawls.reset();
+        onCrawlThread([] { return true; }); // queued crawls end before their delegate goes
+        QCoreApplication::processEvents();
+        QCOMPARE(m_source->readsOnTheMainThread, 0);
+        AppDelegate::shared = nullptr;
+        m_delegate.reset();
+        SettingsWindowPresenter::shared().close();
+        WelcomeWindowController::shared().close();
+        WhatsNewWindowController::shared().close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
+    void triggerSettings_data()
+    {
+        QTest::addColumn<QString>("trigger");     // as stored; "" nothing stored
+        QTest::addColumn<QString>("delay");       // as stored; "" nothing stored
+        QTest::addColumn<qulonglong>("modifier"); // 0: none
+        QTest::addColumn<double>("holdDelay");
+        QTest::addColumn<QString>("header");
+        const QString peek = "Hold %1 to peek at any app's shortcuts";
+        QTest::newRow("defaults") << ""
+                                  << "" << qulonglong(ModifierFlags::command) << 0.85
+                                  << peek.arg("Ctrl");
+        QTest::newRow("Alt") << "option"
+                             << "1.25" << qulonglong(ModifierFlags::option) << 1.25
+                             << peek.arg("Alt");
+        QTest::newRow("Super") << "control"
+                               << "2.0" << qulonglong(ModifierFlags::control) << 2.0
+                               << peek.arg("Super");
+        QTest::newRow("off") << "off"
+                             << "0.3" << 0ULL << 0.3 << "Hold-to-peek is off";
+        QTest::newRow("unknown texts are Ctrl; short delays 0.3")
+            << "Option"
+            << "0.1" << qulonglong(ModifierFlags::command) << 0.3 << peek.arg("Ctrl");
+        QTest::newRow("long delays 2.0")
+            << "fn"
+            << "5" << qulonglong(ModifierFlags::command) << 2.0 << peek.arg("Ctrl");
+        QTest::newRow("a delay that is no number")
+            << "OFF"
+            << "soon" << qulonglong(ModifierFlags::command) << 0.85 << peek.arg("Ctrl");
+    }
+
+    void triggerSettings()
+    {
+        QFETCH(QString, trigger);
+        QFETCH(QString, delay);
+        QFETCH(qulonglong, modifier);
+        QFETCH(double, holdDelay);
+        QFETCH(QString, header);
+        if (!trigger.isEmpty())
+            QVERIFY(m_defaults->setString("triggerModifier", trigger));
+        if (!delay.isEmpty())
+            QVERIFY(m_defaults->setString("holdDelay", delay));
+        launch();
+        QCOMPARE(m_delegate->detector.triggerModifier.value_or(0), modifier);
+        QCOMPARE(m_delegate->detector.holdDelay, holdDelay);
+        QCOMPARE(m_delegate->detector.installedMonitorCount(), 4);
+        Q_EMIT m_delegate->statusMenuController->menu->aboutToShow(); // read when the menu opens
+        QCOMPARE(m_delegate->statusMenuController->headerItem->text(), header);
+        QCOMPARE(model().triggerSymbol(), m_delegate->triggerSymbol());
+        // The registered defaults are fallbacks, never written.
+        for (const char* key :
+             {"showDisabledItems", "showItemsWithoutShortcut", "glassyBackground"})
+            QVERIFY2(!m_defaults->contains(QString::fromLatin1(key)), key);
+    }
+
+    void triggerOffNeverArmsButPeekWorks()
+    {
+        QVERIFY(m_defaults->setString("triggerModifier", "off"));
+        launch();
+        for (const auto flag :
+             {ModifierFlags::command, ModifierFlags::option, ModifierFlags::control})
+            m_monitors.modifiers(flag);
+        QCOMPARE(m_delegate->detector.machine.state, State::idle);
+        m_delegate->statusMenuController->peekItem->trigger(); // the tray's way in still works
+        QTRY_VERIFY(model().pinned());
+        m_delegate->statusMenuController->peekItem->trigger(); // and closes again
+        QCOMPARE(m_delegate->detector.machine.state, State::idle);
+
+        // With Ctrl back, holding it while Corvane's own window is in front never arms.
+        QVERIFY(m_defaults->setString("triggerModifier", "command"));
+        m_delegate->reloadTriggerSettings();
+        m_monitors.modifiers(0);
+        m_workspace.activate(ourselves);
+        m_monitors.modifiers(ModifierFlags::command);
+        QCOMPARE(m_delegate->detector.machine.state, State::idle);
+        m_monitors.modifiers(0);
+        m_workspace.activate(editor);
+        m_monitors.modifiers(ModifierFlags::command);
+        QCOMPARE(m_delegate->detector.machine.state, State::arming);
+    }
+
+    void prefetchStagesOnlyWhileTheHoldWaits()
+    {
+        QVERIFY(m_defaults->setDouble("holdDelay", 2.0));
+        launch();
+        m_monitors.modifiers(ModifierFlags::command);
+        waitForCrawls(1);
+        QVERIFY(!panelVisible()); // still holding: nothing shows, but the hidden overlay is filled
+        QCOMPARE(commandCount(model().sections()), 5);
+        m_monitors.modifiers(0);
+
+        // A hold that ended before its prefetch did (a chord such as Ctrl+C) stages nothing.
+        QSemaphore gate;
+        m_source->gates.insert(viewer.pid, &gate);
+        m_workspace.front = viewer;
+        m_monitors.modifiers(ModifierFlags::command);
+        m_monitors.modifiers(0);
+        gate.release();
+        waitForCrawls(2);
+        m_source->gates.clear();
+        QVERIFY(m_delegate->cache->catalog(*viewer.appId)); // stored all the same
+        QCOMPARE(model().appName(), editor.name);
+        QVERIFY(!panelVisible());
+    }
+
+    void crawlsOfAnotherApplicationAndWithoutPermission()
+    {
+        launch();
+        QSemaphore gate;
+        m_source->gates.insert(viewer.pid, &gate);
+        m_delegate->crawlAndUpdate(viewer); // held at the gate
+        pin(editor);
+        gate.release(); // the viewer's crawl ends while the editor is shown
+        waitForCrawls(2);
+        m_source->gates.clear();
+        QCOMPARE(m_crawls->at(0).at(0).value<RunningApp>().pid, viewer.pid);
+        QCOMPARE(m_crawls->at(0).at(1).toBool(), false); // the shown overlay was left alone
+        QCOMPARE(model().appName(), editor.name);
+        QCOMPARE(commandCount(model().sections()), 5);
+        QVERIFY(m_delegate->cache->catalog(*viewer.appId));
+
+        m_trust.last = false; // withdrawn: the next crawl is skipped
+        QTest::ignoreMessage(QtCriticalMsg, "crawl skipped: process not trusted");
+        m_delegate->crawlAndUpdate(viewer);
+        onCrawlThread([] { return true; });
+        QCoreApplication::processEvents();
+        QCOMPARE(m_crawls->size(), 2);
+    }
+
+    void showWithoutAUsableApplicationCloses()
+    {
+        launch();
+        for (const RunningApp& front : {ourselves, noId}) { // nothing seen before; no id
+            m_workspace.front = front;
+            m_delegate->detector.send(HoldStateMachine::Event::pinRequest());
+            QCoreApplication::processEvents();
+            QCOMPARE(m_delegate->detector.machine.state, State::idle);
+            QVERIFY(!panelVisible());
+        }
+    }
+
+    void unreadableApplicationSaysWhy_data()
+    {
+        using Unreadable = OverlayViewModel::Unreadable;
+        QTest::addColumn<QList<int>>("answers"); // the editor's reads, the last one repeated
+        QTest::addColumn<Unreadable>("unreadable");
+        QTest::newRow("not on the bus") << QList<int>{applicationNotFound} << Unreadable::notOnBus;
+        QTest::newRow("on the bus, publishing nothing")
+            << QList<int>{applicationUnpublished} << Unreadable::restartNeeded;
+        QTest::newRow("still starting, then read")
+            << QList<int>{applicationStarting, applicationStarting, menuBarFound} << Unreadable::no;
+        QTest::newRow("too slow this time") << QList<int>{requestTimedOut} << Unreadable::no;
+    }
+
+    void unreadableApplicationSaysWhy()
+    {
+        QFETCH(QList<int>, answers);
+        QFETCH(OverlayViewModel::Unreadable, unreadable);
+        m_source->answers.insert(editor.pid, answers);
+        launch();
+        pin(editor);
+        // A starting application is asked again a second later, as long as the panel shows it.
+        QTRY_VERIFY_WITH_TIMEOUT(m_source->reads.value(editor.pid) >= answers.size(), 5000);
+        onCrawlThread([] { return true; });
+        QCoreApplication::processEvents();
+        QCOMPARE(model().unreadable(), unreadable);
+        QCOMPARE(model().unreadableText().startsWith(editor.name),
+                 unreadable != OverlayViewModel::Unreadable::no);
+        QCOMPARE(model().sections().isEmpty(), answers.last() != menuBarFound);
+    }
+
+    void favoritesShowWhatTheStoreHolds()
+    {
+        launch();
+        const MenuCommand orphan{{{"File", 0}, {"New", 0}}, ShortcutKeys::none, true, false};
+        model().onToggleFavorite(orphan); // no target: nothing stored
+        QVERIFY(!m_defaults->contains("favorites." + *editor.appId));
+        pin(editor);
+        waitForCrawls(1);
+        const MenuCommand kept = model().sections().at(0).commands.at(0);
+        const MenuCommand refused = model().sections().at(0).commands.at(1);
+        model().onToggleFavorite(kept);
+        QCOMPARE(model().favoriteOrder(), QStringList{kept.id()});
+        QVERIFY(model().favoriteIDs().contains(kept.id()));
+        {
+            ReadOnlyFolder readOnly(m_dir->path());
+            QVERIFY2(readOnly.isReadOnly(), qPrintable(readOnly.reason()));
+            // Neither adding nor removing can be stored: the stars stay as the store has them.
+            model().onToggleFavorite(refused);
+            model().onToggleFavorite(kept);
+            QCOMPARE(model().favoriteOrder(), QStringList{kept.id()});
+            QCOMPARE(model().favoriteIDs(), QSet<QString>{kept.id()});
+        }
+        UserDefaults reread(m_dir->filePath("corvane.conf"));
+        QCOMPARE(FavoritesStore(reread).ids(*editor.appId), QStringList{kept.id()});
+        model().onToggleFavorite(kept);
+        QVERIFY(model().favoriteOrder().isEmpty() && model().favoriteIDs().isEmpty());
+    }
+
+    void runCommandsAreRememberedAndExported()
+    {
+        launch();
+        pin(editor);
+        waitForCrawls(1);
+        const QList<MenuCommand> file = model().sections().at(0).commands;
+        m_delegate->execute(file.at(2)); // Quit
+        QTRY_COMPARE(*m_source->pressed, QStringList{"File/Quit"});
+        QTRY_COMPARE(m_delegate->history.entries(*editor.appId).size(), 1);
+        pin(editor);
+        m_delegate->execute(
+            MenuCommand{{{"File", 0}, {"Gone", 0}}, ShortcutKeys::none, true, false});
+        QTRY_COMPARE(m_beeps, 1); // a failed press is not remembered
+        // The next peek shows it in the Recent card and lifts it in search.
+        pin(editor);
+        QCOMPARE(model().recentOrder(), QStringList{file.at(2).id()});
+        QCOMPARE(model().historyWeights().keys(), QStringList{file.at(2).id()});
+
+        // Switched off: nothing more is remembered, and nothing is shown.
+        QVERIFY(m_defaults->setBool("rememberCommands", false));
+        m_delegate->execute(file.at(0));
+        QTRY_COMPARE(m_source->pressed->size(), 2);
+        onCrawlThread([] { return true; });
+        QCoreApplication::processEvents();
+        QCOMPARE(m_delegate->history.entries(*editor.appId).size(), 1);
+        pin(editor);
+        QVERIFY(model().recentOrder().isEmpty());
+
+        // Ctrl+E asks where to save the sheet, saves it there and says so; cancelled, nothing.
+        m_savePath = m_dir->filePath("sheet.md");
+        QTest::keyClick(m_delegate->overlay.panel(), Qt::Key_E, Qt::ControlModifier);
+        QVERIFY(m_suggestedPath.endsWith("/Editor shortcuts.html"));
+        QFile sheet(m_savePath);
+        QVERIFY(sheet.open(QIODevice::ReadOnly));
+        QCOMPARE(QString::fromUtf8(sheet.readAll()).count("<kbd>Ctrl</kbd>"), 2); // New and Quit
+        QCOMPARE(model().notice(), "Saved to " + m_savePath);
+        QVERIFY(panelVisible() && model().pinned());
+        m_savePath = m_dir->filePath("missing/folder/sheet.html");
+        model().requestExport();
+        QVERIFY(model().notice().startsWith("Could not save"));
+    }
+
+    void launchAnnouncements_data()
+    {
+        QTest::addColumn<bool>("launchedBefore");
+        QTest::addColumn<QString>("lastSeen"); // "" no record
+        QTest::addColumn<QString>("running");  // "" a build without a version
+        QTest::addColumn<bool>("trusted");
+        QTest::addColumn<QString>("opens"); // "welcome", "whatsnew" or ""
+        QTest::newRow("first launch: Welcome, even after an update") << false << "0.9"
+                                                                     << "1.0" << true << "welcome";
+        QTest::newRow("update with the permission: What's New") << true << "0.9"
+                                                                << "1.0" << true << "whatsnew";
+        QTest::newRow("update without new notes: nothing") << true << "1.0"
+                                                           << "1.0.1" << true << "";
+        QTest::newRow("update without the permission: Welcome") << true << "0.9"
+                                                                << "1.0" << false << "welcome";
+        QTest::newRow("the same version: nothing") << true << "1.0"
+                                                   << "1.0" << true << "";
+        QTest::newRow("a downgrade: nothing") << true << "2.0"
+                                              << "1.0" << true << "";
+        QTest::newRow("a build without a version: nothing") << true << "0.9"
+                                                            << "" << true << "";
+    }
+
+    void launchAnnouncements()
+    {
+        QFETCH(bool, launchedBefore);
+        QFETCH(QString, lastSeen);
+        QFETCH(QString, running);
+        QFETCH(bool, trusted);
+        QFETCH(QString, opens);
+        QVERIFY(m_defaults->remove(AppDelegate::launchedBeforeKey));
+        if (launchedBefore)
+            QVERIFY(m_defaults->setBool(AppDelegate::launchedBeforeKey, true));
+        QVERIFY(m_defaults->setString(VersionTracker::lastSeenKey, lastSeen));
+        QCoreApplication::setApplicationVersion(running);
+        launch(trusted);
+        const auto open = [](QQuickWindow* window) { return window && window->isVisible(); };
+        QCOMPARE(open(WelcomeWindowController::shared().window()), opens == u"welcome");
+        QCOMPARE(open(WhatsNewWindowController::shared().window()), opens == u"whatsnew");
+        QCOMPARE(m_defaults->boolValue(AppDelegate::launchedBeforeKey), std::optional(true));
+        // The record is committed at once (a build without a version writes none): the notes of
+        // an update shown without the permission are not offered again.
+        QCOMPARE(m_defaults->string(VersionTracker::lastSeenKey),
+                 running.isEmpty() ? lastSeen : running);
+    }
 
 private:
-    void launch(bool trusted = true);
-    void pin(const RunningApp& app);
+    void launch(bool trusted = true)
+    {
+        m_trust.granted = m_trust.last = trusted;
+        m_delegate = std::make_unique<AppDelegate>(
+            *m_defaults, AppDelegate::Platform{.monitors = m_monitors,
+                                               .workspace = m_workspace,
+                                               .trust = m_trust,
+                                               .menuSource = m_source,
+                                               .beep = [this] { ++m_beeps; },
+                                               .isCompositing = {},
+                                               .requestBlurBehind = {},
+                                               .showStatusItem = false,
+                                               .askSavePath =
+                                                   [this](const QString& suggested) {
+                                                       m_suggestedPath = suggested;
+                                                       return m_savePath;
+                                                   }});
+        AppDelegate::shared = m_delegate.get();
+        m_crawls = std::make_unique<QSignalSpy>(m_delegate.get(), &AppDelegate::crawlFinished);
+        QSignalSpy announced(m_delegate.get(), &AppDelegate::launchAnnounced);
+        m_delegate->applicationDidFinishLaunching();
+        QTRY_COMPARE(announced.size(), 1);
+    }
+
+    void pin(const RunningApp& app)
+    {
+        m_workspace.front = app;
+        m_delegate->detector.send(HoldStateMachine::Event::pinRequest());
+        QTRY_VERIFY(model().pinned());
+        QVERIFY(panelVisible());
+        QCOMPARE(m_delegate->targetApp->pid, app.pid);
+    }
+
     bool panelVisible() const
     {
         return m_delegate->overlay.panel() && m_delegate->overlay.panel()->isVisible();
     }
+
     void waitForCrawls(int count) { QTRY_COMPARE_WITH_TIMEOUT(m_crawls->size(), count, 5000); }
     OverlayViewModel& model() { return m_delegate->overlay.viewModel(); }
 
@@ -150,352 +484,6 @@ private:
     std::unique_ptr<AppDelegate> m_delegate;
     std::unique_ptr<QSignalSpy> m_crawls;
 };
-
-void TestAppDelegate::init()
-{
-    m_dir = std::make_unique<QTemporaryDir>();
-    m_defaults = std::make_unique<UserDefaults>(m_dir->filePath("corvane.conf"));
-    // Not the first launch, and no version compiled in: nothing opens at launch unless the
-    // permission is missing.
-    QVERIFY(m_defaults->setBool(AppDelegate::launchedBeforeKey, true));
-    QCoreApplication::setApplicationVersion(QString());
-    m_source = std::make_shared<FakeSource>();
-    m_source->set(editor.pid, "File{New=Ctrl+N,Open…,Quit=Ctrl+Q},Edit{Undo,Redo}");
-    m_source->set(viewer.pid, "View{Zoom In,Zoom Out}");
-    m_workspace.front = editor;
-    m_beeps = 0;
-    m_monitors.handlers.clear();
-    m_monitors.pointer = {-50, -50}; // away from the panel
-}
-
-void TestAppDelegate::cleanup()
-{
-    m_crawls.reset();
-    onCrawlThread([] { return true; }); // queued crawls end before their delegate goes
-    QCoreApplication::processEvents();
-    QCOMPARE(m_source->readsOnTheMainThread, 0);
-    AppDelegate::shared = nullptr;
-    m_delegate.reset();
-    SettingsWindowPresenter::shared().close();
-    WelcomeWindowController::shared().close();
-    WhatsNewWindowController::shared().close();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-}
-
-void TestAppDelegate::launch(bool trusted)
-{
-    m_trust.granted = m_trust.last = trusted;
-    m_delegate = std::make_unique<AppDelegate>(
-        *m_defaults, AppDelegate::Platform{.monitors = m_monitors,
-                                           .workspace = m_workspace,
-                                           .trust = m_trust,
-                                           .menuSource = m_source,
-                                           .beep = [this] { ++m_beeps; },
-                                           .isCompositing = {},
-                                           .requestBlurBehind = {},
-                                           .showStatusItem = false,
-                                           .askSavePath =
-                                               [this](const QString& suggested) {
-                                                   m_suggestedPath = suggested;
-                                                   return m_savePath;
-                                               }});
-    AppDelegate::shared = m_delegate.get();
-    m_crawls = std::make_unique<QSignalSpy>(m_delegate.get(), &AppDelegate::crawlFinished);
-    QSignalSpy announced(m_delegate.get(), &AppDelegate::launchAnnounced);
-    m_delegate->applicationDidFinishLaunching();
-    QTRY_COMPARE(announced.size(), 1);
-}
-
-void TestAppDelegate::pin(const RunningApp& app)
-{
-    m_workspace.front = app;
-    m_delegate->detector.send(HoldStateMachine::Event::pinRequest());
-    QTRY_VERIFY(model().pinned());
-    QVERIFY(panelVisible());
-    QCOMPARE(m_delegate->targetApp->pid, app.pid);
-}
-
-void TestAppDelegate::triggerSettings_data()
-{
-    QTest::addColumn<QString>("trigger");     // as stored; "" nothing stored
-    QTest::addColumn<QString>("delay");       // as stored; "" nothing stored
-    QTest::addColumn<qulonglong>("modifier"); // 0: none
-    QTest::addColumn<double>("holdDelay");
-    QTest::addColumn<QString>("header");
-    const QString peek = "Hold %1 to peek at any app's shortcuts";
-    QTest::newRow("defaults") << ""
-                              << "" << qulonglong(ModifierFlags::command) << 0.85
-                              << peek.arg("Ctrl");
-    QTest::newRow("Alt") << "option"
-                         << "1.25" << qulonglong(ModifierFlags::option) << 1.25 << peek.arg("Alt");
-    QTest::newRow("Super") << "control"
-                           << "2.0" << qulonglong(ModifierFlags::control) << 2.0
-                           << peek.arg("Super");
-    QTest::newRow("off") << "off"
-                         << "0.3" << 0ULL << 0.3 << "Hold-to-peek is off";
-    QTest::newRow("unknown texts are Ctrl; short delays 0.3")
-        << "Option"
-        << "0.1" << qulonglong(ModifierFlags::command) << 0.3 << peek.arg("Ctrl");
-    QTest::newRow("long delays 2.0")
-        << "fn"
-        << "5" << qulonglong(ModifierFlags::command) << 2.0 << peek.arg("Ctrl");
-    QTest::newRow("a delay that is no number")
-        << "OFF"
-        << "soon" << qulonglong(ModifierFlags::command) << 0.85 << peek.arg("Ctrl");
-}
-
-void TestAppDelegate::triggerSettings()
-{
-    QFETCH(QString, trigger);
-    QFETCH(QString, delay);
-    QFETCH(qulonglong, modifier);
-    QFETCH(double, holdDelay);
-    QFETCH(QString, header);
-    if (!trigger.isEmpty())
-        QVERIFY(m_defaults->setString("triggerModifier", trigger));
-    if (!delay.isEmpty())
-        QVERIFY(m_defaults->setString("holdDelay", delay));
-    launch();
-    QCOMPARE(m_delegate->detector.triggerModifier.value_or(0), modifier);
-    QCOMPARE(m_delegate->detector.holdDelay, holdDelay);
-    QCOMPARE(m_delegate->detector.installedMonitorCount(), 4);
-    Q_EMIT m_delegate->statusMenuController->menu->aboutToShow(); // read when the menu opens
-    QCOMPARE(m_delegate->statusMenuController->headerItem->text(), header);
-    QCOMPARE(model().triggerSymbol(), m_delegate->triggerSymbol());
-    // The registered defaults are fallbacks, never written.
-    for (const char* key : {"showDisabledItems", "showItemsWithoutShortcut", "glassyBackground"})
-        QVERIFY2(!m_defaults->contains(QString::fromLatin1(key)), key);
-}
-
-void TestAppDelegate::triggerOffNeverArmsButPeekWorks()
-{
-    QVERIFY(m_defaults->setString("triggerModifier", "off"));
-    launch();
-    for (const auto flag : {ModifierFlags::command, ModifierFlags::option, ModifierFlags::control})
-        m_monitors.modifiers(flag);
-    QCOMPARE(m_delegate->detector.machine.state, State::idle);
-    m_delegate->statusMenuController->peekItem->trigger(); // the tray's way in still works
-    QTRY_VERIFY(model().pinned());
-    m_delegate->statusMenuController->peekItem->trigger(); // and closes again
-    QCOMPARE(m_delegate->detector.machine.state, State::idle);
-
-    // With Ctrl back, holding it while Corvane's own window is in front never arms.
-    QVERIFY(m_defaults->setString("triggerModifier", "command"));
-    m_delegate->reloadTriggerSettings();
-    m_monitors.modifiers(0);
-    m_workspace.activate(ourselves);
-    m_monitors.modifiers(ModifierFlags::command);
-    QCOMPARE(m_delegate->detector.machine.state, State::idle);
-    m_monitors.modifiers(0);
-    m_workspace.activate(editor);
-    m_monitors.modifiers(ModifierFlags::command);
-    QCOMPARE(m_delegate->detector.machine.state, State::arming);
-}
-
-void TestAppDelegate::prefetchStagesOnlyWhileTheHoldWaits()
-{
-    QVERIFY(m_defaults->setDouble("holdDelay", 2.0));
-    launch();
-    m_monitors.modifiers(ModifierFlags::command);
-    waitForCrawls(1);
-    QVERIFY(!panelVisible()); // still holding: nothing shows, but the hidden overlay is filled
-    QCOMPARE(commandCount(model().sections()), 5);
-    m_monitors.modifiers(0);
-
-    // A hold that ended before its prefetch did (a chord such as Ctrl+C) stages nothing.
-    QSemaphore gate;
-    m_source->gates.insert(viewer.pid, &gate);
-    m_workspace.front = viewer;
-    m_monitors.modifiers(ModifierFlags::command);
-    m_monitors.modifiers(0);
-    gate.release();
-    waitForCrawls(2);
-    m_source->gates.clear();
-    QVERIFY(m_delegate->cache->catalog(*viewer.appId)); // stored all the same
-    QCOMPARE(model().appName(), editor.name);
-    QVERIFY(!panelVisible());
-}
-
-void TestAppDelegate::crawlsOfAnotherApplicationAndWithoutPermission()
-{
-    launch();
-    QSemaphore gate;
-    m_source->gates.insert(viewer.pid, &gate);
-    m_delegate->crawlAndUpdate(viewer); // held at the gate
-    pin(editor);
-    gate.release(); // the viewer's crawl ends while the editor is shown
-    waitForCrawls(2);
-    m_source->gates.clear();
-    QCOMPARE(m_crawls->at(0).at(0).value<RunningApp>().pid, viewer.pid);
-    QCOMPARE(m_crawls->at(0).at(1).toBool(), false); // the shown overlay was left alone
-    QCOMPARE(model().appName(), editor.name);
-    QCOMPARE(commandCount(model().sections()), 5);
-    QVERIFY(m_delegate->cache->catalog(*viewer.appId));
-
-    m_trust.last = false; // withdrawn: the next crawl is skipped
-    QTest::ignoreMessage(QtCriticalMsg, "crawl skipped: process not trusted");
-    m_delegate->crawlAndUpdate(viewer);
-    onCrawlThread([] { return true; });
-    QCoreApplication::processEvents();
-    QCOMPARE(m_crawls->size(), 2);
-}
-
-void TestAppDelegate::unreadableApplicationSaysWhy_data()
-{
-    using Unreadable = OverlayViewModel::Unreadable;
-    QTest::addColumn<QList<int>>("answers"); // the editor's reads, the last one repeated
-    QTest::addColumn<Unreadable>("unreadable");
-    QTest::newRow("not on the bus") << QList<int>{applicationNotFound} << Unreadable::notOnBus;
-    QTest::newRow("on the bus, publishing nothing")
-        << QList<int>{applicationUnpublished} << Unreadable::restartNeeded;
-    QTest::newRow("still starting, then read")
-        << QList<int>{applicationStarting, applicationStarting, menuBarFound} << Unreadable::no;
-    QTest::newRow("too slow this time") << QList<int>{requestTimedOut} << Unreadable::no;
-}
-
-void TestAppDelegate::unreadableApplicationSaysWhy()
-{
-    QFETCH(QList<int>, answers);
-    QFETCH(OverlayViewModel::Unreadable, unreadable);
-    m_source->answers.insert(editor.pid, answers);
-    launch();
-    pin(editor);
-    // A starting application is asked again a second later, as long as the panel shows it.
-    QTRY_VERIFY_WITH_TIMEOUT(m_source->reads.value(editor.pid) >= answers.size(), 5000);
-    onCrawlThread([] { return true; });
-    QCoreApplication::processEvents();
-    QCOMPARE(model().unreadable(), unreadable);
-    QCOMPARE(model().unreadableText().startsWith(editor.name),
-             unreadable != OverlayViewModel::Unreadable::no);
-    QCOMPARE(model().sections().isEmpty(), answers.last() != menuBarFound);
-}
-
-void TestAppDelegate::showWithoutAUsableApplicationCloses()
-{
-    launch();
-    for (const RunningApp& front : {ourselves, noId}) { // nothing seen before; no id
-        m_workspace.front = front;
-        m_delegate->detector.send(HoldStateMachine::Event::pinRequest());
-        QCoreApplication::processEvents();
-        QCOMPARE(m_delegate->detector.machine.state, State::idle);
-        QVERIFY(!panelVisible());
-    }
-}
-
-void TestAppDelegate::runCommandsAreRememberedAndExported()
-{
-    launch();
-    pin(editor);
-    waitForCrawls(1);
-    const QList<MenuCommand> file = model().sections().at(0).commands;
-    m_delegate->execute(file.at(2)); // Quit
-    QTRY_COMPARE(*m_source->pressed, QStringList{"File/Quit"});
-    QTRY_COMPARE(m_delegate->history.entries(*editor.appId).size(), 1);
-    pin(editor);
-    m_delegate->execute(MenuCommand{{{"File", 0}, {"Gone", 0}}, ShortcutKeys::none, true, false});
-    QTRY_COMPARE(m_beeps, 1); // a failed press is not remembered
-    // The next peek shows it in the Recent card and lifts it in search.
-    pin(editor);
-    QCOMPARE(model().recentOrder(), QStringList{file.at(2).id()});
-    QCOMPARE(model().historyWeights().keys(), QStringList{file.at(2).id()});
-
-    // Switched off: nothing more is remembered, and nothing is shown.
-    QVERIFY(m_defaults->setBool("rememberCommands", false));
-    m_delegate->execute(file.at(0));
-    QTRY_COMPARE(m_source->pressed->size(), 2);
-    onCrawlThread([] { return true; });
-    QCoreApplication::processEvents();
-    QCOMPARE(m_delegate->history.entries(*editor.appId).size(), 1);
-    pin(editor);
-    QVERIFY(model().recentOrder().isEmpty());
-
-    // Ctrl+E asks where to save the sheet, saves it there and says so; cancelled, nothing.
-    m_savePath = m_dir->filePath("sheet.md");
-    QTest::keyClick(m_delegate->overlay.panel(), Qt::Key_E, Qt::ControlModifier);
-    QVERIFY(m_suggestedPath.endsWith("/Editor shortcuts.html"));
-    QFile sheet(m_savePath);
-    QVERIFY(sheet.open(QIODevice::ReadOnly));
-    QCOMPARE(QString::fromUtf8(sheet.readAll()).count("<kbd>Ctrl</kbd>"), 2); // New and Quit
-    QCOMPARE(model().notice(), "Saved to " + m_savePath);
-    QVERIFY(panelVisible() && model().pinned());
-    m_savePath = m_dir->filePath("missing/folder/sheet.html");
-    model().requestExport();
-    QVERIFY(model().notice().startsWith("Could not save"));
-}
-
-void TestAppDelegate::favoritesShowWhatTheStoreHolds()
-{
-    launch();
-    const MenuCommand orphan{{{"File", 0}, {"New", 0}}, ShortcutKeys::none, true, false};
-    model().onToggleFavorite(orphan); // no target: nothing stored
-    QVERIFY(!m_defaults->contains("favorites." + *editor.appId));
-    pin(editor);
-    waitForCrawls(1);
-    const MenuCommand kept = model().sections().at(0).commands.at(0);
-    const MenuCommand refused = model().sections().at(0).commands.at(1);
-    model().onToggleFavorite(kept);
-    QCOMPARE(model().favoriteOrder(), QStringList{kept.id()});
-    QVERIFY(model().favoriteIDs().contains(kept.id()));
-    {
-        ReadOnlyFolder readOnly(m_dir->path());
-        QVERIFY2(readOnly.isReadOnly(), qPrintable(readOnly.reason()));
-        // Neither adding nor removing can be stored: the stars stay as the store has them.
-        model().onToggleFavorite(refused);
-        model().onToggleFavorite(kept);
-        QCOMPARE(model().favoriteOrder(), QStringList{kept.id()});
-        QCOMPARE(model().favoriteIDs(), QSet<QString>{kept.id()});
-    }
-    UserDefaults reread(m_dir->filePath("corvane.conf"));
-    QCOMPARE(FavoritesStore(reread).ids(*editor.appId), QStringList{kept.id()});
-    model().onToggleFavorite(kept);
-    QVERIFY(model().favoriteOrder().isEmpty() && model().favoriteIDs().isEmpty());
-}
-
-void TestAppDelegate::launchAnnouncements_data()
-{
-    QTest::addColumn<bool>("launchedBefore");
-    QTest::addColumn<QString>("lastSeen"); // "" no record
-    QTest::addColumn<QString>("running");  // "" a build without a version
-    QTest::addColumn<bool>("trusted");
-    QTest::addColumn<QString>("opens"); // "welcome", "whatsnew" or ""
-    QTest::newRow("first launch: Welcome, even after an update") << false << "0.9"
-                                                                 << "1.0" << true << "welcome";
-    QTest::newRow("update with the permission: What's New") << true << "0.9"
-                                                            << "1.0" << true << "whatsnew";
-    QTest::newRow("update without new notes: nothing") << true << "1.0"
-                                                       << "1.0.1" << true << "";
-    QTest::newRow("update without the permission: Welcome") << true << "0.9"
-                                                            << "1.0" << false << "welcome";
-    QTest::newRow("the same version: nothing") << true << "1.0"
-                                               << "1.0" << true << "";
-    QTest::newRow("a downgrade: nothing") << true << "2.0"
-                                          << "1.0" << true << "";
-    QTest::newRow("a build without a version: nothing") << true << "0.9"
-                                                        << "" << true << "";
-}
-
-void TestAppDelegate::launchAnnouncements()
-{
-    QFETCH(bool, launchedBefore);
-    QFETCH(QString, lastSeen);
-    QFETCH(QString, running);
-    QFETCH(bool, trusted);
-    QFETCH(QString, opens);
-    QVERIFY(m_defaults->remove(AppDelegate::launchedBeforeKey));
-    if (launchedBefore)
-        QVERIFY(m_defaults->setBool(AppDelegate::launchedBeforeKey, true));
-    QVERIFY(m_defaults->setString(VersionTracker::lastSeenKey, lastSeen));
-    QCoreApplication::setApplicationVersion(running);
-    launch(trusted);
-    const auto open = [](QQuickWindow* window) { return window && window->isVisible(); };
-    QCOMPARE(open(WelcomeWindowController::shared().window()), opens == u"welcome");
-    QCOMPARE(open(WhatsNewWindowController::shared().window()), opens == u"whatsnew");
-    QCOMPARE(m_defaults->boolValue(AppDelegate::launchedBeforeKey), std::optional(true));
-    // The record is committed at once (a build without a version writes none): the notes of
-    // an update shown without the permission are not offered again.
-    QCOMPARE(m_defaults->string(VersionTracker::lastSeenKey),
-             running.isEmpty() ? lastSeen : running);
-}
 
 QTEST_MAIN(TestAppDelegate)
 #include "tst_appdelegate.moc"

@@ -74,81 +74,78 @@ class TestWayland : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase();
-    void wholeLoop_data();
-    void wholeLoop();
+    void initTestCase()
+    {
+        QVERIFY2(qEnvironmentVariableIsSet("SWAYSOCK"),
+                 "run under tools/test-session.sh --wayland");
+        QVERIFY(qgetenv("DISPLAY").isEmpty());
+        m_corvane = std::make_unique<CorvaneProcess>(QStringLiteral(CORVANE));
+        m_corvane->start();
+        QVERIFY(m_corvane->waitForLine("windows: sway floats them", 1, 0, 5000));
+    }
+
+    void cleanupTestCase()
+    {
+        m_corvane.reset();
+        for (QProcess* app : std::as_const(m_apps)) {
+            app->kill();
+            app->waitForFinished(5000);
+            delete app;
+        }
+    }
+
+    void wholeLoop_data()
+    {
+        QTest::addColumn<QString>("program");
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("appId");
+        QTest::addColumn<QString>("about"); // the window Help ▸ About opens
+        QTest::newRow("GTK 3") << "geany" << QStringList{"--new-instance", "--no-session"}
+                               << "geany"
+                               << "About Geany";
+        QTest::newRow("Qt 5") << "featherpad" << QStringList{"--standalone"} << "featherpad"
+                              << "About FeatherPad";
+    }
+
+    void wholeLoop()
+    {
+        QFETCH(QString, program);
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, appId);
+        QFETCH(QString, about);
+        auto* app = new QProcess;
+        m_apps.append(app);
+        app->start(program, arguments);
+        QTRY_VERIFY_WITH_TIMEOUT(window(appId, ""), 20000);
+        QCOMPARE(window(appId, "")->pid, app->processId()); // a native Wayland window
+        QTest::qWait(1500); // on the accessibility bus, and activated
+
+        // Hold Ctrl for 1.5 s: the panel floats over the application, with its menus read.
+        const qsizetype from = m_corvane->lines().size();
+        std::unique_ptr<QProcess> hold(
+            type({"-s", "300", "-P", "Control_L", "-s", "1500", "-p", "Control_L"}));
+        QTRY_VERIFY_WITH_TIMEOUT(panelShown(), 3000);
+        QVERIFY(m_corvane->waitForLine(QStringLiteral("crawl: %1 \u2192 ").arg(appId), 1, from));
+        QVERIFY(hold->waitForFinished(5000));
+        QTRY_VERIFY_WITH_TIMEOUT(!panelShown(), 2000);
+
+        // corvane --peek: shown, and it stays.
+        QCOMPARE(QProcess::execute(QStringLiteral(CORVANE), {"--peek"}), 0);
+        QTRY_VERIFY_WITH_TIMEOUT(panelShown(), 3000);
+        QTest::qWait(1000);
+        QVERIFY(panelShown());
+
+        // A query and Return: Help ▸ About runs in the application.
+        std::unique_ptr<QProcess> typing(type({"-s", "300", "about", "-s", "300", "-k", "Return"}));
+        QVERIFY(typing->waitForFinished(5000));
+        QTRY_VERIFY_WITH_TIMEOUT(window(appId, about), 5000);
+        QTRY_VERIFY(!panelShown()); // the application may answer before the fade-out ends
+    }
 
 private:
     std::unique_ptr<CorvaneProcess> m_corvane;
     QList<QProcess*> m_apps;
 };
-
-void TestWayland::initTestCase()
-{
-    QVERIFY2(qEnvironmentVariableIsSet("SWAYSOCK"), "run under tools/test-session.sh --wayland");
-    QVERIFY(qgetenv("DISPLAY").isEmpty());
-    m_corvane = std::make_unique<CorvaneProcess>(QStringLiteral(CORVANE));
-    m_corvane->start();
-    QVERIFY(m_corvane->waitForLine("windows: sway floats them", 1, 0, 5000));
-}
-
-void TestWayland::cleanupTestCase()
-{
-    m_corvane.reset();
-    for (QProcess* app : std::as_const(m_apps)) {
-        app->kill();
-        app->waitForFinished(5000);
-        delete app;
-    }
-}
-
-void TestWayland::wholeLoop_data()
-{
-    QTest::addColumn<QString>("program");
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("appId");
-    QTest::addColumn<QString>("about"); // the window Help ▸ About opens
-    QTest::newRow("GTK 3") << "geany" << QStringList{"--new-instance", "--no-session"} << "geany"
-                           << "About Geany";
-    QTest::newRow("Qt 5") << "featherpad" << QStringList{"--standalone"} << "featherpad"
-                          << "About FeatherPad";
-}
-
-void TestWayland::wholeLoop()
-{
-    QFETCH(QString, program);
-    QFETCH(QStringList, arguments);
-    QFETCH(QString, appId);
-    QFETCH(QString, about);
-    auto* app = new QProcess;
-    m_apps.append(app);
-    app->start(program, arguments);
-    QTRY_VERIFY_WITH_TIMEOUT(window(appId, ""), 20000);
-    QCOMPARE(window(appId, "")->pid, app->processId()); // a native Wayland window
-    QTest::qWait(1500);                                 // on the accessibility bus, and activated
-
-    // Hold Ctrl for 1.5 s: the panel floats over the application, with its menus read.
-    const qsizetype from = m_corvane->lines().size();
-    std::unique_ptr<QProcess> hold(
-        type({"-s", "300", "-P", "Control_L", "-s", "1500", "-p", "Control_L"}));
-    QTRY_VERIFY_WITH_TIMEOUT(panelShown(), 3000);
-    QVERIFY(m_corvane->waitForLine(QStringLiteral("crawl: %1 \u2192 ").arg(appId), 1, from));
-    QVERIFY(hold->waitForFinished(5000));
-    QTRY_VERIFY_WITH_TIMEOUT(!panelShown(), 2000);
-
-    // corvane --peek: shown, and it stays.
-    QCOMPARE(QProcess::execute(QStringLiteral(CORVANE), {"--peek"}), 0);
-    QTRY_VERIFY_WITH_TIMEOUT(panelShown(), 3000);
-    QTest::qWait(1000);
-    QVERIFY(panelShown());
-
-    // A query and Return: Help ▸ About runs in the application.
-    std::unique_ptr<QProcess> typing(type({"-s", "300", "about", "-s", "300", "-k", "Return"}));
-    QVERIFY(typing->waitForFinished(5000));
-    QTRY_VERIFY_WITH_TIMEOUT(window(appId, about), 5000);
-    QTRY_VERIFY(!panelShown()); // the application may answer before the fade-out ends
-}
 
 QTEST_GUILESS_MAIN(TestWayland)
 #include "tst_wayland.moc"

@@ -66,31 +66,269 @@ class TestOverlayPanel : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
+    void initTestCase()
+    {
+        QVERIFY2(qEnvironmentVariableIsSet("CORVANE_SESSION"), "run under tools/test-session.sh");
+        auto* english = new QTranslator(qApp); // the plural forms the program carries
+        QVERIFY(english->load(":/corvane/translations/corvane_en.qm"));
+        QCoreApplication::installTranslator(english);
+        m_programs = new Programs(this);
+        m_mousepad = m_programs->startWithWindow("mousepad", {"--disable-server"}, "Mousepad");
+        // Filling the screen, so that whatever shows around the panel is mousepad.
+        xdotool({"search", "--onlyvisible", "--pid", QString::number(m_mousepad), ".", "windowmove",
+                 "%@", "0", "0", "windowsize", "%@", "100%", "100%"});
+    }
 
-    void opaqueWithoutACompositorTranslucentWithOne();
-    void fadesAndALateFadeOutHidesNothing();
-    void unpinnedKeysGoToTheApplication();
-    void pinnedKeysDriveTheOverlay();
-    void everyPresentationStartsAfresh();
-    void contentStatesAndCount();
-    void favoritesCard();
-    void searchListScrolls();
-    void rowsClickStarAndDisabled();
+    void init()
+    {
+        m_controller = std::make_unique<OverlayPanelController>();
+        m_executed.clear();
+        m_toggled.clear();
+        m_closeRequests = m_pinRequests = 0;
+        m_probe.keys.clear();
+        OverlayViewModel& model = m_controller->viewModel();
+        model.onExecute = [this](const MenuCommand& c) { m_executed << c; };
+        model.onToggleFavorite = [this](const MenuCommand& c) { m_toggled << c; };
+        model.onCloseRequest = [this] { ++m_closeRequests; };
+        model.onPinRequest = [this] { ++m_pinRequests; };
+        QVERIFY(activateWindowOf(m_mousepad, "Mousepad"));
+        xdotool({"mousemove", "0", "0"});
+    }
+
+    void cleanup()
+    {
+        m_controller.reset();
+        QTRY_COMPARE(activeWindowPid(), m_mousepad);
+    }
+
+    void unpinnedKeysGoToTheApplication()
+    {
+        QVERIFY(!mousepadTitle().startsWith(u'*'));
+        present();
+        type("ab");
+        key("Return");
+        key("Escape");
+        QTRY_VERIFY2(mousepadTitle().startsWith(u'*'), qPrintable(mousepadTitle())); // modified
+        QCOMPARE(m_controller->viewModel().query(), QString());
+        QCOMPARE(m_closeRequests, 0);
+        QVERIFY(m_probe.keys.isEmpty());
+        for (int i = 0; i < 3; ++i)
+            key("ctrl+z");
+    }
+
+    void pinnedKeysDriveTheOverlay()
+    {
+        const QString title = mousepadTitle();
+        present();
+        pin();
+        // Return without a search is passed on to the field and runs nothing.
+        key("Return");
+        QCOMPARE(m_probe.keys.count(Qt::Key_Return), 1);
+        type("save");
+        QTRY_COMPARE(m_controller->viewModel().query(), "save");
+        QCOMPARE(activeWindowPid(), m_mousepad); // the application stays active…
+        QCOMPARE(mousepadTitle(), title);        // …and got none of the typing
+        for (int i = 0; i < 5; ++i)
+            key("Down"); // bounded by the two results
+        QCOMPARE(m_controller->viewModel().selection(), 1);
+        key("Up");
+        key("Down");
+        const MenuCommand expected = m_controller->viewModel().searchResults().at(1);
+        key("Return");
+        key("KP_Enter");
+        QTRY_COMPARE(m_executed.size(), 2);
+        QCOMPARE(m_executed[0], expected);
+        QCOMPARE(m_probe.keys.count(Qt::Key_Return), 1); // consumed once a search is active
+        QVERIFY(!m_probe.keys.contains(Qt::Key_Down));
+        m_controller->pin(); // a second pin installs no second key monitor
+        key("Up");
+        QCOMPARE(m_controller->viewModel().selection(), 0);
+        key("Escape");
+        QCOMPARE(m_closeRequests, 1);
+        QVERIFY(!m_probe.keys.contains(Qt::Key_Escape));
+
+        // Dismissed, the keyboard goes back to the application.
+        m_controller->dismiss();
+        QVERIFY(!m_controller->panel()->hasKeyboard());
+        QVERIFY(!m_controller->keyMonitorInstalled());
+        type("x");
+        QTRY_VERIFY(mousepadTitle().startsWith(u'*'));
+        key("ctrl+z");
+    }
+
+    void everyPresentationStartsAfresh()
+    {
+        MenuCatalog tall = sample();
+        for (int i = 0; i < 200; ++i)
+            tall.sections[0].commands << command({"File", QStringLiteral("Recent %1").arg(i)});
+        present(tall);
+        PeekPanel* first = m_controller->panel();
+        pin();
+        type("rec");
+        QTRY_COMPARE(m_controller->viewModel().query(), "rec");
+        QQuickItem* grid = find("sectionGrid");
+        const qreal top = grid->property("contentY").toReal();
+        grid->setProperty("contentY", top + 2000);
+        m_controller->viewModel().setSelection(4);
+        MenuCatalog smaller = tall;
+        smaller.sections[0].commands.removeLast();
+        m_controller->update(smaller); // a fresh crawl keeps a selection that still exists…
+        QCOMPARE(m_controller->viewModel().selection(), 4);
+        smaller.sections[0].commands = smaller.sections[0].commands.mid(0, 5);
+        m_controller->update(smaller); // …and resets one past the results
+        QCOMPARE(m_controller->viewModel().selection(), 0);
+        m_controller->dismiss();
+        present(tall);
+        QCOMPARE(m_controller->panel(), first); // made once
+        QCOMPARE(m_controller->viewModel().query(), QString());
+        QVERIFY(!find("searchText")->hasActiveFocus());
+        QCOMPARE(grid->property("contentY").toReal(), top);
+    }
+
+    void contentStatesAndCount()
+    {
+        present(std::nullopt); // no catalog yet: loading, also while typing
+        m_controller->pin();
+        m_controller->viewModel().setQuery("sa");
+        QVERIFY(nextFrame(m_controller->panel()));
+        QVERIFY(shown(find("loading")));
+        QVERIFY(!shown(find("searchList")) && !shown(find("sectionGrid")));
+
+        MenuCatalog allDisabled = sample();
+        for (MenuSection& section : allDisabled.sections)
+            for (MenuCommand& c : section.commands)
+                c.enabled = false;
+        present(allDisabled, {}, false); // everything filtered out: an empty grid, not loading
+        QVERIFY(shown(find("sectionGrid")) && !shown(find("loading")));
+        QVERIFY(visibleItems(m_controller->rootView(), "sectionCard").isEmpty());
+        QCOMPARE(find("countLine")->property("text").toString(), "0 commands");
+        present(MenuCatalog{{}, {}, {{"File", {command({"File", "New"})}}}}, {}, true, "Super");
+        QCOMPARE(find("countLine")->property("text").toString(), "1 command");
+        QCOMPARE(find("footerNote")->property("text").toString(),
+                 "Release Super over this panel to keep it open");
+
+        present();
+        m_controller->pin();
+        m_controller->viewModel().setQuery("   "); // spaces: still the grid
+        QVERIFY(nextFrame(m_controller->panel()));
+        QVERIFY(shown(find("sectionGrid")) && !shown(find("searchList")));
+        m_controller->viewModel().setQuery("s"); // a letter: the results
+        QVERIFY(nextFrame(m_controller->panel()));
+        QVERIFY(shown(find("searchList")) && !shown(find("sectionGrid")));
+        const QList<QQuickItem*> highlights = visibleItems(find("searchList"), "highlight");
+        QVERIFY(highlights.size() > 1);
+        QVERIFY(colorOf(highlights[0]).alpha() > 0); // the selection
+        QCOMPARE(colorOf(highlights[1]).alpha(), 0); // the others
+    }
+
+    void rowsClickStarAndDisabled()
+    {
+        present();
+        QQuickItem* undo = row("CommandRow", "Undo"); // disabled
+        QCOMPARE(undo->opacity(), 0.4);
+        QQuickItem* star = item(undo, "star");
+        QVERIFY(!star->isVisible());
+        hover(undo);
+        QTRY_VERIFY(star->isVisible()); // the star shows on hover, even on a disabled row
+        QCOMPARE(colorOf(item(undo, "highlight")).alpha(), 0);
+        xdotool({"click", "1"});
+        QTest::qWait(100);
+        hover(star);
+        QTest::qWait(100);
+        xdotool({"click", "1"});
+        QTRY_COMPARE(m_toggled.size(), 1);
+        QCOMPARE(m_toggled[0].id(), command({"Edit", "Undo"}).id());
+        QVERIFY(m_executed.isEmpty()); // a click on a disabled row runs nothing
+
+        QQuickItem* save = row("CommandRow", "Save");
+        hover(save);
+        QTRY_VERIFY(colorOf(item(save, "highlight")).alpha() > 0);
+        xdotool({"click", "1"});
+        QTRY_COMPARE(m_executed.size(), 1);
+        QCOMPARE(m_executed[0].id(), command({"File", "Save"}).id());
+
+        // In the results a disabled row is not clicked either, but Return runs it.
+        m_controller->pin();
+        m_controller->viewModel().setQuery("undo");
+        QVERIFY(nextFrame(m_controller->panel()));
+        hover(row("SearchRow", "Undo"));
+        xdotool({"click", "1"});
+        QTest::qWait(100);
+        QCOMPARE(m_executed.size(), 1);
+        m_controller->viewModel().executeSelection();
+        QCOMPARE(m_executed.size(), 2);
+
+        // The search field of an unpinned panel asks for the pin.
+        present();
+        hover(find("searchField"));
+        xdotool({"click", "1"});
+        QTRY_COMPARE(m_pinRequests, 1);
+    }
 
 private:
     void present(const std::optional<MenuCatalog>& catalog = sample(),
                  const QStringList& favorites = {}, bool showDisabled = true,
-                 const QString& trigger = "Ctrl");
-    void pin();
-    void key(const QString& name);
-    void type(const QString& text);
-    void hover(QQuickItem* item);
+                 const QString& trigger = "Ctrl")
+    {
+        m_controller->present(RunningApp{m_mousepad, {}, "Editor", {}}, catalog, favorites,
+                              showDisabled, true, true, trigger);
+        QVERIFY(QTest::qWaitForWindowExposed(m_controller->panel()));
+        QVERIFY(nextFrame(m_controller->panel()));
+        find("searchText")->installEventFilter(&m_probe);
+    }
+
+    void pin()
+    {
+        m_controller->pin();
+        QTRY_VERIFY(m_controller->panel()->hasKeyboard());
+        QTRY_VERIFY(find("searchText")->hasActiveFocus());
+    }
+
+    void key(const QString& name)
+    {
+        xdotool({"key", name});
+        QTest::qWait(50); // the X events reach us through the event loop
+    }
+
+    void type(const QString& text)
+    {
+        xdotool({"type", "--delay", "20", text});
+        QTest::qWait(50);
+    }
+
+    void hover(QQuickItem* target)
+    {
+        QVERIFY(target);
+        const QPointF centre =
+            target->mapToGlobal(QPointF(target->width() / 2, target->height() / 2));
+        xdotool({"mousemove", QString::number(qRound(centre.x())),
+                 QString::number(qRound(centre.y()))});
+    }
+
     QQuickItem* find(const QString& name) { return item(m_controller->rootView(), name); }
-    QQuickItem* row(const QString& kind, const QString& title);
-    QString mousepadTitle() const;
+    // The CommandRow or SearchRow shown with this title.
+    QQuickItem* row(const QString& kind, const QString& title)
+    {
+        for (QQuickItem* text : visibleItems(m_controller->rootView(), "title")) {
+            QQuickItem* candidate = text;
+            while (candidate &&
+                   !QString::fromLatin1(candidate->metaObject()->className()).startsWith(kind))
+                candidate = candidate->parentItem();
+            if (candidate && text->property("text").toString() == title)
+                return candidate;
+        }
+        qWarning("no %s titled \"%s\"", qPrintable(kind), qPrintable(title));
+        return nullptr;
+    }
+
+    QString mousepadTitle() const
+    {
+        const QString window = xdotool({"search", "--all", "--onlyvisible", "--pid",
+                                        QString::number(m_mousepad), "--name", "Mousepad"},
+                                       false)
+                                   .section(u'\n', 0, 0);
+        return window.isEmpty() ? QString() : xdotool({"getwindowname", window}, false);
+    }
 
     Programs* m_programs = nullptr;
     qint64 m_mousepad = 0;
@@ -99,371 +337,6 @@ private:
     int m_closeRequests = 0, m_pinRequests = 0;
     KeyProbe m_probe;
 };
-
-void TestOverlayPanel::initTestCase()
-{
-    QVERIFY2(qEnvironmentVariableIsSet("CORVANE_SESSION"), "run under tools/test-session.sh");
-    auto* english = new QTranslator(qApp); // the plural forms the program carries
-    QVERIFY(english->load(":/corvane/translations/corvane_en.qm"));
-    QCoreApplication::installTranslator(english);
-    m_programs = new Programs(this);
-    m_mousepad = m_programs->startWithWindow("mousepad", {"--disable-server"}, "Mousepad");
-    // Filling the screen, so that whatever shows around the panel is mousepad.
-    xdotool({"search", "--onlyvisible", "--pid", QString::number(m_mousepad), ".", "windowmove",
-             "%@", "0", "0", "windowsize", "%@", "100%", "100%"});
-}
-
-void TestOverlayPanel::init()
-{
-    m_controller = std::make_unique<OverlayPanelController>();
-    m_executed.clear();
-    m_toggled.clear();
-    m_closeRequests = m_pinRequests = 0;
-    m_probe.keys.clear();
-    OverlayViewModel& model = m_controller->viewModel();
-    model.onExecute = [this](const MenuCommand& c) { m_executed << c; };
-    model.onToggleFavorite = [this](const MenuCommand& c) { m_toggled << c; };
-    model.onCloseRequest = [this] { ++m_closeRequests; };
-    model.onPinRequest = [this] { ++m_pinRequests; };
-    QVERIFY(activateWindowOf(m_mousepad, "Mousepad"));
-    xdotool({"mousemove", "0", "0"});
-}
-
-void TestOverlayPanel::cleanup()
-{
-    m_controller.reset();
-    QTRY_COMPARE(activeWindowPid(), m_mousepad);
-}
-
-void TestOverlayPanel::present(const std::optional<MenuCatalog>& catalog,
-                               const QStringList& favorites, bool showDisabled,
-                               const QString& trigger)
-{
-    m_controller->present(RunningApp{m_mousepad, {}, "Editor", {}}, catalog, favorites,
-                          showDisabled, true, true, trigger);
-    QVERIFY(QTest::qWaitForWindowExposed(m_controller->panel()));
-    QVERIFY(nextFrame(m_controller->panel()));
-    find("searchText")->installEventFilter(&m_probe);
-}
-
-void TestOverlayPanel::pin()
-{
-    m_controller->pin();
-    QTRY_VERIFY(m_controller->panel()->hasKeyboard());
-    QTRY_VERIFY(find("searchText")->hasActiveFocus());
-}
-
-void TestOverlayPanel::key(const QString& name)
-{
-    xdotool({"key", name});
-    QTest::qWait(50); // the X events reach us through the event loop
-}
-
-void TestOverlayPanel::type(const QString& text)
-{
-    xdotool({"type", "--delay", "20", text});
-    QTest::qWait(50);
-}
-
-void TestOverlayPanel::hover(QQuickItem* target)
-{
-    QVERIFY(target);
-    const QPointF centre = target->mapToGlobal(QPointF(target->width() / 2, target->height() / 2));
-    xdotool(
-        {"mousemove", QString::number(qRound(centre.x())), QString::number(qRound(centre.y()))});
-}
-
-// The CommandRow or SearchRow shown with this title.
-QQuickItem* TestOverlayPanel::row(const QString& kind, const QString& title)
-{
-    for (QQuickItem* text : visibleItems(m_controller->rootView(), "title")) {
-        QQuickItem* candidate = text;
-        while (candidate &&
-               !QString::fromLatin1(candidate->metaObject()->className()).startsWith(kind))
-            candidate = candidate->parentItem();
-        if (candidate && text->property("text").toString() == title)
-            return candidate;
-    }
-    qWarning("no %s titled \"%s\"", qPrintable(kind), qPrintable(title));
-    return nullptr;
-}
-
-QString TestOverlayPanel::mousepadTitle() const
-{
-    const QString window = xdotool({"search", "--all", "--onlyvisible", "--pid",
-                                    QString::number(m_mousepad), "--name", "Mousepad"},
-                                   false)
-                               .section(u'\n', 0, 0);
-    return window.isEmpty() ? QString() : xdotool({"getwindowname", window}, false);
-}
-
-void TestOverlayPanel::opaqueWithoutACompositorTranslucentWithOne()
-{
-    present();
-    PeekPanel* opaque = m_controller->panel();
-    QCOMPARE(windowDepth(QString::number(opaque->winId())), 24);
-    QCOMPARE(colorOf(find("background")).alpha(), 255);
-
-    // A compositor starts: the visible panel stays as it is; once hidden it is made again with
-    // an alpha channel and no shape cut, and its glass is translucent.
-    QSignalSpy created(m_controller.get(), &OverlayPanelController::panelCreated);
-    QSignalSpy hidden(m_controller.get(), &OverlayPanelController::hidden);
-    QPointer<PeekPanel> old = opaque;
-    m_controller->setTranslucent(true);
-    QCOMPARE(m_controller->panel(), opaque);
-    m_controller->dismiss();
-    QVERIFY(hidden.wait(2000));
-    m_controller->setTranslucent(true);
-    QVERIFY(!old);
-    QCOMPARE(created.size(), 1);
-    present();
-    QCOMPARE(windowDepth(QString::number(m_controller->panel()->winId())), 32);
-    QVERIFY(m_controller->panel()->mask().isEmpty());
-    QCOMPARE(colorOf(find("background")).alphaF(), 0.82f);
-    pin(); // its view works as before, and pinning keeps the glass
-    type("save");
-    QTRY_COMPARE(m_controller->viewModel().query(), "save");
-    QCOMPARE(colorOf(find("background")).alphaF(), 0.82f);
-}
-
-void TestOverlayPanel::fadesAndALateFadeOutHidesNothing()
-{
-    QList<qreal> opacityAtFrames;
-    m_controller->prepare();
-    QObject context;
-    connect(m_controller->panel(), &QQuickWindow::frameSwapped, &context,
-            [&] { opacityAtFrames << m_controller->rootView()->opacity(); });
-    m_controller->present(RunningApp{m_mousepad, {}, "Editor", {}}, sample(), {}, true, true, true,
-                          "Ctrl");
-    // The fade starts with the first frame on screen, drawn at alpha 0, and only rises.
-    QCOMPARE(m_controller->rootView()->opacity(), 0.0);
-    QTRY_COMPARE(m_controller->rootView()->opacity(), 1.0);
-    QVERIFY2(opacityAtFrames.size() >= 3, qPrintable(QDebug::toString(opacityAtFrames)));
-    QCOMPARE(opacityAtFrames.first(), 0.0);
-    QVERIFY(std::is_sorted(opacityAtFrames.cbegin(), opacityAtFrames.cend()));
-
-    // Presented again during the fade-out: that fade's end hides nothing.
-    m_controller->dismiss();
-    QVERIFY(m_controller->panel()->isVisible());
-    present();
-    QTest::qWait(400);
-    QVERIFY(m_controller->panel()->isVisible());
-    QCOMPARE(m_controller->rootView()->opacity(), 1.0);
-    QSignalSpy hidden(m_controller.get(), &OverlayPanelController::hidden);
-    m_controller->dismiss();
-    QVERIFY(hidden.wait(2000));
-    QVERIFY(!m_controller->panel()->isVisible());
-}
-
-void TestOverlayPanel::unpinnedKeysGoToTheApplication()
-{
-    QVERIFY(!mousepadTitle().startsWith(u'*'));
-    present();
-    type("ab");
-    key("Return");
-    key("Escape");
-    QTRY_VERIFY2(mousepadTitle().startsWith(u'*'), qPrintable(mousepadTitle())); // modified
-    QCOMPARE(m_controller->viewModel().query(), QString());
-    QCOMPARE(m_closeRequests, 0);
-    QVERIFY(m_probe.keys.isEmpty());
-    for (int i = 0; i < 3; ++i)
-        key("ctrl+z");
-}
-
-void TestOverlayPanel::pinnedKeysDriveTheOverlay()
-{
-    const QString title = mousepadTitle();
-    present();
-    pin();
-    // Return without a search is passed on to the field and runs nothing.
-    key("Return");
-    QCOMPARE(m_probe.keys.count(Qt::Key_Return), 1);
-    type("save");
-    QTRY_COMPARE(m_controller->viewModel().query(), "save");
-    QCOMPARE(activeWindowPid(), m_mousepad); // the application stays active…
-    QCOMPARE(mousepadTitle(), title);        // …and got none of the typing
-    for (int i = 0; i < 5; ++i)
-        key("Down"); // bounded by the two results
-    QCOMPARE(m_controller->viewModel().selection(), 1);
-    key("Up");
-    key("Down");
-    const MenuCommand expected = m_controller->viewModel().searchResults().at(1);
-    key("Return");
-    key("KP_Enter");
-    QTRY_COMPARE(m_executed.size(), 2);
-    QCOMPARE(m_executed[0], expected);
-    QCOMPARE(m_probe.keys.count(Qt::Key_Return), 1); // consumed once a search is active
-    QVERIFY(!m_probe.keys.contains(Qt::Key_Down));
-    m_controller->pin(); // a second pin installs no second key monitor
-    key("Up");
-    QCOMPARE(m_controller->viewModel().selection(), 0);
-    key("Escape");
-    QCOMPARE(m_closeRequests, 1);
-    QVERIFY(!m_probe.keys.contains(Qt::Key_Escape));
-
-    // Dismissed, the keyboard goes back to the application.
-    m_controller->dismiss();
-    QVERIFY(!m_controller->panel()->hasKeyboard());
-    QVERIFY(!m_controller->keyMonitorInstalled());
-    type("x");
-    QTRY_VERIFY(mousepadTitle().startsWith(u'*'));
-    key("ctrl+z");
-}
-
-void TestOverlayPanel::everyPresentationStartsAfresh()
-{
-    MenuCatalog tall = sample();
-    for (int i = 0; i < 200; ++i)
-        tall.sections[0].commands << command({"File", QStringLiteral("Recent %1").arg(i)});
-    present(tall);
-    PeekPanel* first = m_controller->panel();
-    pin();
-    type("rec");
-    QTRY_COMPARE(m_controller->viewModel().query(), "rec");
-    QQuickItem* grid = find("sectionGrid");
-    const qreal top = grid->property("contentY").toReal();
-    grid->setProperty("contentY", top + 2000);
-    m_controller->viewModel().setSelection(4);
-    MenuCatalog smaller = tall;
-    smaller.sections[0].commands.removeLast();
-    m_controller->update(smaller); // a fresh crawl keeps a selection that still exists…
-    QCOMPARE(m_controller->viewModel().selection(), 4);
-    smaller.sections[0].commands = smaller.sections[0].commands.mid(0, 5);
-    m_controller->update(smaller); // …and resets one past the results
-    QCOMPARE(m_controller->viewModel().selection(), 0);
-    m_controller->dismiss();
-    present(tall);
-    QCOMPARE(m_controller->panel(), first); // made once
-    QCOMPARE(m_controller->viewModel().query(), QString());
-    QVERIFY(!find("searchText")->hasActiveFocus());
-    QCOMPARE(grid->property("contentY").toReal(), top);
-}
-
-void TestOverlayPanel::contentStatesAndCount()
-{
-    present(std::nullopt); // no catalog yet: loading, also while typing
-    m_controller->pin();
-    m_controller->viewModel().setQuery("sa");
-    QVERIFY(nextFrame(m_controller->panel()));
-    QVERIFY(shown(find("loading")));
-    QVERIFY(!shown(find("searchList")) && !shown(find("sectionGrid")));
-
-    MenuCatalog allDisabled = sample();
-    for (MenuSection& section : allDisabled.sections)
-        for (MenuCommand& c : section.commands)
-            c.enabled = false;
-    present(allDisabled, {}, false); // everything filtered out: an empty grid, not loading
-    QVERIFY(shown(find("sectionGrid")) && !shown(find("loading")));
-    QVERIFY(visibleItems(m_controller->rootView(), "sectionCard").isEmpty());
-    QCOMPARE(find("countLine")->property("text").toString(), "0 commands");
-    present(MenuCatalog{{}, {}, {{"File", {command({"File", "New"})}}}}, {}, true, "Super");
-    QCOMPARE(find("countLine")->property("text").toString(), "1 command");
-    QCOMPARE(find("footerNote")->property("text").toString(),
-             "Release Super over this panel to keep it open");
-
-    present();
-    m_controller->pin();
-    m_controller->viewModel().setQuery("   "); // spaces: still the grid
-    QVERIFY(nextFrame(m_controller->panel()));
-    QVERIFY(shown(find("sectionGrid")) && !shown(find("searchList")));
-    m_controller->viewModel().setQuery("s"); // a letter: the results
-    QVERIFY(nextFrame(m_controller->panel()));
-    QVERIFY(shown(find("searchList")) && !shown(find("sectionGrid")));
-    const QList<QQuickItem*> highlights = visibleItems(find("searchList"), "highlight");
-    QVERIFY(highlights.size() > 1);
-    QVERIFY(colorOf(highlights[0]).alpha() > 0); // the selection
-    QCOMPARE(colorOf(highlights[1]).alpha(), 0); // the others
-}
-
-void TestOverlayPanel::favoritesCard()
-{
-    const QString undo = command({"Edit", "Undo"}).id();
-    present(sample(), {undo}, false); // the only favourite is disabled and hidden: no card
-    QVERIFY(!find("favoritesCard")->isVisible());
-    present(sample(), {command({"View", "Zoom In"}).id(), undo});
-    QQuickItem* favorites = find("favoritesCard");
-    QCOMPARE(item(favorites, "headingText")->property("text").toString(), "FAVORITES");
-    QCOMPARE(visibleItems(favorites, "title").size(), 2);
-    const QRectF fav = windowRect(favorites);
-    QCOMPARE(fav.width(), m_controller->panel()->width() - 28.0); // the whole width, first
-    for (QQuickItem* card : visibleItems(m_controller->rootView(), "sectionCard"))
-        QVERIFY(windowRect(card).top() > fav.bottom());
-}
-
-void TestOverlayPanel::searchListScrolls()
-{
-    MenuCatalog many{{}, {}, {{"Many", {}}}};
-    for (int i = 0; i < 60; ++i)
-        many.sections[0].commands << command(
-            {"Many", QStringLiteral("Item %1").arg(i, 2, 10, QChar('0'))},
-            i % 2 ? ShortcutKeys{{"Ctrl"}, "K"} : ShortcutKeys{});
-    present(many);
-    m_controller->pin();
-    m_controller->viewModel().setQuery("item");
-    QVERIFY(nextFrame(m_controller->panel()));
-    QQuickItem* list = find("searchList");
-    const qreal top = list->property("contentY").toReal();
-    // The first row below the view, selected: scrolled just enough to show it at the bottom.
-    int whole = 0;
-    for (QQuickItem* r : visibleItems(list, "highlight"))
-        whole += windowRect(r).bottom() <= windowRect(list).bottom();
-    m_controller->viewModel().setSelection(whole);
-    QVERIFY(nextFrame(m_controller->panel()));
-    QQuickItem* selected =
-        row("SearchRow", QStringLiteral("Item %1").arg(whole, 2, 10, QChar('0')));
-    QVERIFY(selected);
-    QVERIFY(qAbs(windowRect(selected).bottom() - windowRect(list).bottom()) <= 1.0);
-
-    // A new query shows its results from the top.
-    m_controller->viewModel().setQuery("item 1");
-    QVERIFY(nextFrame(m_controller->panel()));
-    QCOMPARE(list->property("contentY").toReal(), top);
-    QCOMPARE(m_controller->viewModel().selection(), 0);
-}
-
-void TestOverlayPanel::rowsClickStarAndDisabled()
-{
-    present();
-    QQuickItem* undo = row("CommandRow", "Undo"); // disabled
-    QCOMPARE(undo->opacity(), 0.4);
-    QQuickItem* star = item(undo, "star");
-    QVERIFY(!star->isVisible());
-    hover(undo);
-    QTRY_VERIFY(star->isVisible()); // the star shows on hover, even on a disabled row
-    QCOMPARE(colorOf(item(undo, "highlight")).alpha(), 0);
-    xdotool({"click", "1"});
-    QTest::qWait(100);
-    hover(star);
-    QTest::qWait(100);
-    xdotool({"click", "1"});
-    QTRY_COMPARE(m_toggled.size(), 1);
-    QCOMPARE(m_toggled[0].id(), command({"Edit", "Undo"}).id());
-    QVERIFY(m_executed.isEmpty()); // a click on a disabled row runs nothing
-
-    QQuickItem* save = row("CommandRow", "Save");
-    hover(save);
-    QTRY_VERIFY(colorOf(item(save, "highlight")).alpha() > 0);
-    xdotool({"click", "1"});
-    QTRY_COMPARE(m_executed.size(), 1);
-    QCOMPARE(m_executed[0].id(), command({"File", "Save"}).id());
-
-    // In the results a disabled row is not clicked either, but Return runs it.
-    m_controller->pin();
-    m_controller->viewModel().setQuery("undo");
-    QVERIFY(nextFrame(m_controller->panel()));
-    hover(row("SearchRow", "Undo"));
-    xdotool({"click", "1"});
-    QTest::qWait(100);
-    QCOMPARE(m_executed.size(), 1);
-    m_controller->viewModel().executeSelection();
-    QCOMPARE(m_executed.size(), 2);
-
-    // The search field of an unpinned panel asks for the pin.
-    present();
-    hover(find("searchField"));
-    xdotool({"click", "1"});
-    QTRY_COMPARE(m_pinRequests, 1);
-}
 
 QTEST_MAIN(TestOverlayPanel)
 #include "tst_overlay_panel.moc"

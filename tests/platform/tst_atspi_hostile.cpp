@@ -7,13 +7,13 @@
 // frozen.
 
 #include "CrawlThread.h"
+#include "FakeMenuTree.h"
 #include "SessionTools.h"
 #include "TestRegistrar.h"
 #include "menus/MenuCrawler.h"
 #include "platform/linux/AppIdentity.h"
 #include "platform/linux/AtspiClient.h"
 #include "platform/linux/DBusMenu.h"
-#include "shortcuts/ShortcutDisplay.h"
 
 #include <QDBusArgument>
 #include <QDBusConnection>
@@ -75,14 +75,9 @@ QString brokenBounds(const Outcome& outcome)
     return {};
 }
 
-QStringList leafTitles(const MenuCatalog& catalog)
-{
-    QStringList titles;
-    for (const MenuSection& section : catalog.sections)
-        for (const MenuCommand& command : section.commands)
-            titles << command.titles().join(u'/');
-    return titles;
-}
+// What the cycle scenario gives: it loops until the depth limit.
+const QString cycleCommands = "Loop/Again/Loop/Again/Loop/Leaf Loop/Again/Loop/Again/Leaf two "
+                              "Loop/Again/Loop/Leaf Loop/Again/Leaf two Loop/Leaf";
 
 // An item of a DBusMenu layout, (ia{sv}av), with `children` written by the callback.
 QDBusArgument layoutItem(int id, const QVariantMap& properties,
@@ -172,322 +167,260 @@ class TestAtspiHostile : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void cleanup();
-    void cycleEndsAtTheDepthLimit();
-    void hundredThousandItemsStopAtTheItemCap();
-    void fiftyLevelsStopAtTheDepthLimit();
-    void megabyteTitlesAreSkipped();
-    void wronglyTypedValuesAreTolerated();
-    void sleeperEndsAtTheFirstTimeOutAndHoldsNobodyUp();
-    void vanishingApplicationEndsTheCrawl();
-    void applicationsTheRegistryDoesNotList();
-    void hostileGlobalMenus_data();
-    void hostileGlobalMenus();
+    void initTestCase()
+    {
+        QVERIFY2(qEnvironmentVariableIsSet("CORVANE_SESSION"), "run under tools/test-session.sh");
+        QVERIFY(atspi::accessibilityBus().has_value());
+    }
+
+    void cleanup()
+    {
+        m_programs.stopAll();
+        m_last = nullptr;
+    }
+
+    void boundedCrawls_data()
+    {
+        QTest::addColumn<QString>("scenario");
+        QTest::addColumn<QString>("commands");
+        const QList<std::tuple<const char*, const char*, const char*>> rows{
+            // "Loop" lists "Again", whose submenu lists "Loop" again; the frame's child lists the
+            // frame. It names a socket that does not exist as its own bus: never used.
+            {"a cycle ends at the depth limit", "cycle", ""},
+            {"100 000 items stop at the item cap", "wide", "Huge/Item 0 … Huge/Item 2499 (2500)"},
+            {"50 levels stop at the depth limit", "deep",
+             "Level 1/Level 2/Level 3/Level 4/Level 5/Leaf 5 Level 1/Level 2/Level 3/Level 4/Leaf "
+             "4 "
+             "Level 1/Level 2/Level 3/Leaf 3 Level 1/Level 2/Leaf 2 Level 1/Leaf 1"},
+            {"megabyte titles are skipped", "titles", "Big/Fine"},
+            // A name that is a number or not in a variant makes the item untitled (skipped); a
+            // wrong role, child count or state falls back to its default (enabled); a children
+            // list of strings is no children; a key binding that is a number is no shortcut. It
+            // names a TCP address as its own bus: never connected to.
+            {"wrongly typed values are tolerated", "types",
+             "Typed/Good=Ctrl+G Typed/Bad role Typed/Bad count Typed/Bad state Typed/Bad binding "
+             "Typed/Short state"},
+        };
+        for (const auto& [name, scenario, commands] : rows)
+            QTest::newRow(name) << scenario << (*commands ? commands : cycleCommands);
+    }
+
+    void boundedCrawls()
+    {
+        QFETCH(QString, scenario);
+        QFETCH(QString, commands);
+        if (scenario == u"titles")
+            QTest::ignoreMessage(
+                QtWarningMsg, QRegularExpression("crawl: skipping items whose titles are longer "
+                                                 "than 1024 characters \\(one is 10485\\d\\d\\)"));
+        const qint64 pid = start(scenario);
+        const Outcome outcome = crawl(pid);
+        QCOMPARE(test::describe(outcome.catalog), commands);
+        QCOMPARE(outcome.directConnections, 0); // over the accessibility bus
+        const QString broken = brokenBounds(outcome);
+        QVERIFY2(broken.isEmpty(), qPrintable(broken));
+        const QVariantMap asked = stats(pid);
+        // Nothing past the cap was examined but the rest of its page of children, and the
+        // submenu at the depth limit is not entered: its children are never asked for.
+        const int objects = asked.value("objects").toInt();
+        if (scenario == u"wide")
+            QVERIFY2(objects <= MenuWalk::itemCap + atspi::pageSize + 4,
+                     qPrintable(QString::number(objects)));
+        if (scenario == u"deep")
+            QCOMPARE(asked.value("deepestChildren").toInt(), MenuWalk::depthLimit);
+    }
+
+    void sleeperEndsAtTheFirstTimeOutAndHoldsNobodyUp()
+    {
+        const qint64 sleeper = start("sleeper");
+        QTest::ignoreMessage(QtCriticalMsg,
+                             "crawl: menu bar read failed for org.example.Hostile: AXError 4");
+        const Outcome outcome = crawl(sleeper);
+        QVERIFY(!outcome.catalog);
+        // One request time-out (1 s) ends the crawl; it does not wait 5 s, nor the 3 s deadline.
+        QVERIFY2(outcome.milliseconds < atspi::requestTimeoutMs + 500,
+                 qPrintable(QString::number(outcome.milliseconds)));
+
+        QElapsedTimer pressTimer;
+        pressTimer.start();
+        QTest::ignoreMessage(QtCriticalMsg, "press: could not read menu bar");
+        const PressOutcome pressed = onCrawlThread([&] {
+            return m_crawler.press({{"Loop", 0}, {"Leaf", 0}}, sleeper);
+        });
+        QCOMPARE(pressed, PressOutcome::failed);
+        QVERIFY2(pressTimer.elapsed() < 2 * atspi::requestTimeoutMs + 500,
+                 qPrintable(QString::number(pressTimer.elapsed())));
+
+        // Another application is crawled without asking the sleeper anything: well under one
+        // request time-out, although the sleeper is on the bus with requests queued.
+        const Outcome other = crawl(start("cycle"));
+        QCOMPARE(test::describe(other.catalog), cycleCommands);
+        QVERIFY2(other.milliseconds < atspi::requestTimeoutMs,
+                 qPrintable(QString::number(other.milliseconds)));
+    }
+
+    void vanishingApplicationEndsTheCrawl()
+    {
+        // The fixture exits after 300 calls, in the middle of reading its 100 000 items.
+        const qint64 pid = start("vanish");
+        QTest::ignoreMessage(QtCriticalMsg, QRegularExpression("crawl: .*"));
+        const Outcome outcome = crawl(pid);
+        const QString broken = brokenBounds(outcome);
+        QVERIFY2(broken.isEmpty(), qPrintable(broken));
+        QProcess* vanished = m_last;
+        QTRY_COMPARE_WITH_TIMEOUT(vanished->state(), QProcess::NotRunning, 5000); // it did vanish
+        if (outcome.catalog) { // what was read before it left, in order
+            const qsizetype read = outcome.catalog->sections.value(0).commands.size();
+            QVERIFY(read < 300);
+            QCOMPARE(test::describe(outcome.catalog, 0),
+                     QStringLiteral("Huge/Item 0 … Huge/Item %1 (%2)").arg(read - 1).arg(read));
+        }
+        // The bus connection survives: the next crawl of a live application works.
+        QCOMPARE(test::describe(crawl(start("cycle")).catalog), cycleCommands);
+    }
+
+    void applicationsTheRegistryDoesNotList()
+    {
+        // A toolkit's start gone wrong, as the fixture plays it: its registration failed with its
+        // objects published (they are read directly), or it registered before its connection was
+        // open (on the bus, publishing nothing: only a restart helps). One started moments ago is
+        // not asked at all.
+        const qint64 unregistered = start("cycle", {"--unregistered"});
+        const qint64 unpublished = start("cycle", {"--unpublished"});
+        QCOMPARE(menuBarError(unpublished), applicationStarting);
+        QTest::qWait(int(atspi::startupGraceSeconds * 1000));
+        QCOMPARE(menuBarError(unpublished), applicationUnpublished);
+        QCOMPARE(menuBarError(1), applicationNotFound); // init is on no bus
+        QCOMPARE(test::describe(crawl(unregistered).catalog), cycleCommands);
+    }
+
+    void hostileGlobalMenus_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("commands");
+        QTest::newRow("20 000 items") << "wide"
+                                      << "Wide/0 … Wide/2499 (2500)";
+        QTest::newRow("12 levels") << "deep"
+                                   << "Level 0/Item 0 Level 0/Level 1/Item 1 "
+                                      "Level 0/Level 1/Level 2/Item 2 "
+                                      "Level 0/Level 1/Level 2/Level 3/Item 3 "
+                                      "Level 0/Level 1/Level 2/Level 3/Level 4/Item 4";
+        QTest::newRow("wrong types") << "types"
+                                     << "Types/Enabled Types/Keys Types/Go=Ctrl+G";
+        QTest::newRow("frozen") << "frozen"
+                                << "none";
+    }
+
+    // A window's menu exported by a broken exporter, found through the registrar: each read ends
+    // within the item cap, the depth limit and the first time-out, keeps what is well-typed, and
+    // nothing crashes.
+    void hostileGlobalMenus()
+    {
+        QFETCH(QString, kind);
+        QFETCH(QString, commands);
+        qDBusRegisterMetaType<QList<QStringList>>();
+        test::Programs programs;
+        const qint64 window = programs.startWithWindow(FIXTURE_GTK, {}, "fixture");
+        test::TestRegistrar registrar;
+        QVERIFY(registrar.start());
+        QDBusConnection exporterBus = QDBusConnection::connectToBus(
+            qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), "hostile-exporter");
+        const auto disconnect =
+            qScopeGuard([] { QDBusConnection::disconnectFromBus("hostile-exporter"); });
+        QThread thread;
+        HostileExporter exporter;
+        exporter.kind = kind;
+        exporter.moveToThread(&thread);
+        thread.start();
+        const auto stop = qScopeGuard([&] {
+            exporterBus.unregisterObject("/menu");
+            thread.quit();
+            thread.wait();
+        });
+        QVERIFY(exporterBus.registerVirtualObject("/menu", &exporter));
+        const QList<quint32> windows = AppIdentity::topLevelWindows(window);
+        QVERIFY(!windows.isEmpty());
+        QDBusMessage registration = QDBusMessage::createMethodCall(
+            "com.canonical.AppMenu.Registrar", "/com/canonical/AppMenu/Registrar",
+            "com.canonical.AppMenu.Registrar", "RegisterWindow");
+        registration.setArguments({windows.first(), QVariant::fromValue(QDBusObjectPath("/menu"))});
+        exporterBus.asyncCall(registration);
+        QTRY_COMPARE(registrar.registrations(), 1);
+
+        const RunningApp app = onCrawlThread([window] { return AppIdentity::forProcess(window); });
+        QElapsedTimer timer;
+        timer.start();
+        const auto catalog = onCrawlThread(
+            [&] { return MenuCrawler(std::make_shared<dbusmenu::Source>()).crawl(app); });
+        QVERIFY2(timer.elapsed() < (kind == u"frozen" ? 1500 : deadlineMs),
+                 qPrintable(QString::number(timer.elapsed())));
+        QCOMPARE(test::describe(catalog), commands);
+    }
+
     void cleanupTestCase() { QCOMPARE(atspi::mainThreadRequestCount(), 0); }
 
 private:
-    qint64 start(const QString& scenario, const QStringList& flags = {});
-    Outcome crawl(qint64 pid) const;
-    static int menuBarError(qint64 pid);
-    QVariantMap stats(qint64 pid) const;
+    qint64 start(const QString& scenario, const QStringList& flags = {})
+    {
+        m_last = m_programs.startUntilReady(QStringLiteral(FIXTURE_HOSTILE),
+                                            QStringList{scenario} + flags, "ready");
+        return m_last->processId();
+    }
+
+    Outcome crawl(qint64 pid) const
+    {
+        const RunningApp app{pid, "org.example.Hostile", "Hostile", {}};
+        return onCrawlThread([&] {
+            // Writing 5 to clear_refs resets the peak resident size (VmHWM) to the current one.
+            QFile clear("/proc/self/clear_refs");
+            if (!clear.open(QIODevice::WriteOnly) || clear.write("5") != 1)
+                qFatal("cannot reset the peak resident size");
+            clear.close();
+            const double before = statusMegabytes("VmRSS");
+            const int connections = atspi::directConnectionCount();
+            QElapsedTimer timer;
+            timer.start();
+            Outcome outcome;
+            outcome.catalog = m_crawler.crawl(app);
+            outcome.milliseconds = timer.elapsed();
+            outcome.peakGrowthMB = statusMegabytes("VmHWM") - before;
+            outcome.directConnections = atspi::directConnectionCount() - connections;
+            qInfo("hostile crawl of process %lld: %lld ms, peak resident growth %.1f MB", pid,
+                  outcome.milliseconds, outcome.peakGrowthMB);
+            return outcome;
+        });
+    }
+
+    static int menuBarError(qint64 pid)
+    {
+        return onCrawlThread([pid] {
+            WalkBudget budget(std::chrono::seconds(3));
+            return atspi::MenuBarFinder().menuBar(pid, budget).error;
+        });
+    }
+
+    QVariantMap stats(qint64 pid) const
+    {
+        return onCrawlThread([pid] {
+            QDBusConnection bus = *atspi::accessibilityBus();
+            WalkBudget budget(std::chrono::seconds(3));
+            const auto entry =
+                atspi::application(std::make_shared<atspi::Session>(bus, budget), pid);
+            if (!entry)
+                return QVariantMap();
+            const QDBusMessage reply = bus.call(
+                QDBusMessage::createMethodCall(entry->root.service, entry->root.path.path(),
+                                               "com.vantorel.corvane.Hostile", "Stats"),
+                QDBus::Block, 3000);
+            return reply.arguments().isEmpty() ? QVariantMap()
+                                               : qdbus_cast<QVariantMap>(reply.arguments().first());
+        });
+    }
 
     test::Programs m_programs;
     QProcess* m_last = nullptr; // the fixture started last
     MenuCrawler m_crawler{std::make_shared<atspi::MenuBarFinder>()};
 };
-
-qint64 TestAtspiHostile::start(const QString& scenario, const QStringList& flags)
-{
-    m_last = m_programs.startUntilReady(QStringLiteral(FIXTURE_HOSTILE),
-                                        QStringList{scenario} + flags, "ready");
-    return m_last->processId();
-}
-
-int TestAtspiHostile::menuBarError(qint64 pid)
-{
-    return onCrawlThread([pid] {
-        WalkBudget budget(std::chrono::seconds(3));
-        return atspi::MenuBarFinder().menuBar(pid, budget).error;
-    });
-}
-
-void TestAtspiHostile::cleanup()
-{
-    m_programs.stopAll();
-    m_last = nullptr;
-}
-
-Outcome TestAtspiHostile::crawl(qint64 pid) const
-{
-    const RunningApp app{pid, "org.example.Hostile", "Hostile", {}};
-    return onCrawlThread([&] {
-        // Writing 5 to clear_refs resets the peak resident size (VmHWM) to the current one.
-        QFile clear("/proc/self/clear_refs");
-        if (!clear.open(QIODevice::WriteOnly) || clear.write("5") != 1)
-            qFatal("cannot reset the peak resident size");
-        clear.close();
-        const double before = statusMegabytes("VmRSS");
-        const int connections = atspi::directConnectionCount();
-        QElapsedTimer timer;
-        timer.start();
-        Outcome outcome;
-        outcome.catalog = m_crawler.crawl(app);
-        outcome.milliseconds = timer.elapsed();
-        outcome.peakGrowthMB = statusMegabytes("VmHWM") - before;
-        outcome.directConnections = atspi::directConnectionCount() - connections;
-        qInfo("hostile crawl of process %lld: %lld ms, peak resident growth %.1f MB", pid,
-              outcome.milliseconds, outcome.peakGrowthMB);
-        return outcome;
-    });
-}
-
-QVariantMap TestAtspiHostile::stats(qint64 pid) const
-{
-    return onCrawlThread([pid] {
-        QDBusConnection bus = *atspi::accessibilityBus();
-        WalkBudget budget(std::chrono::seconds(3));
-        const auto entry = atspi::application(std::make_shared<atspi::Session>(bus, budget), pid);
-        if (!entry)
-            return QVariantMap();
-        const QDBusMessage reply =
-            bus.call(QDBusMessage::createMethodCall(entry->root.service, entry->root.path.path(),
-                                                    "com.vantorel.corvane.Hostile", "Stats"),
-                     QDBus::Block, 3000);
-        return reply.arguments().isEmpty() ? QVariantMap()
-                                           : qdbus_cast<QVariantMap>(reply.arguments().first());
-    });
-}
-
-void TestAtspiHostile::initTestCase()
-{
-    QVERIFY2(qEnvironmentVariableIsSet("CORVANE_SESSION"), "run under tools/test-session.sh");
-    QVERIFY(atspi::accessibilityBus().has_value());
-}
-
-void TestAtspiHostile::cycleEndsAtTheDepthLimit()
-{
-    // "Loop" lists "Again", whose submenu lists "Loop" again; the frame's child lists the frame.
-    const Outcome outcome = crawl(start("cycle"));
-    QVERIFY(outcome.catalog);
-    // It names a socket that does not exist as its own bus: the crawl goes over the bus.
-    QCOMPARE(outcome.directConnections, 0);
-    QCOMPARE(leafTitles(*outcome.catalog),
-             QStringList({"Loop/Again/Loop/Again/Loop/Leaf", "Loop/Again/Loop/Again/Leaf two",
-                          "Loop/Again/Loop/Leaf", "Loop/Again/Leaf two", "Loop/Leaf"}));
-    const QString broken = brokenBounds(outcome);
-    QVERIFY2(broken.isEmpty(), qPrintable(broken));
-}
-
-void TestAtspiHostile::hundredThousandItemsStopAtTheItemCap()
-{
-    const qint64 pid = start("wide");
-    const Outcome outcome = crawl(pid);
-    QVERIFY(outcome.catalog);
-    const QStringList titles = leafTitles(*outcome.catalog);
-    QCOMPARE(titles.size(), MenuWalk::itemCap);
-    QCOMPARE(titles.first(), "Huge/Item 0");
-    QCOMPARE(titles.last(), "Huge/Item 2499");
-    const QString broken = brokenBounds(outcome);
-    QVERIFY2(broken.isEmpty(), qPrintable(broken));
-    // Nothing past the cap was examined but the rest of its page of children.
-    const int asked = stats(pid).value("objects").toInt();
-    QVERIFY2(asked > MenuWalk::itemCap && asked <= MenuWalk::itemCap + atspi::pageSize + 4,
-             qPrintable(QString::number(asked)));
-}
-
-void TestAtspiHostile::fiftyLevelsStopAtTheDepthLimit()
-{
-    const qint64 pid = start("deep");
-    const Outcome outcome = crawl(pid);
-    QVERIFY(outcome.catalog);
-    QCOMPARE(
-        leafTitles(*outcome.catalog),
-        QStringList({"Level 1/Level 2/Level 3/Level 4/Level 5/Leaf 5",
-                     "Level 1/Level 2/Level 3/Level 4/Leaf 4", "Level 1/Level 2/Level 3/Leaf 3",
-                     "Level 1/Level 2/Leaf 2", "Level 1/Leaf 1"}));
-    // The submenu at depth 5 is not entered: its children are never asked for.
-    QCOMPARE(stats(pid).value("deepestChildren").toInt(), MenuWalk::depthLimit);
-    QVERIFY2(outcome.milliseconds < deadlineMs, qPrintable(QString::number(outcome.milliseconds)));
-}
-
-void TestAtspiHostile::megabyteTitlesAreSkipped()
-{
-    QTest::ignoreMessage(QtWarningMsg,
-                         QRegularExpression("crawl: skipping items whose titles are longer than "
-                                            "1024 characters \\(one is 10485\\d\\d\\)"));
-    const Outcome outcome = crawl(start("titles"));
-    QVERIFY(outcome.catalog);
-    QCOMPARE(leafTitles(*outcome.catalog), QStringList({"Big/Fine"}));
-    const QString broken = brokenBounds(outcome);
-    QVERIFY2(broken.isEmpty(), qPrintable(broken));
-}
-
-void TestAtspiHostile::wronglyTypedValuesAreTolerated()
-{
-    // A name that is a number or not in a variant makes the item untitled (skipped); a wrong
-    // role, child count or state falls back to its default; a children list of strings is no
-    // children; a key binding that is a number is no shortcut.
-    const Outcome outcome = crawl(start("types"));
-    QVERIFY(outcome.catalog);
-    // It names a TCP address as its own bus: never connected to.
-    QCOMPARE(outcome.directConnections, 0);
-    QCOMPARE(leafTitles(*outcome.catalog),
-             QStringList({"Typed/Good", "Typed/Bad role", "Typed/Bad count", "Typed/Bad state",
-                          "Typed/Bad binding", "Typed/Short state"}));
-    const QList<MenuCommand>& commands = outcome.catalog->sections.first().commands;
-    QCOMPARE(commands[0].shortcut, ShortcutDisplay::fromAccelerator("<Control>g"));
-    QVERIFY(commands[0].shortcut != ShortcutKeys::none);
-    for (const MenuCommand& command : commands.mid(1)) {
-        QCOMPARE(command.shortcut, ShortcutKeys::none);
-        QVERIFY(command.enabled); // unreadable states read as enabled
-        QVERIFY(!command.isChecked);
-    }
-}
-
-void TestAtspiHostile::sleeperEndsAtTheFirstTimeOutAndHoldsNobodyUp()
-{
-    const qint64 sleeper = start("sleeper");
-    QTest::ignoreMessage(QtCriticalMsg,
-                         "crawl: menu bar read failed for org.example.Hostile: AXError 4");
-    const Outcome outcome = crawl(sleeper);
-    QVERIFY(!outcome.catalog);
-    // One request time-out (1 s) ends the crawl; it does not wait 5 s, nor the 3 s deadline.
-    QVERIFY2(outcome.milliseconds < atspi::requestTimeoutMs + 500,
-             qPrintable(QString::number(outcome.milliseconds)));
-
-    QElapsedTimer pressTimer;
-    pressTimer.start();
-    QTest::ignoreMessage(QtCriticalMsg, "press: could not read menu bar");
-    const PressOutcome pressed = onCrawlThread([&] {
-        return m_crawler.press({{"Loop", 0}, {"Leaf", 0}}, sleeper);
-    });
-    QCOMPARE(pressed, PressOutcome::failed);
-    QVERIFY2(pressTimer.elapsed() < 2 * atspi::requestTimeoutMs + 500,
-             qPrintable(QString::number(pressTimer.elapsed())));
-
-    // Another application is crawled without asking the sleeper anything: well under one
-    // request time-out, although the sleeper is on the bus with requests queued.
-    const Outcome other = crawl(start("cycle"));
-    QVERIFY(other.catalog);
-    QCOMPARE(leafTitles(*other.catalog).size(), 5);
-    QVERIFY2(other.milliseconds < atspi::requestTimeoutMs,
-             qPrintable(QString::number(other.milliseconds)));
-}
-
-void TestAtspiHostile::vanishingApplicationEndsTheCrawl()
-{
-    // The fixture exits after 300 calls, in the middle of reading its 100 000 items.
-    const qint64 pid = start("vanish");
-    QTest::ignoreMessage(QtCriticalMsg, QRegularExpression("crawl: .*"));
-    const Outcome outcome = crawl(pid);
-    const QString broken = brokenBounds(outcome);
-    QVERIFY2(broken.isEmpty(), qPrintable(broken));
-    QProcess* vanished = m_last;
-    QTRY_COMPARE_WITH_TIMEOUT(vanished->state(), QProcess::NotRunning, 5000); // it did vanish
-    if (outcome.catalog) { // what was read before it left, in order
-        const QStringList titles = leafTitles(*outcome.catalog);
-        QVERIFY(titles.size() < 300);
-        for (qsizetype i = 0; i < titles.size(); ++i)
-            QCOMPARE(titles[i], QStringLiteral("Huge/Item %1").arg(i));
-    }
-    // The bus connection survives: the next crawl of a live application works.
-    const Outcome next = crawl(start("cycle"));
-    QVERIFY(next.catalog);
-}
-
-void TestAtspiHostile::applicationsTheRegistryDoesNotList()
-{
-    // A toolkit's start gone wrong, as the fixture plays it: its registration failed with its
-    // objects published (they are read directly), or it registered before its connection was
-    // open (on the bus, publishing nothing: only a restart helps). One started moments ago is not
-    // asked at all.
-    const qint64 unregistered = start("cycle", {"--unregistered"});
-    const qint64 unpublished = start("cycle", {"--unpublished"});
-    QCOMPARE(menuBarError(unpublished), applicationStarting);
-    QTest::qWait(int(atspi::startupGraceSeconds * 1000));
-    QCOMPARE(menuBarError(unpublished), applicationUnpublished);
-    QCOMPARE(menuBarError(1), applicationNotFound); // init is on no bus
-    const Outcome outcome = crawl(unregistered);
-    QVERIFY(outcome.catalog);
-    QCOMPARE(leafTitles(*outcome.catalog).size(), 5);
-}
-
-void TestAtspiHostile::hostileGlobalMenus_data()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<QStringList>("commands"); // the catalog's commands; "" for none
-    QTest::newRow("20 000 items") << "wide" << QStringList{};
-    QTest::newRow("12 levels") << "deep"
-                               << QStringList{
-                                      "Level 0/Item 0  enabled", "Level 0/Level 1/Item 1  enabled",
-                                      "Level 0/Level 1/Level 2/Item 2  enabled",
-                                      "Level 0/Level 1/Level 2/Level 3/Item 3  enabled",
-                                      "Level 0/Level 1/Level 2/Level 3/Level 4/Item 4  enabled"};
-    QTest::newRow("wrong types") << "types"
-                                 << QStringList{"Types/Enabled  enabled", "Types/Keys  enabled",
-                                                "Types/Go Ctrl+G enabled"};
-    QTest::newRow("frozen") << "frozen" << QStringList{};
-}
-
-// A window's menu exported by a broken exporter, found through the registrar: each read ends
-// within the item cap, the depth limit and the first time-out, keeps what is well-typed, and
-// nothing crashes.
-void TestAtspiHostile::hostileGlobalMenus()
-{
-    QFETCH(QString, kind);
-    QFETCH(QStringList, commands);
-    qDBusRegisterMetaType<QList<QStringList>>();
-    test::Programs programs;
-    const qint64 window = programs.startWithWindow(FIXTURE_GTK, {}, "fixture");
-    test::TestRegistrar registrar;
-    QVERIFY(registrar.start());
-    QDBusConnection exporterBus = QDBusConnection::connectToBus(
-        qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), "hostile-exporter");
-    const auto disconnect =
-        qScopeGuard([] { QDBusConnection::disconnectFromBus("hostile-exporter"); });
-    QThread thread;
-    HostileExporter exporter;
-    exporter.kind = kind;
-    exporter.moveToThread(&thread);
-    thread.start();
-    const auto stop = qScopeGuard([&] {
-        exporterBus.unregisterObject("/menu");
-        thread.quit();
-        thread.wait();
-    });
-    QVERIFY(exporterBus.registerVirtualObject("/menu", &exporter));
-    const QList<quint32> windows = AppIdentity::topLevelWindows(window);
-    QVERIFY(!windows.isEmpty());
-    QDBusMessage registration = QDBusMessage::createMethodCall(
-        "com.canonical.AppMenu.Registrar", "/com/canonical/AppMenu/Registrar",
-        "com.canonical.AppMenu.Registrar", "RegisterWindow");
-    registration.setArguments({windows.first(), QVariant::fromValue(QDBusObjectPath("/menu"))});
-    exporterBus.asyncCall(registration);
-    QTRY_COMPARE(registrar.registrations(), 1);
-
-    const RunningApp app = onCrawlThread([window] { return AppIdentity::forProcess(window); });
-    QElapsedTimer timer;
-    timer.start();
-    const auto catalog =
-        onCrawlThread([&] { return MenuCrawler(std::make_shared<dbusmenu::Source>()).crawl(app); });
-    QVERIFY2(timer.elapsed() < (kind == u"frozen" ? 1500 : deadlineMs),
-             qPrintable(QString::number(timer.elapsed())));
-    if (kind == u"wide") {
-        QVERIFY(catalog && leafTitles(*catalog).size() == MenuWalk::itemCap);
-        return;
-    }
-    QStringList got;
-    if (catalog)
-        for (const MenuSection& section : catalog->sections)
-            for (const MenuCommand& c : section.commands)
-                got << c.titles().join(u'/') + u' ' +
-                           (c.shortcut.key.isEmpty()
-                                ? QString()
-                                : (c.shortcut.modifiers + QStringList{c.shortcut.key}).join(u'+')) +
-                           (c.enabled ? " enabled" : "");
-    QCOMPARE(got, commands);
-}
 
 QTEST_MAIN(TestAtspiHostile)
 #include "tst_atspi_hostile.moc"

@@ -1,7 +1,8 @@
 #pragma once
 
 // Menu trees built in memory from a short description, for the walk rules and the shell's unit
-// tests (the real applications are in the session tests).
+// tests (the real applications are in the session tests), and catalogs written back in the same
+// notation for comparisons.
 //
 // Items are separated by ',', a submenu follows its title in braces ("File{New,Open}"; "Recent{}"
 // is an empty one) and '-' is a separator. After a title: '!' disabled, '*' checked, '?t' or
@@ -137,6 +138,27 @@ inline std::shared_ptr<FakeNode> menuBar(const QString& text,
     auto bar = std::make_shared<FakeNode>();
     bar->kids = MenuDescription(text, std::move(pressed), budget).items({});
     return bar;
+}
+
+// A catalog's commands in the notation above, as "File/Open#1!*=Ctrl+S" (the id with '/' between
+// the titles), separated by spaces; more than `whole` commands as "first … last (count)";
+// "none" without a catalog.
+inline QString describe(const std::optional<MenuCatalog>& catalog, int whole = 100)
+{
+    if (!catalog)
+        return "none";
+    QStringList out;
+    for (const MenuSection& section : catalog->sections)
+        for (const MenuCommand& c : section.commands)
+            out << c.id().replace(idSeparator, u'/') + (c.enabled ? "" : "!") +
+                       (c.isChecked ? "*" : "") +
+                       (c.shortcut.key.isEmpty()
+                            ? QString()
+                            : u'=' +
+                                  (c.shortcut.modifiers + QStringList{c.shortcut.key}).join(u'+'));
+    if (out.size() > whole)
+        return QStringLiteral("%1 … %2 (%3)").arg(out.first(), out.last()).arg(out.size());
+    return out.join(u' ');
 }
 
 } // namespace corvane::test

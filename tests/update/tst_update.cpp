@@ -4,7 +4,6 @@
 // the desktop's handler for https addresses, replaced here by a recorder.
 
 #include "FeedServer.h"
-#include "SessionTools.h"
 #include "update/UpdateChecker.h"
 
 #include <QApplication>
@@ -20,7 +19,7 @@
 #include <QTimer>
 
 using namespace corvane;
-using namespace corvane::test;
+using corvane::test::FeedServer;
 using Result = UpdateChecker::Result;
 
 namespace {
@@ -33,8 +32,6 @@ QString describe(const Result& result)
                          : "none";
 }
 
-const QString host = "corvane.vantorel.com";
-
 } // namespace
 
 class TestUpdate : public QObject {
@@ -44,17 +41,225 @@ public Q_SLOTS:
     void openUrl(const QUrl& url) { m_opened << url; }
 
 private Q_SLOTS:
-    void initTestCase();
-    void decide_data();
-    void decide();
-    void transport_data();
-    void transport();
-    void untrustedCertificateIsRefused();
-    void alerts_data();
-    void alerts();
+    void initTestCase()
+    {
+        QDesktopServices::setUrlHandler("https", this, "openUrl");
+        QString why;
+        QVERIFY2(m_server.start(QStringLiteral(FEED_SERVER), &why), qPrintable(why));
+        QCOMPARE(UpdateChecker::feedURL(), QUrl("https://corvane.vantorel.com/appcast.json"));
+        QCoreApplication::setApplicationVersion(QString());
+        QCOMPARE(UpdateChecker::currentVersion(), "1.0"); // a build without one
+    }
+
+    void decide_data()
+    {
+        QTest::addColumn<QByteArray>("feed");
+        QTest::addColumn<QString>("running");
+        QTest::addColumn<QString>("expected");
+        const char* page = "https://corvane.vantorel.com/d";
+        const QList<std::tuple<const char*, const char*, const char*, const char*, const char*>>
+            rows{
+                // version as the feed writes it ("" no feed at all), download, running, expected
+                {"newer: offered as written", R"("2.0.0")", page, "1.9.9",
+                 "2.0.0 https://corvane.vantorel.com/d"},
+                {"1.4 and 1.4.0 are the same", R"("1.4")", page, "1.4.0", "none"},
+                {"older: never offered", R"("1.4")", page, "1.9.9", "none"},
+                {"2.0-beta is no version: up to date", R"("2.0-beta")", page, "1.0", "none"},
+                {"version is a number", "2.0", page, "1.0", "failure"},
+                {"download missing", R"("2.0")", nullptr, "1.0", "failure"},
+                {"download not a web address", R"("2.0")", "ftp://corvane.vantorel.com/d", "1.0",
+                 "failure"},
+                {"an HTML page", "", nullptr, "1.0", "failure"},
+            };
+        for (const auto& [name, version, download, running, expected] : rows) {
+            QByteArray feed = "<!doctype html><p>Hello";
+            if (*version)
+                feed = QByteArray(R"({"version":)") + version +
+                       (download ? QByteArray(R"(,"download":")") + download + "\"" : "") +
+                       R"(,"notes":[1]})";
+            QTest::newRow(name) << feed << running << expected;
+        }
+    }
+
+    void decide()
+    {
+        QFETCH(QByteArray, feed);
+        QFETCH(QString, running);
+        QFETCH(QString, expected);
+        QCOMPARE(describe(UpdateChecker::decide(feed, running)), expected);
+    }
+
+    void transport_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("expected");
+        const QString offered = "2.0 https://corvane.vantorel.com/download";
+        QTest::newRow("a feed") << "/update-2.0" << offered;
+        QTest::newRow("a feed with status 404 is still a feed") << "/feed-404" << offered;
+        QTest::newRow("an error page") << "/html-404"
+                                       << "failure";
+        QTest::newRow("more than a feed could be") << "/big"
+                                                   << "failure";
+        QTest::newRow("a server that never answers, within its time-out") << "/hang"
+                                                                          << "failure";
+        QTest::newRow("a refused connection") << "refused"
+                                              << "failure";
+    }
+
+    void transport()
+    {
+        QFETCH(QString, path);
+        QFETCH(QString, expected);
+        QElapsedTimer clock;
+        clock.start();
+        const Result result =
+            run(path == u"refused" ? QUrl("http://127.0.0.1:1/appcast.json") : url(path), 1500);
+        QCOMPARE(describe(result), expected);
+        QVERIFY2(clock.elapsed() < 3000, qPrintable(QString::number(clock.elapsed())));
+    }
+
+    void untrustedCertificateIsRefused()
+    {
+        // An HTTPS server with a certificate nobody signed: the check fails on the certificate,
+        // and succeeds once the test trusts that very one (so the failure was the check, not the
+        // set-up).
+        QTemporaryDir dir;
+        const QString cert = dir.filePath("cert.pem"), key = dir.filePath("key.pem");
+        QProcess openssl;
+        openssl.start("openssl", {"req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2",
+                                  "-subj", "/CN=127.0.0.1", "-addext",
+                                  "subjectAltName=IP:127.0.0.1", "-keyout", key, "-out", cert});
+        QVERIFY(openssl.waitForFinished(30000) && openssl.exitCode() == 0);
+        // Two servers with the same certificate: no connection is reused from one check to the
+        // next.
+        FeedServer first, second;
+        QString why;
+        for (FeedServer* server : {&first, &second})
+            QVERIFY2(server->start(QStringLiteral(FEED_SERVER), &why, {"--tls", cert, key}),
+                     qPrintable(why));
+        const auto check = [this](const FeedServer& server) {
+            return run(QUrl(QStringLiteral("https://127.0.0.1:%1/update-2.0").arg(server.port())));
+        };
+        const Result untrusted = check(first);
+        QVERIFY2(!untrusted.succeeded &&
+                     (untrusted.error.contains("certificate", Qt::CaseInsensitive) ||
+                      untrusted.error.contains("SSL", Qt::CaseInsensitive)),
+                 qPrintable(untrusted.error));
+        QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+        const QSslConfiguration before = configuration;
+        configuration.addCaCertificates(QSslCertificate::fromPath(cert));
+        QSslConfiguration::setDefaultConfiguration(configuration);
+        const Result trusted = check(second);
+        QSslConfiguration::setDefaultConfiguration(before);
+        QVERIFY2(trusted.update, qPrintable(trusted.error));
+    }
+
+    void alerts_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("running"); // "" a build without a version
+        QTest::addColumn<QString>("answer");  // a key, or the label of the button to click
+        QTest::addColumn<QString>("texts");   // the text, the informative text, the buttons
+        QTest::addColumn<bool>("downloads");
+        const QString host = "corvane.vantorel.com";
+        const QString available = "Version 2.0 is available.|You have %1. The update is a quick "
+                                  "download from " +
+                                  host + ".|Download* Later";
+        QTest::newRow("Return downloads") << "/update-2.0"
+                                          << "1.9.9"
+                                          << "Return" << available.arg("1.9.9") << true;
+        QTest::newRow("Escape does nothing; no version compares as 1.0")
+            << "/update-2.0"
+            << ""
+            << "Escape" << available.arg("1.0") << false;
+        QTest::newRow("up to date")
+            << "/update-2.0"
+            << "2.0"
+            << "Return"
+            << "You're up to date.|Corvane 2.0 is the latest version.|OK*" << false;
+        QTest::newRow("failed") << "/html-404"
+                                << "1.0"
+                                << "OK"
+                                << "Couldn't check for updates.|Try again in a minute, or grab "
+                                   "the newest version at " +
+                                       host + ".|OK*"
+                                << false;
+    }
+
+    void alerts()
+    {
+        QFETCH(QString, path);
+        QFETCH(QString, running);
+        QFETCH(QString, answer);
+        QFETCH(QString, texts);
+        QFETCH(bool, downloads);
+        m_opened.clear();
+        QCoreApplication::setApplicationVersion(running);
+        // The alert runs modally inside the check's completion: it is read and answered from a
+        // timer that fires in its event loop. Its buttons are read left to right, the default
+        // one marked with a star.
+        QStringList seen;
+        QTimer poll;
+        poll.setInterval(50);
+        connect(&poll, &QTimer::timeout, this, [&] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (!seen.isEmpty() || !box || !box->windowHandle() ||
+                !box->windowHandle()->isExposed() || !box->isActiveWindow())
+                return;
+            QList<QAbstractButton*> all = box->buttons();
+            std::sort(all.begin(), all.end(), [](QAbstractButton* a, QAbstractButton* b) {
+                return a->mapToGlobal(QPoint()).x() < b->mapToGlobal(QPoint()).x();
+            });
+            QStringList buttons;
+            QAbstractButton* target = nullptr;
+            for (QAbstractButton* button : all) {
+                buttons << button->text();
+                if (auto* push = qobject_cast<QPushButton*>(button); push && push->isDefault())
+                    buttons.last() += u'*';
+                if (button->text() == answer)
+                    target = button;
+            }
+            seen << box->text() << box->informativeText() << buttons.join(u' ');
+            const QPoint centre = target ? target->mapToGlobal(target->rect().center()) : QPoint();
+            QProcess::startDetached("xdotool",
+                                    target ? QStringList{"mousemove", QString::number(centre.x()),
+                                                         QString::number(centre.y()), "click", "1"}
+                                           : QStringList{"key", answer});
+        });
+        poll.start();
+        UpdateChecker::Options options;
+        options.feedURL = url(path);
+        UpdateChecker::checkAndPresent(options);
+        QTRY_VERIFY_WITH_TIMEOUT(!seen.isEmpty(), 15000);
+        QTRY_VERIFY_WITH_TIMEOUT(!QApplication::activeModalWidget(), 15000);
+        QTest::qWait(100);
+        QCOMPARE(seen.join(u'|'), texts);
+        QCOMPARE(m_opened, downloads ? QList<QUrl>{QUrl("https://corvane.vantorel.com/download")}
+                                     : QList<QUrl>{});
+    }
 
 private:
-    Result run(const QUrl& feed, int timeoutMs = 5000);
+    Result run(const QUrl& feed, int timeoutMs = 5000)
+    {
+        std::optional<Result> result;
+        int calls = 0;
+        UpdateChecker::Options options;
+        options.feedURL = feed;
+        options.currentVersion = "1.0";
+        options.timeoutMs = timeoutMs;
+        UpdateChecker::check(
+            [&](const Result& r) {
+                ++calls;
+                result = r;
+            },
+            options);
+        if (!QTest::qWaitFor([&] { return result.has_value(); }, timeoutMs + 5000))
+            qFatal("the update check hung: no completion after %d ms", timeoutMs + 5000);
+        QTest::qWait(50);
+        if (calls != 1)
+            qFatal("completion called %d times", calls);
+        return *result;
+    }
     QUrl url(const QString& path) const
     {
         return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_server.port()).arg(path));
@@ -63,239 +268,6 @@ private:
     FeedServer m_server;
     QList<QUrl> m_opened;
 };
-
-void TestUpdate::initTestCase()
-{
-    QDesktopServices::setUrlHandler("https", this, "openUrl");
-    QString why;
-    QVERIFY2(m_server.start(QStringLiteral(FEED_SERVER), &why), qPrintable(why));
-    QCOMPARE(UpdateChecker::feedURL(), QUrl("https://corvane.vantorel.com/appcast.json"));
-    QCoreApplication::setApplicationVersion(QString());
-    QCOMPARE(UpdateChecker::currentVersion(), "1.0"); // a build without one
-}
-
-void TestUpdate::decide_data()
-{
-    QTest::addColumn<QByteArray>("feed");
-    QTest::addColumn<QString>("running");
-    QTest::addColumn<QString>("expected");
-    const auto feed = [](const char* version,
-                         const char* download = "https://corvane.vantorel.com/d") {
-        return QStringLiteral(R"({"version":%1,"download":"%2","notes":[1]})")
-            .arg(QString::fromUtf8(version), QString::fromUtf8(download))
-            .toUtf8();
-    };
-    QTest::newRow("newer: offered as written") << feed(R"("2.0.0")") << "1.9.9"
-                                               << "2.0.0 https://corvane.vantorel.com/d";
-    QTest::newRow("1.4 and 1.4.0 are the same") << feed(R"("1.4")") << "1.4.0"
-                                                << "none";
-    QTest::newRow("older: never offered") << feed(R"("1.4")") << "1.9.9"
-                                          << "none";
-    QTest::newRow("2.0-beta is no version: up to date") << feed(R"("2.0-beta")") << "1.0"
-                                                        << "none";
-    QTest::newRow("version is a number") << feed("2.0") << "1.0"
-                                         << "failure";
-    QTest::newRow("download missing") << QByteArray(R"({"version":"2.0"})") << "1.0"
-                                      << "failure";
-    QTest::newRow("download not a web address")
-        << feed(R"("2.0")", "ftp://corvane.vantorel.com/d") << "1.0"
-        << "failure";
-    QTest::newRow("an HTML page") << QByteArray("<!doctype html><p>Hello") << "1.0"
-                                  << "failure";
-}
-
-void TestUpdate::decide()
-{
-    QFETCH(QByteArray, feed);
-    QFETCH(QString, running);
-    QFETCH(QString, expected);
-    QCOMPARE(describe(UpdateChecker::decide(feed, running)), expected);
-}
-
-void TestUpdate::transport_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("a feed") << "/update-2.0"
-                            << "2.0 https://corvane.vantorel.com/download";
-    QTest::newRow("a feed with status 404 is still a feed")
-        << "/feed-404"
-        << "2.0 https://corvane.vantorel.com/download";
-    QTest::newRow("an error page") << "/html-404"
-                                   << "failure";
-    QTest::newRow("more than a feed could be") << "/big"
-                                               << "failure";
-    QTest::newRow("a server that never answers, within its time-out") << "/hang"
-                                                                      << "failure";
-    QTest::newRow("a refused connection") << "refused"
-                                          << "failure";
-}
-
-void TestUpdate::transport()
-{
-    QFETCH(QString, path);
-    QFETCH(QString, expected);
-    QElapsedTimer clock;
-    clock.start();
-    const Result result =
-        run(path == u"refused" ? QUrl("http://127.0.0.1:1/appcast.json") : url(path), 1500);
-    QCOMPARE(describe(result), expected);
-    QVERIFY2(clock.elapsed() < 3000, qPrintable(QString::number(clock.elapsed())));
-}
-
-Result TestUpdate::run(const QUrl& feed, int timeoutMs)
-{
-    std::optional<Result> result;
-    int calls = 0;
-    UpdateChecker::Options options;
-    options.feedURL = feed;
-    options.currentVersion = "1.0";
-    options.timeoutMs = timeoutMs;
-    UpdateChecker::check(
-        [&](const Result& r) {
-            ++calls;
-            result = r;
-        },
-        options);
-    if (!QTest::qWaitFor([&] { return result.has_value(); }, timeoutMs + 5000))
-        qFatal("the update check hung: no completion after %d ms", timeoutMs + 5000);
-    QTest::qWait(50);
-    if (calls != 1)
-        qFatal("completion called %d times", calls);
-    return *result;
-}
-
-void TestUpdate::untrustedCertificateIsRefused()
-{
-    // An HTTPS server with a certificate nobody signed: the check fails on the certificate, and
-    // succeeds once the test trusts that very one (so the failure was the check, not the set-up).
-    QTemporaryDir dir;
-    const QString cert = dir.filePath("cert.pem"), key = dir.filePath("key.pem");
-    QProcess openssl;
-    openssl.start("openssl", {"req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2",
-                              "-subj", "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1",
-                              "-keyout", key, "-out", cert});
-    QVERIFY(openssl.waitForFinished(30000) && openssl.exitCode() == 0);
-    // Two servers with the same certificate: no connection is reused from one check to the next.
-    FeedServer first, second;
-    QString why;
-    QVERIFY2(first.start(QStringLiteral(FEED_SERVER), &why, {"--tls", cert, key}), qPrintable(why));
-    QVERIFY2(second.start(QStringLiteral(FEED_SERVER), &why, {"--tls", cert, key}),
-             qPrintable(why));
-    const auto check = [this](const FeedServer& server) {
-        return run(QUrl(QStringLiteral("https://127.0.0.1:%1/update-2.0").arg(server.port())));
-    };
-    const Result untrusted = check(first);
-    QVERIFY2(!untrusted.succeeded &&
-                 (untrusted.error.contains("certificate", Qt::CaseInsensitive) ||
-                  untrusted.error.contains("SSL", Qt::CaseInsensitive)),
-             qPrintable(untrusted.error));
-    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
-    const QSslConfiguration before = configuration;
-    configuration.addCaCertificates(QSslCertificate::fromPath(cert));
-    QSslConfiguration::setDefaultConfiguration(configuration);
-    const Result trusted = check(second);
-    QSslConfiguration::setDefaultConfiguration(before);
-    QVERIFY2(trusted.update, qPrintable(trusted.error));
-}
-
-void TestUpdate::alerts_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("running"); // "" a build without a version
-    QTest::addColumn<QString>("answer");  // a key, or the label of the button to click
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("informative");
-    QTest::addColumn<QStringList>("buttons"); // left to right; the first is the default
-    QTest::addColumn<bool>("downloads");
-    const QStringList update{"Download", "Later"};
-    const QString available = "Version 2.0 is available.";
-    QTest::newRow("Return downloads")
-        << "/update-2.0"
-        << "1.9.9"
-        << "Return" << available
-        << QStringLiteral("You have 1.9.9. The update is a quick download from %1.").arg(host)
-        << update << true;
-    QTest::newRow("Escape does nothing; no version compares as 1.0")
-        << "/update-2.0"
-        << ""
-        << "Escape" << available
-        << QStringLiteral("You have 1.0. The update is a quick download from %1.").arg(host)
-        << update << false;
-    QTest::newRow("up to date") << "/update-2.0"
-                                << "2.0"
-                                << "Return"
-                                << "You're up to date."
-                                << "Corvane 2.0 is the latest version." << QStringList{"OK"}
-                                << false;
-    QTest::newRow("failed") << "/html-404"
-                            << "1.0"
-                            << "OK"
-                            << "Couldn't check for updates."
-                            << QStringLiteral("Try again in a minute, or grab the newest version "
-                                              "at %1.")
-                                   .arg(host)
-                            << QStringList{"OK"} << false;
-}
-
-void TestUpdate::alerts()
-{
-    QFETCH(QString, path);
-    QFETCH(QString, running);
-    QFETCH(QString, answer);
-    QFETCH(QString, text);
-    QFETCH(QString, informative);
-    QFETCH(QStringList, buttons);
-    QFETCH(bool, downloads);
-    m_opened.clear();
-    QCoreApplication::setApplicationVersion(running);
-    // The alert runs modally inside the check's completion: it is read and answered from a
-    // timer that fires in its event loop.
-    bool seen = false;
-    QString seenText, seenInformative, defaultButton;
-    QStringList seenButtons;
-    QTimer poll;
-    poll.setInterval(50);
-    connect(&poll, &QTimer::timeout, this, [&] {
-        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        if (seen || !box || !box->windowHandle() || !box->windowHandle()->isExposed() ||
-            !box->isActiveWindow())
-            return;
-        seen = true;
-        seenText = box->text();
-        seenInformative = box->informativeText();
-        QList<QAbstractButton*> all = box->buttons();
-        std::sort(all.begin(), all.end(), [](QAbstractButton* a, QAbstractButton* b) {
-            return a->mapToGlobal(QPoint()).x() < b->mapToGlobal(QPoint()).x();
-        });
-        QAbstractButton* target = nullptr;
-        for (QAbstractButton* button : all) {
-            seenButtons << button->text();
-            if (auto* push = qobject_cast<QPushButton*>(button); push && push->isDefault())
-                defaultButton = push->text();
-            if (button->text() == answer)
-                target = button;
-        }
-        const QPoint centre = target ? target->mapToGlobal(target->rect().center()) : QPoint();
-        QProcess::startDetached("xdotool",
-                                target ? QStringList{"mousemove", QString::number(centre.x()),
-                                                     QString::number(centre.y()), "click", "1"}
-                                       : QStringList{"key", answer});
-    });
-    poll.start();
-    UpdateChecker::Options options;
-    options.feedURL = url(path);
-    UpdateChecker::checkAndPresent(options);
-    QTRY_VERIFY_WITH_TIMEOUT(seen, 15000);
-    QTRY_VERIFY_WITH_TIMEOUT(!QApplication::activeModalWidget(), 15000);
-    QTest::qWait(100);
-    QCOMPARE(seenText, text);
-    QCOMPARE(seenInformative, informative);
-    QCOMPARE(seenButtons, buttons);
-    QCOMPARE(defaultButton, buttons.first());
-    QCOMPARE(m_opened, downloads ? QList<QUrl>{QUrl("https://corvane.vantorel.com/download")}
-                                 : QList<QUrl>{});
-}
 
 QTEST_MAIN(TestUpdate)
 #include "tst_update.moc"

@@ -23,7 +23,6 @@
 #include <QFile>
 #include <QMenu>
 #include <QProcess>
-#include <QScreen>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -59,27 +58,373 @@ class TestWindows : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase();
-    void cleanup();
+    void initTestCase()
+    {
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software); // as main() does
+        qputenv("XDG_CONFIG_HOME", m_home.filePath("config").toUtf8());
+        m_settingsProgram = m_home.filePath("settings-program.txt");
+        m_xdgOpen = m_home.filePath("xdg-open.txt");
+        QDir(m_home.path()).mkpath("bin");
+        for (const auto& [name, record] :
+             {std::pair{"gnome-control-center", m_settingsProgram}, {"xdg-open", m_xdgOpen}}) {
+            QFile script(m_home.filePath("bin/" + QLatin1String(name)));
+            QVERIFY(script.open(QIODevice::WriteOnly));
+            script.write(QStringLiteral("#!/bin/sh\necho \"$@\" >> '%1'\n").arg(record).toUtf8());
+            script.close();
+            QVERIFY(script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        }
+        qputenv("PATH", m_home.filePath("bin").toUtf8() + ":" BIN_DIR ":" + qgetenv("PATH"));
 
-    void shownAgainIsCentredAgain();
-    void welcomeFollowsThePermission();
-    void welcomeButtonsReachTheDesktop();
-    void whatsNewShowsTheGivenReleases();
-    void whatsNewButtonsAndKeysClose();
-    void whatsNewClipLoopsMutedAndPausesOnClose();
-    void settingsApplyAtOnce();
-    void settingsFollowWhatChangedElsewhere();
-    void settingsListApplicationsAndForgetHistory();
-    void launchAtLogin();
+        m_defaults = std::make_unique<UserDefaults>(UserDefaults::standardFilePath());
+        QVERIFY(m_defaults->setBool(AppDelegate::launchedBeforeKey, true));
+        m_trust = std::make_unique<AccessibilitySwitch>();
+        m_desktop = std::make_unique<LinuxDesktop>();
+        m_monitors = std::make_unique<XInputMonitors>();
+        m_workspace = std::make_unique<X11Workspace>();
+        setPermission(true);
+        // The real delegate, as main() makes it (without a tray icon: the session has no tray).
+        m_delegate = std::make_unique<AppDelegate>(
+            *m_defaults,
+            AppDelegate::Platform{.monitors = *m_monitors,
+                                  .workspace = *m_workspace,
+                                  .trust = *m_trust,
+                                  .menuSource = std::make_shared<atspi::MenuBarFinder>(),
+                                  .beep = [] {},
+                                  .isCompositing = {},
+                                  .requestBlurBehind = {},
+                                  .showStatusItem = false,
+                                  .askSavePath = {}});
+        AppDelegate::shared = m_delegate.get();
+        WindowServices::shared() = {.trust = m_trust.get(),
+                                    .desktop = m_desktop.get(),
+                                    .triggerName = [this] { return m_delegate->triggerSymbol(); },
+                                    .globalInputWatched = true,
+                                    .defaults = m_defaults.get(),
+                                    .runningApplications = [] { return runningApps; },
+                                    .describeApplication =
+                                        [](const QString& id) {
+                                            return RunningApp{0, id, "Described " + id, {}};
+                                        }};
+        QSignalSpy announced(m_delegate.get(), &AppDelegate::launchAnnounced);
+        m_delegate->applicationDidFinishLaunching();
+        QTRY_COMPARE(announced.size(), 1);
+        QVERIFY(
+            !WelcomeWindowController::shared().window()); // a returning user with the permission
+    }
+
+    void cleanupTestCase()
+    {
+        cleanup();
+        setPermission(true);
+        AppDelegate::shared = nullptr;
+        m_delegate.reset();
+    }
+
+    void cleanup()
+    {
+        SettingsWindowPresenter::shared().close();
+        WelcomeWindowController::shared().close();
+        WhatsNewWindowController::shared().close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        WindowServices::shared().globalInputWatched = true;
+    }
+
+    void welcomeFollowsThePermission()
+    {
+        setPermission(false);
+        WelcomeWindowController::shared().show();
+        QQuickWindow* window = WelcomeWindowController::shared().window();
+        waitUntilShown(window);
+        const auto missing = [this] {
+            return shownIn(welcome("grantButton")) && shownIn(welcome("hint")) &&
+                   shownIn(welcome("smallButtons")) &&
+                   welcome("closeButton")->property("text").toString() == u"I'll grant it later";
+        };
+        const auto granted = [this] {
+            return !shownIn(welcome("grantButton")) && !shownIn(welcome("hint")) &&
+                   !shownIn(welcome("smallButtons")) &&
+                   welcome("closeButton")->property("text").toString() == u"Start Peeking";
+        };
+        QVERIFY(missing());
+        QCOMPARE(welcome("keycap")->property("label").toString(), "Ctrl");
+        // Return presses the default button while the permission is missing: it asks for it.
+        QVERIFY(activateWindowOf(QCoreApplication::applicationPid(), "Welcome"));
+        xdotool({"key", "Return"});
+        QTRY_COMPARE_WITH_TIMEOUT(AccessibilitySwitch::isEnabled(), std::optional(true), 3000);
+        QTRY_VERIFY_WITH_TIMEOUT(granted(), 2500);
+        // Granted, there is no default button: Return closes nothing.
+        xdotool({"key", "Return"});
+        QTest::qWait(300);
+        QCOMPARE(WelcomeWindowController::shared().window(), window);
+        // Switched off elsewhere (as the desktop's settings do): shown within about a second.
+        QElapsedTimer clock;
+        clock.start();
+        QVERIFY(AccessibilitySwitch::setEnabled(false));
+        QTRY_VERIFY_WITH_TIMEOUT(missing(), 2500);
+        QVERIFY2(clock.elapsed() <= 1600, qPrintable(QString::number(clock.elapsed())));
+        QCOMPARE(welcome("statusText")->property("text").toString(),
+                 "Corvane needs Accessibility access to read menus.");
+        setPermission(true);
+        QTRY_VERIFY_WITH_TIMEOUT(granted(), 2500);
+    }
+
+    void welcomeButtonsReachTheDesktop()
+    {
+        setPermission(false);
+        WindowServices::shared().globalInputWatched = false;
+        WelcomeWindowController::shared().show();
+        waitUntilShown(WelcomeWindowController::shared().window());
+        // Where holding cannot be watched, one sentence says what still works.
+        QVERIFY(shownIn(welcome("inputNote")));
+        QVERIFY(welcome("inputNote")->property("text").toString().contains("Peek Current App"));
+        click(welcome("openSettingsButton"));
+        QTRY_COMPARE_WITH_TIMEOUT(recorded(m_settingsProgram), "universal-access", 3000);
+        // Not installed, the help link opens the project page's accessibility section.
+        click(welcome("helpLink"));
+        QTRY_COMPARE_WITH_TIMEOUT(recorded(m_xdgOpen),
+                                  "https://corvane.vantorel.com/#switching-accessibility-on", 3000);
+        QPointer<QObject> model = WelcomeWindowController::shared().model();
+        click(welcome("closeButton")); // the window, its view and its model go
+        QTRY_VERIFY(!WelcomeWindowController::shared().window());
+        QTRY_VERIFY(!model);
+        setPermission(true);
+
+        // No accessibility settings program at all: nothing opens, and the log says what was tried.
+        const QByteArray path = qgetenv("PATH");
+        qputenv("PATH", m_home.filePath("nothing-here").toUtf8());
+        QTest::ignoreMessage(QtCriticalMsg, "accessibility settings: none found (tried "
+                                            "gnome-control-center, systemsettings, "
+                                            "xfce4-accessibility-settings)");
+        const bool opened = m_desktop->openAccessibilitySettings();
+        qputenv("PATH", path);
+        QVERIFY(!opened);
+    }
+
+    void whatsNewButtonsAndKeysClose()
+    {
+        auto& whatsNew = WhatsNewWindowController::shared();
+        // The catalogue's "Open Settings" closes the window first, then opens the settings.
+        whatsNew.show(ReleaseNotes::all(m_delegate->whatsNewActions(), "Ctrl"));
+        waitUntilShown(whatsNew.window());
+        QQuickItem* button = visibleItems(whatsNew.view(), "featureAction").value(0);
+        QVERIFY(button);
+        QCOMPARE(button->property("text").toString(), "Open Settings");
+        QQuickItem* scroll = item(whatsNew.view(), "scroll");
+        scroll->setProperty("contentY", std::max(0.0, scroll->property("contentHeight").toDouble() -
+                                                          scroll->height()));
+        QTest::qWait(100);
+        click(button);
+        QTRY_VERIFY(SettingsWindowPresenter::shared().window());
+        QVERIFY(!whatsNew.window());
+        SettingsWindowPresenter::shared().close();
+
+        for (const char* key : {"Return", "alt+F4"}) {
+            whatsNew.show({release("1.0", "One")});
+            waitUntilShown(whatsNew.window());
+            QPointer<QObject> model = whatsNew.model();
+            QVERIFY(activateWindowOf(QCoreApplication::applicationPid(), "What's New"));
+            xdotool({"key", QString::fromLatin1(key)});
+            QTRY_VERIFY2(!whatsNew.window() && !model, key);
+        }
+    }
+
+    void whatsNewClipLoopsMutedAndPausesOnClose()
+    {
+        WhatsNewWindowController::shared().show(
+            ReleaseNotes::all(m_delegate->whatsNewActions(), "Ctrl"));
+        waitUntilShown(WhatsNewWindowController::shared().window());
+        QQuickItem* clip = nullptr; // made after the window's first frame
+        QTRY_VERIFY((clip = item(WhatsNewWindowController::shared().view(), "mediaPlayer")));
+        QVERIFY(clip->property("muted").toBool());
+        QCOMPARE(clip->size(), QSizeF(400, 250));
+        QTRY_VERIFY_WITH_TIMEOUT(clip->property("restarts").toInt() >= 1, 8000); // over and over
+        const int frames = clip->property("framesShown").toInt();
+        QTRY_VERIFY(clip->property("framesShown").toInt() > frames + 3);
+        // Closing the window pauses the clip before it goes.
+        QVERIFY(clip->property("playing").toBool());
+        QSignalSpy changed(clip, SIGNAL(playingChanged()));
+        QPointer<QQuickItem> gone = clip;
+        WhatsNewWindowController::shared().close();
+        QVERIFY(changed.count() >= 1);
+        QTRY_VERIFY(!gone); // with its window, and its decoders with it
+    }
+
+    void settingsApplyAtOnce()
+    {
+        SettingsWindowPresenter::shared().show();
+        QQuickWindow* window = SettingsWindowPresenter::shared().window();
+        waitUntilShown(window);
+        QCOMPARE(window->title(), "Corvane Settings");
+        // The trigger picker's "Off": stored, and the trigger is silent at once.
+        QQuickItem* picker = settings("triggerPicker");
+        click(picker);
+        QQuickItem* off = nullptr;
+        QTRY_VERIFY((off = itemsWhere(window->contentItem(), [picker](QQuickItem* candidate) {
+                               return candidate->inherits("QQuickAbstractButton") &&
+                                      candidate != picker &&
+                                      candidate->property("text").toString() == u"Off" &&
+                                      candidate->isVisible() && candidate->height() > 0;
+                           }).value(0)));
+        QTest::qWait(250); // the list has finished opening
+        click(off);
+        QTRY_COMPARE(m_defaults->string("triggerModifier"), "off");
+        QCOMPARE(m_delegate->detector.triggerModifier, std::nullopt);
+        Q_EMIT m_delegate->statusMenuController->menu->aboutToShow();
+        QCOMPARE(m_delegate->statusMenuController->headerItem->text(), "Hold-to-peek is off");
+        SettingsWindowPresenter::shared().pane()->setTriggerModifier("command");
+    }
+
+    void settingsFollowWhatChangedElsewhere()
+    {
+        // Out of range in the file: clamped where it is applied and where it is shown.
+        QVERIFY(m_defaults->setDouble("holdDelay", 0.01));
+        m_delegate->reloadTriggerSettings();
+        QCOMPARE(m_delegate->detector.holdDelay, 0.3);
+        QVERIFY(m_desktop->setLaunchAtLogin(true));
+        setPermission(false);
+        SettingsWindowPresenter::shared().show();
+        waitUntilShown(SettingsWindowPresenter::shared().window());
+        QCOMPARE(settings("delaySlider")->property("value").toDouble(), 0.3);
+        QVERIFY(settings("launchAtLoginToggle")->property("checked").toBool());
+        // "Open Accessibility Settings…" asks for the permission and opens the settings; the row
+        // goes once it is granted.
+        QVERIFY(shownIn(settings("accessibilityRow")));
+        QFile::remove(m_settingsProgram);
+        click(settings("openSystemSettingsButton"));
+        QTRY_COMPARE_WITH_TIMEOUT(AccessibilitySwitch::isEnabled(), std::optional(true), 3000);
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(m_settingsProgram), 3000);
+        QTRY_VERIFY_WITH_TIMEOUT(!shownIn(settings("accessibilityRow")), 2500);
+        QVERIFY(m_defaults->setDouble("holdDelay", 0.85));
+        m_delegate->reloadTriggerSettings();
+        QVERIFY(m_desktop->setLaunchAtLogin(false));
+    }
+
+    void settingsListApplicationsAndForgetHistory()
+    {
+        const RunningApp terminal{7, "org.example.Terminal", "Terminal", {}};
+        runningApps = {terminal, {8, "org.example.Game", "Game", {}}};
+        QVERIFY(m_delegate->history.record("File\x1fQuit", "org.example.Editor"));
+        SettingsWindowPresenter::shared().show();
+        QQuickWindow* window = SettingsWindowPresenter::shared().window();
+        waitUntilShown(window);
+        const auto shownButton = [window](const QString& text) {
+            return itemsWhere(window->contentItem(),
+                              [&text](QQuickItem* candidate) {
+                                  return candidate->inherits("QQuickAbstractButton") &&
+                                         candidate->property("text").toString() == text &&
+                                         candidate->isVisible() && candidate->height() > 0;
+                              })
+                .value(0);
+        };
+
+        // + offers the applications with a window; the one chosen is listed, and holding the
+        // trigger in it no longer arms; − takes it off again.
+        click(settings("addExcludedButton"));
+        QQuickItem* choice = nullptr;
+        QTRY_VERIFY((choice = shownButton("Terminal")));
+        QTest::qWait(250); // the menu has finished opening
+        click(choice);
+        QTRY_COMPARE(m_defaults->stringList("excludedApplications"), QStringList{*terminal.appId});
+        QVERIFY(m_delegate->isExcluded(terminal));
+        QTRY_VERIFY(shownIn(settings("removeExcludedButton")));
+        QTest::qWait(250); // the menu has finished closing
+        click(settings("removeExcludedButton"));
+        QTRY_COMPARE(m_defaults->stringList("excludedApplications"), std::nullopt);
+        QVERIFY(!m_delegate->isExcluded(terminal));
+
+        // Forget… asks first; confirmed, the history is gone.
+        click(settings("forgetHistoryButton"));
+        QQuickItem* forget = nullptr;
+        QTRY_VERIFY((forget = shownButton("Forget")));
+        QTest::qWait(250);
+        QCOMPARE(m_delegate->history.entries("org.example.Editor").size(), 1);
+        click(forget);
+        QTRY_VERIFY(m_delegate->history.entries("org.example.Editor").isEmpty());
+    }
+
+    void launchAtLogin()
+    {
+        const QString entry = LinuxDesktop::autostartFilePath();
+        QVERIFY(entry.startsWith(m_home.path()));
+        QDir().mkpath(QFileInfo(entry).absolutePath());
+        SettingsWindowPresenter::shared().show();
+        waitUntilShown(SettingsWindowPresenter::shared().window());
+        QQuickItem* toggle = settings("launchAtLoginToggle");
+        {
+            // The folder cannot be written: the switch goes back to the real state, silently.
+            ReadOnlyFolder readOnly(QFileInfo(entry).absolutePath());
+            QVERIFY2(readOnly.isReadOnly(), qPrintable(readOnly.reason()));
+            QSignalSpy changed(SettingsWindowPresenter::shared().pane(),
+                               &GeneralPaneModel::launchAtLoginChanged);
+            click(toggle);
+            QTRY_VERIFY(changed.size() >= 1);
+            QTest::qWait(100);
+            QVERIFY(!QFile::exists(entry));
+            QVERIFY(!toggle->property("checked").toBool());
+        }
+        click(toggle);
+        QTRY_VERIFY(QFile::exists(entry));
+        QVERIFY(toggle->property("checked").toBool() && m_desktop->launchesAtLogin());
+        QProcess validate;
+        validate.start("desktop-file-validate", {entry});
+        QVERIFY(validate.waitForFinished(10000));
+        QVERIFY2(validate.exitCode() == 0, validate.readAllStandardOutput().constData());
+        QFile file(entry);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY(
+            file.readAll().contains(("Exec=" + QCoreApplication::applicationFilePath()).toUtf8()));
+        click(toggle);
+        QTRY_VERIFY(!QFile::exists(entry));
+        QVERIFY(!m_desktop->launchesAtLogin());
+    }
 
 private:
-    void setPermission(bool enabled);
-    void click(QQuickItem* item);
-    void waitUntilShown(QQuickWindow* window);
-    QQuickItem* welcome(const char* name) const;
-    QQuickItem* settings(const char* name) const;
+    // Switches IsEnabled and waits until this process has read the new value.
+    void setPermission(bool enabled)
+    {
+        QVERIFY(AccessibilitySwitch::setEnabled(enabled));
+        std::optional<bool> read;
+        m_trust->refresh([&](bool trusted) { read = trusted; });
+        QTRY_COMPARE(read, std::optional(enabled));
+    }
+
+    void click(QQuickItem* item)
+    {
+        QVERIFY(item);
+        // In a scrolling form, scrolled into view first, as a user would.
+        for (QQuickItem* parent = item->parentItem(); parent; parent = parent->parentItem()) {
+            if (!parent->inherits("QQuickFlickable"))
+                continue;
+            const double y = item->mapToItem(parent, QPointF(0, 0)).y();
+            if (y < 0 || y + item->height() > parent->height()) {
+                const double most = parent->property("contentHeight").toDouble() - parent->height();
+                const double contentY = parent->property("contentY").toDouble() + y - 40;
+                parent->setProperty("contentY", std::clamp(contentY, 0.0, std::max(0.0, most)));
+                QTest::qWait(100);
+            }
+        }
+        const QPoint centre =
+            item->mapToGlobal(QPointF(item->width() / 2, item->height() / 2)).toPoint();
+        xdotool(
+            {"mousemove", QString::number(centre.x()), QString::number(centre.y()), "click", "1"});
+    }
+
+    void waitUntilShown(QQuickWindow* window)
+    {
+        QVERIFY(window);
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QTest::qWait(200); // placed by the window manager
+    }
+
+    QQuickItem* welcome(const char* name) const
+    {
+        return item(WelcomeWindowController::shared().view(), QString::fromLatin1(name));
+    }
+
+    QQuickItem* settings(const char* name) const
+    {
+        return item(SettingsWindowPresenter::shared().view(), QString::fromLatin1(name));
+    }
 
     QTemporaryDir m_home;
     QString m_settingsProgram, m_xdgOpen; // what the stand-ins were asked
@@ -90,406 +435,6 @@ private:
     std::unique_ptr<X11Workspace> m_workspace;
     std::unique_ptr<AppDelegate> m_delegate;
 };
-
-void TestWindows::initTestCase()
-{
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software); // as main() does
-    qputenv("XDG_CONFIG_HOME", m_home.filePath("config").toUtf8());
-    m_settingsProgram = m_home.filePath("settings-program.txt");
-    m_xdgOpen = m_home.filePath("xdg-open.txt");
-    QDir(m_home.path()).mkpath("bin");
-    for (const auto& [name, record] :
-         {std::pair{"gnome-control-center", m_settingsProgram}, {"xdg-open", m_xdgOpen}}) {
-        QFile script(m_home.filePath("bin/" + QLatin1String(name)));
-        QVERIFY(script.open(QIODevice::WriteOnly));
-        script.write(QStringLiteral("#!/bin/sh\necho \"$@\" >> '%1'\n").arg(record).toUtf8());
-        script.close();
-        QVERIFY(script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-    }
-    qputenv("PATH", m_home.filePath("bin").toUtf8() + ":" BIN_DIR ":" + qgetenv("PATH"));
-
-    m_defaults = std::make_unique<UserDefaults>(UserDefaults::standardFilePath());
-    QVERIFY(m_defaults->setBool(AppDelegate::launchedBeforeKey, true));
-    m_trust = std::make_unique<AccessibilitySwitch>();
-    m_desktop = std::make_unique<LinuxDesktop>();
-    m_monitors = std::make_unique<XInputMonitors>();
-    m_workspace = std::make_unique<X11Workspace>();
-    setPermission(true);
-    // The real delegate, as main() makes it (without a tray icon: the session has no tray).
-    m_delegate = std::make_unique<AppDelegate>(
-        *m_defaults, AppDelegate::Platform{.monitors = *m_monitors,
-                                           .workspace = *m_workspace,
-                                           .trust = *m_trust,
-                                           .menuSource = std::make_shared<atspi::MenuBarFinder>(),
-                                           .beep = [] {},
-                                           .isCompositing = {},
-                                           .requestBlurBehind = {},
-                                           .showStatusItem = false,
-                                           .askSavePath = {}});
-    AppDelegate::shared = m_delegate.get();
-    WindowServices::shared() = {.trust = m_trust.get(),
-                                .desktop = m_desktop.get(),
-                                .triggerName = [this] { return m_delegate->triggerSymbol(); },
-                                .globalInputWatched = true,
-                                .defaults = m_defaults.get(),
-                                .runningApplications = [] { return runningApps; },
-                                .describeApplication =
-                                    [](const QString& id) {
-                                        return RunningApp{0, id, "Described " + id, {}};
-                                    }};
-    QSignalSpy announced(m_delegate.get(), &AppDelegate::launchAnnounced);
-    m_delegate->applicationDidFinishLaunching();
-    QTRY_COMPARE(announced.size(), 1);
-    QVERIFY(!WelcomeWindowController::shared().window()); // a returning user with the permission
-}
-
-void TestWindows::cleanupTestCase()
-{
-    cleanup();
-    setPermission(true);
-    AppDelegate::shared = nullptr;
-    m_delegate.reset();
-}
-
-void TestWindows::cleanup()
-{
-    SettingsWindowPresenter::shared().close();
-    WelcomeWindowController::shared().close();
-    WhatsNewWindowController::shared().close();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    WindowServices::shared().globalInputWatched = true;
-}
-
-// Switches IsEnabled and waits until this process has read the new value.
-void TestWindows::setPermission(bool enabled)
-{
-    QVERIFY(AccessibilitySwitch::setEnabled(enabled));
-    std::optional<bool> read;
-    m_trust->refresh([&](bool trusted) { read = trusted; });
-    QTRY_COMPARE(read, std::optional(enabled));
-}
-
-void TestWindows::click(QQuickItem* item)
-{
-    QVERIFY(item);
-    // In a scrolling form, scrolled into view first, as a user would.
-    for (QQuickItem* parent = item->parentItem(); parent; parent = parent->parentItem()) {
-        if (!parent->inherits("QQuickFlickable"))
-            continue;
-        const double y = item->mapToItem(parent, QPointF(0, 0)).y();
-        if (y < 0 || y + item->height() > parent->height()) {
-            const double most = parent->property("contentHeight").toDouble() - parent->height();
-            const double contentY = parent->property("contentY").toDouble() + y - 40;
-            parent->setProperty("contentY", std::clamp(contentY, 0.0, std::max(0.0, most)));
-            QTest::qWait(100);
-        }
-    }
-    const QPoint centre =
-        item->mapToGlobal(QPointF(item->width() / 2, item->height() / 2)).toPoint();
-    xdotool({"mousemove", QString::number(centre.x()), QString::number(centre.y()), "click", "1"});
-}
-
-void TestWindows::waitUntilShown(QQuickWindow* window)
-{
-    QVERIFY(window);
-    QVERIFY(QTest::qWaitForWindowExposed(window));
-    QTest::qWait(200); // placed by the window manager
-}
-
-QQuickItem* TestWindows::welcome(const char* name) const
-{
-    return item(WelcomeWindowController::shared().view(), QString::fromLatin1(name));
-}
-
-QQuickItem* TestWindows::settings(const char* name) const
-{
-    return item(SettingsWindowPresenter::shared().view(), QString::fromLatin1(name));
-}
-
-void TestWindows::shownAgainIsCentredAgain()
-{
-    // A real window, moved away by the user and shown again: the same window, centred again.
-    WelcomeWindowController::shared().show();
-    QPointer<QQuickWindow> window = WelcomeWindowController::shared().window();
-    waitUntilShown(window);
-    QCOMPARE(window->title(), "Welcome to Corvane");
-    window->setFramePosition({10, 10});
-    QTRY_VERIFY(window->frameGeometry().x() < 100);
-    WelcomeWindowController::shared().show();
-    QCOMPARE(WelcomeWindowController::shared().window(), window.data());
-    const QRect available = window->screen()->availableGeometry();
-    QTRY_VERIFY((window->frameGeometry().center() - available.center()).manhattanLength() <= 4);
-}
-
-void TestWindows::welcomeFollowsThePermission()
-{
-    setPermission(false);
-    WelcomeWindowController::shared().show();
-    QQuickWindow* window = WelcomeWindowController::shared().window();
-    waitUntilShown(window);
-    const auto missing = [this] {
-        return shownIn(welcome("grantButton")) && shownIn(welcome("hint")) &&
-               shownIn(welcome("smallButtons")) &&
-               welcome("closeButton")->property("text").toString() == u"I'll grant it later";
-    };
-    const auto granted = [this] {
-        return !shownIn(welcome("grantButton")) && !shownIn(welcome("hint")) &&
-               !shownIn(welcome("smallButtons")) &&
-               welcome("closeButton")->property("text").toString() == u"Start Peeking";
-    };
-    QVERIFY(missing());
-    QCOMPARE(welcome("keycap")->property("label").toString(), "Ctrl");
-    // Return presses the default button while the permission is missing: it asks for it.
-    QVERIFY(activateWindowOf(QCoreApplication::applicationPid(), "Welcome"));
-    xdotool({"key", "Return"});
-    QTRY_COMPARE_WITH_TIMEOUT(AccessibilitySwitch::isEnabled(), std::optional(true), 3000);
-    QTRY_VERIFY_WITH_TIMEOUT(granted(), 2500);
-    // Granted, there is no default button: Return closes nothing.
-    xdotool({"key", "Return"});
-    QTest::qWait(300);
-    QCOMPARE(WelcomeWindowController::shared().window(), window);
-    // Switched off elsewhere (as the desktop's settings do): shown within about a second.
-    QElapsedTimer clock;
-    clock.start();
-    QVERIFY(AccessibilitySwitch::setEnabled(false));
-    QTRY_VERIFY_WITH_TIMEOUT(missing(), 2500);
-    QVERIFY2(clock.elapsed() <= 1600, qPrintable(QString::number(clock.elapsed())));
-    QCOMPARE(welcome("statusText")->property("text").toString(),
-             "Corvane needs Accessibility access to read menus.");
-    setPermission(true);
-    QTRY_VERIFY_WITH_TIMEOUT(granted(), 2500);
-}
-
-void TestWindows::welcomeButtonsReachTheDesktop()
-{
-    setPermission(false);
-    WindowServices::shared().globalInputWatched = false;
-    WelcomeWindowController::shared().show();
-    waitUntilShown(WelcomeWindowController::shared().window());
-    // Where holding cannot be watched, one sentence says what still works.
-    QVERIFY(shownIn(welcome("inputNote")));
-    QVERIFY(welcome("inputNote")->property("text").toString().contains("Peek Current App"));
-    click(welcome("openSettingsButton"));
-    QTRY_COMPARE_WITH_TIMEOUT(recorded(m_settingsProgram), "universal-access", 3000);
-    // Not installed, the help link opens the project page's accessibility section.
-    click(welcome("helpLink"));
-    QTRY_COMPARE_WITH_TIMEOUT(recorded(m_xdgOpen),
-                              "https://corvane.vantorel.com/#switching-accessibility-on", 3000);
-    QPointer<QObject> model = WelcomeWindowController::shared().model();
-    click(welcome("closeButton")); // the window, its view and its model go
-    QTRY_VERIFY(!WelcomeWindowController::shared().window());
-    QTRY_VERIFY(!model);
-    setPermission(true);
-
-    // No accessibility settings program at all: nothing opens, and the log says what was tried.
-    const QByteArray path = qgetenv("PATH");
-    qputenv("PATH", m_home.filePath("nothing-here").toUtf8());
-    QTest::ignoreMessage(QtCriticalMsg, "accessibility settings: none found (tried "
-                                        "gnome-control-center, systemsettings, "
-                                        "xfce4-accessibility-settings)");
-    const bool opened = m_desktop->openAccessibilitySettings();
-    qputenv("PATH", path);
-    QVERIFY(!opened);
-}
-
-void TestWindows::whatsNewShowsTheGivenReleases()
-{
-    auto& whatsNew = WhatsNewWindowController::shared();
-    whatsNew.show({release("1.0", "One")});
-    QPointer<QQuickWindow> window = whatsNew.window();
-    waitUntilShown(window);
-    QCOMPARE(window->title(), "What's New in Corvane");
-    QVERIFY(visibleItems(whatsNew.view(), "versionLine").isEmpty()); // one release
-    QVERIFY(!shownIn(item(whatsNew.view(), "featureAction")));
-    QVERIFY(!item(whatsNew.view(), "mediaPlayer"));
-    whatsNew.show({}); // nothing to show: the open window stays
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QVERIFY(window && window->isVisible());
-    whatsNew.show({release("1.1", "New"), release("1.0", "Old")}); // replaces it
-    QTRY_VERIFY(!window);
-    waitUntilShown(whatsNew.window());
-    QStringList lines;
-    for (QQuickItem* line : visibleItems(whatsNew.view(), "versionLine"))
-        lines << line->property("text").toString();
-    QCOMPARE(lines, (QStringList{"Version 1.1", "Version 1.0"}));
-}
-
-void TestWindows::whatsNewButtonsAndKeysClose()
-{
-    auto& whatsNew = WhatsNewWindowController::shared();
-    // The catalogue's "Open Settings" closes the window first, then opens the settings.
-    whatsNew.show(ReleaseNotes::all(m_delegate->whatsNewActions(), "Ctrl"));
-    waitUntilShown(whatsNew.window());
-    QQuickItem* button = visibleItems(whatsNew.view(), "featureAction").value(0);
-    QVERIFY(button);
-    QCOMPARE(button->property("text").toString(), "Open Settings");
-    QQuickItem* scroll = item(whatsNew.view(), "scroll");
-    scroll->setProperty(
-        "contentY", std::max(0.0, scroll->property("contentHeight").toDouble() - scroll->height()));
-    QTest::qWait(100);
-    click(button);
-    QTRY_VERIFY(SettingsWindowPresenter::shared().window());
-    QVERIFY(!whatsNew.window());
-    SettingsWindowPresenter::shared().close();
-
-    for (const char* key : {"Return", "alt+F4"}) {
-        whatsNew.show({release("1.0", "One")});
-        waitUntilShown(whatsNew.window());
-        QPointer<QObject> model = whatsNew.model();
-        QVERIFY(activateWindowOf(QCoreApplication::applicationPid(), "What's New"));
-        xdotool({"key", QString::fromLatin1(key)});
-        QTRY_VERIFY2(!whatsNew.window() && !model, key);
-    }
-}
-
-void TestWindows::whatsNewClipLoopsMutedAndPausesOnClose()
-{
-    WhatsNewWindowController::shared().show(
-        ReleaseNotes::all(m_delegate->whatsNewActions(), "Ctrl"));
-    waitUntilShown(WhatsNewWindowController::shared().window());
-    QQuickItem* clip = nullptr; // made after the window's first frame
-    QTRY_VERIFY((clip = item(WhatsNewWindowController::shared().view(), "mediaPlayer")));
-    QVERIFY(clip->property("muted").toBool());
-    QCOMPARE(clip->size(), QSizeF(400, 250));
-    QTRY_VERIFY_WITH_TIMEOUT(clip->property("restarts").toInt() >= 1, 8000); // over and over
-    const int frames = clip->property("framesShown").toInt();
-    QTRY_VERIFY(clip->property("framesShown").toInt() > frames + 3);
-    // Closing the window pauses the clip before it goes.
-    QVERIFY(clip->property("playing").toBool());
-    QSignalSpy changed(clip, SIGNAL(playingChanged()));
-    QPointer<QQuickItem> gone = clip;
-    WhatsNewWindowController::shared().close();
-    QVERIFY(changed.count() >= 1);
-    QTRY_VERIFY(!gone); // with its window, and its decoders with it
-}
-
-void TestWindows::settingsApplyAtOnce()
-{
-    SettingsWindowPresenter::shared().show();
-    QQuickWindow* window = SettingsWindowPresenter::shared().window();
-    waitUntilShown(window);
-    QCOMPARE(window->title(), "Corvane Settings");
-    // The trigger picker's "Off": stored, and the trigger is silent at once.
-    QQuickItem* picker = settings("triggerPicker");
-    click(picker);
-    QQuickItem* off = nullptr;
-    QTRY_VERIFY((off = itemsWhere(window->contentItem(), [picker](QQuickItem* candidate) {
-                           return candidate->inherits("QQuickAbstractButton") &&
-                                  candidate != picker &&
-                                  candidate->property("text").toString() == u"Off" &&
-                                  candidate->isVisible() && candidate->height() > 0;
-                       }).value(0)));
-    QTest::qWait(250); // the list has finished opening
-    click(off);
-    QTRY_COMPARE(m_defaults->string("triggerModifier"), "off");
-    QCOMPARE(m_delegate->detector.triggerModifier, std::nullopt);
-    Q_EMIT m_delegate->statusMenuController->menu->aboutToShow();
-    QCOMPARE(m_delegate->statusMenuController->headerItem->text(), "Hold-to-peek is off");
-    SettingsWindowPresenter::shared().pane()->setTriggerModifier("command");
-}
-
-void TestWindows::settingsFollowWhatChangedElsewhere()
-{
-    // Out of range in the file: clamped where it is applied and where it is shown.
-    QVERIFY(m_defaults->setDouble("holdDelay", 0.01));
-    m_delegate->reloadTriggerSettings();
-    QCOMPARE(m_delegate->detector.holdDelay, 0.3);
-    QVERIFY(m_desktop->setLaunchAtLogin(true));
-    setPermission(false);
-    SettingsWindowPresenter::shared().show();
-    waitUntilShown(SettingsWindowPresenter::shared().window());
-    QCOMPARE(settings("delaySlider")->property("value").toDouble(), 0.3);
-    QVERIFY(settings("launchAtLoginToggle")->property("checked").toBool());
-    // "Open Accessibility Settings…" asks for the permission and opens the settings; the row
-    // goes once it is granted.
-    QVERIFY(shownIn(settings("accessibilityRow")));
-    QFile::remove(m_settingsProgram);
-    click(settings("openSystemSettingsButton"));
-    QTRY_COMPARE_WITH_TIMEOUT(AccessibilitySwitch::isEnabled(), std::optional(true), 3000);
-    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(m_settingsProgram), 3000);
-    QTRY_VERIFY_WITH_TIMEOUT(!shownIn(settings("accessibilityRow")), 2500);
-    QVERIFY(m_defaults->setDouble("holdDelay", 0.85));
-    m_delegate->reloadTriggerSettings();
-    QVERIFY(m_desktop->setLaunchAtLogin(false));
-}
-
-void TestWindows::settingsListApplicationsAndForgetHistory()
-{
-    const RunningApp terminal{7, "org.example.Terminal", "Terminal", {}};
-    runningApps = {terminal, {8, "org.example.Game", "Game", {}}};
-    QVERIFY(m_delegate->history.record("File\x1fQuit", "org.example.Editor"));
-    SettingsWindowPresenter::shared().show();
-    QQuickWindow* window = SettingsWindowPresenter::shared().window();
-    waitUntilShown(window);
-    const auto shownButton = [window](const QString& text) {
-        return itemsWhere(window->contentItem(),
-                          [&text](QQuickItem* candidate) {
-                              return candidate->inherits("QQuickAbstractButton") &&
-                                     candidate->property("text").toString() == text &&
-                                     candidate->isVisible() && candidate->height() > 0;
-                          })
-            .value(0);
-    };
-
-    // + offers the applications with a window; the one chosen is listed, and holding the trigger
-    // in it no longer arms; − takes it off again.
-    click(settings("addExcludedButton"));
-    QQuickItem* choice = nullptr;
-    QTRY_VERIFY((choice = shownButton("Terminal")));
-    QTest::qWait(250); // the menu has finished opening
-    click(choice);
-    QTRY_COMPARE(m_defaults->stringList("excludedApplications"), QStringList{*terminal.appId});
-    QVERIFY(m_delegate->isExcluded(terminal));
-    QTRY_VERIFY(shownIn(settings("removeExcludedButton")));
-    QTest::qWait(250); // the menu has finished closing
-    click(settings("removeExcludedButton"));
-    QTRY_COMPARE(m_defaults->stringList("excludedApplications"), std::nullopt);
-    QVERIFY(!m_delegate->isExcluded(terminal));
-
-    // Forget… asks first; confirmed, the history is gone.
-    click(settings("forgetHistoryButton"));
-    QQuickItem* forget = nullptr;
-    QTRY_VERIFY((forget = shownButton("Forget")));
-    QTest::qWait(250);
-    QCOMPARE(m_delegate->history.entries("org.example.Editor").size(), 1);
-    click(forget);
-    QTRY_VERIFY(m_delegate->history.entries("org.example.Editor").isEmpty());
-}
-
-void TestWindows::launchAtLogin()
-{
-    const QString entry = LinuxDesktop::autostartFilePath();
-    QVERIFY(entry.startsWith(m_home.path()));
-    QDir().mkpath(QFileInfo(entry).absolutePath());
-    SettingsWindowPresenter::shared().show();
-    waitUntilShown(SettingsWindowPresenter::shared().window());
-    QQuickItem* toggle = settings("launchAtLoginToggle");
-    {
-        // The folder cannot be written: the switch goes back to the real state, silently.
-        ReadOnlyFolder readOnly(QFileInfo(entry).absolutePath());
-        QVERIFY2(readOnly.isReadOnly(), qPrintable(readOnly.reason()));
-        QSignalSpy changed(SettingsWindowPresenter::shared().pane(),
-                           &GeneralPaneModel::launchAtLoginChanged);
-        click(toggle);
-        QTRY_VERIFY(changed.size() >= 1);
-        QTest::qWait(100);
-        QVERIFY(!QFile::exists(entry));
-        QVERIFY(!toggle->property("checked").toBool());
-    }
-    click(toggle);
-    QTRY_VERIFY(QFile::exists(entry));
-    QVERIFY(toggle->property("checked").toBool() && m_desktop->launchesAtLogin());
-    QProcess validate;
-    validate.start("desktop-file-validate", {entry});
-    QVERIFY(validate.waitForFinished(10000));
-    QVERIFY2(validate.exitCode() == 0, validate.readAllStandardOutput().constData());
-    QFile file(entry);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QVERIFY(file.readAll().contains(("Exec=" + QCoreApplication::applicationFilePath()).toUtf8()));
-    click(toggle);
-    QTRY_VERIFY(!QFile::exists(entry));
-    QVERIFY(!m_desktop->launchesAtLogin());
-}
 
 QTEST_MAIN(TestWindows)
 #include "tst_windows.moc"
