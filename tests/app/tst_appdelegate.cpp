@@ -153,26 +153,20 @@ private Q_SLOTS:
         QTest::addColumn<double>("holdDelay");
         QTest::addColumn<QString>("header");
         const QString peek = "Hold %1 to peek at any app's shortcuts";
-        QTest::newRow("defaults") << ""
-                                  << "" << qulonglong(ModifierFlags::command) << 0.85
-                                  << peek.arg("Ctrl");
-        QTest::newRow("Alt") << "option"
-                             << "1.25" << qulonglong(ModifierFlags::option) << 1.25
-                             << peek.arg("Alt");
-        QTest::newRow("Super") << "control"
-                               << "2.0" << qulonglong(ModifierFlags::control) << 2.0
-                               << peek.arg("Super");
-        QTest::newRow("off") << "off"
-                             << "0.3" << 0ULL << 0.3 << "Hold-to-peek is off";
-        QTest::newRow("unknown texts are Ctrl; short delays 0.3")
-            << "Option"
-            << "0.1" << qulonglong(ModifierFlags::command) << 0.3 << peek.arg("Ctrl");
-        QTest::newRow("long delays 2.0")
-            << "fn"
-            << "5" << qulonglong(ModifierFlags::command) << 2.0 << peek.arg("Ctrl");
-        QTest::newRow("a delay that is no number")
-            << "OFF"
-            << "soon" << qulonglong(ModifierFlags::command) << 0.85 << peek.arg("Ctrl");
+        const auto command = qulonglong(ModifierFlags::command);
+        const QList<std::tuple<const char*, const char*, const char*, qulonglong, double, QString>>
+            rows{
+                {"defaults", "", "", command, 0.85, peek.arg("Ctrl")},
+                {"Alt", "option", "1.25", ModifierFlags::option, 1.25, peek.arg("Alt")},
+                {"Super", "control", "2.0", ModifierFlags::control, 2.0, peek.arg("Super")},
+                {"off", "off", "0.3", 0, 0.3, "Hold-to-peek is off"},
+                {"unknown texts are Ctrl; short delays 0.3", "Option", "0.1", command, 0.3,
+                 peek.arg("Ctrl")},
+                {"long delays 2.0", "fn", "5", command, 2.0, peek.arg("Ctrl")},
+                {"a delay that is no number", "OFF", "soon", command, 0.85, peek.arg("Ctrl")},
+            };
+        for (const auto& [name, trigger, delay, modifier, holdDelay, header] : rows)
+            QTest::newRow(name) << trigger << delay << modifier << holdDelay << header;
     }
 
     void triggerSettings()
@@ -392,20 +386,19 @@ private Q_SLOTS:
         QTest::addColumn<QString>("running");  // "" a build without a version
         QTest::addColumn<bool>("trusted");
         QTest::addColumn<QString>("opens"); // "welcome", "whatsnew" or ""
-        QTest::newRow("first launch: Welcome, even after an update") << false << "0.9"
-                                                                     << "1.0" << true << "welcome";
-        QTest::newRow("update with the permission: What's New") << true << "0.9"
-                                                                << "1.0" << true << "whatsnew";
-        QTest::newRow("update without new notes: nothing") << true << "1.0"
-                                                           << "1.0.1" << true << "";
-        QTest::newRow("update without the permission: Welcome") << true << "0.9"
-                                                                << "1.0" << false << "welcome";
-        QTest::newRow("the same version: nothing") << true << "1.0"
-                                                   << "1.0" << true << "";
-        QTest::newRow("a downgrade: nothing") << true << "2.0"
-                                              << "1.0" << true << "";
-        QTest::newRow("a build without a version: nothing") << true << "0.9"
-                                                            << "" << true << "";
+        const QList<std::tuple<const char*, bool, const char*, const char*, bool, const char*>>
+            rows{
+                {"first launch: Welcome, even after an update", false, "0.9", "1.0", true,
+                 "welcome"},
+                {"update with the permission: What's New", true, "0.9", "1.0", true, "whatsnew"},
+                {"update without new notes: nothing", true, "1.0", "1.0.1", true, ""},
+                {"update without the permission: Welcome", true, "0.9", "1.0", false, "welcome"},
+                {"the same version: nothing", true, "1.0", "1.0", true, ""},
+                {"a downgrade: nothing", true, "2.0", "1.0", true, ""},
+                {"a build without a version: nothing", true, "0.9", "", true, ""},
+            };
+        for (const auto& [name, before, lastSeen, running, trusted, opens] : rows)
+            QTest::newRow(name) << before << lastSeen << running << trusted << opens;
     }
 
     void launchAnnouncements()

@@ -1,13 +1,11 @@
-// The overlay's real window under Xvfb and openbox (session tier): faded, pinned by taking the
-// keyboard while a real application (mousepad) stays active, driven by real keys and clicks
-// (XTEST), and its views as the user sees them.
+// The overlay's real window under Xvfb and openbox (session tier): pinned by taking the keyboard
+// while a real application (mousepad) stays active, driven by real keys and clicks (XTEST), and
+// its views as the user sees them.
 
 #include "OverlayHarness.h"
 #include "SessionTools.h"
 #include "overlay/OverlayPanelController.h"
 
-#include <QPointer>
-#include <QSignalSpy>
 #include <QTest>
 #include <QTranslator>
 
@@ -54,11 +52,6 @@ public:
         return false;
     }
 };
-
-QColor colorOf(QQuickItem* item)
-{
-    return item->property("color").value<QColor>();
-}
 
 } // namespace
 
@@ -206,31 +199,15 @@ private Q_SLOTS:
         QCOMPARE(find("countLine")->property("text").toString(), "1 command");
         QCOMPARE(find("footerNote")->property("text").toString(),
                  "Release Super over this panel to keep it open");
-
-        present();
-        m_controller->pin();
-        m_controller->viewModel().setQuery("   "); // spaces: still the grid
-        QVERIFY(nextFrame(m_controller->panel()));
-        QVERIFY(shown(find("sectionGrid")) && !shown(find("searchList")));
-        m_controller->viewModel().setQuery("s"); // a letter: the results
-        QVERIFY(nextFrame(m_controller->panel()));
-        QVERIFY(shown(find("searchList")) && !shown(find("sectionGrid")));
-        const QList<QQuickItem*> highlights = visibleItems(find("searchList"), "highlight");
-        QVERIFY(highlights.size() > 1);
-        QVERIFY(colorOf(highlights[0]).alpha() > 0); // the selection
-        QCOMPARE(colorOf(highlights[1]).alpha(), 0); // the others
     }
 
     void rowsClickStarAndDisabled()
     {
         present();
         QQuickItem* undo = row("CommandRow", "Undo"); // disabled
-        QCOMPARE(undo->opacity(), 0.4);
         QQuickItem* star = item(undo, "star");
-        QVERIFY(!star->isVisible());
         hover(undo);
         QTRY_VERIFY(star->isVisible()); // the star shows on hover, even on a disabled row
-        QCOMPARE(colorOf(item(undo, "highlight")).alpha(), 0);
         xdotool({"click", "1"});
         QTest::qWait(100);
         hover(star);
@@ -240,9 +217,7 @@ private Q_SLOTS:
         QCOMPARE(m_toggled[0].id(), command({"Edit", "Undo"}).id());
         QVERIFY(m_executed.isEmpty()); // a click on a disabled row runs nothing
 
-        QQuickItem* save = row("CommandRow", "Save");
-        hover(save);
-        QTRY_VERIFY(colorOf(item(save, "highlight")).alpha() > 0);
+        hover(row("CommandRow", "Save"));
         xdotool({"click", "1"});
         QTRY_COMPARE(m_executed.size(), 1);
         QCOMPARE(m_executed[0].id(), command({"File", "Save"}).id());

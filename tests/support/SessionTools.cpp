@@ -16,6 +16,13 @@ QString xdotool(const QStringList& arguments, bool mustSucceed)
     return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
 }
 
+QString windowTitles(qint64 pid)
+{
+    return xdotool(
+        {"search", "--all", "--pid", QString::number(pid), "--name", ".", "getwindowname", "%@"},
+        false);
+}
+
 qint64 activeWindowPid()
 {
     const QString window = xdotool({"getactivewindow"}, false);

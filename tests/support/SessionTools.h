@@ -12,6 +12,9 @@ namespace corvane::test {
 // Runs xdotool and returns its output; fatal when it fails and `mustSucceed`.
 QString xdotool(const QStringList& arguments, bool mustSucceed = true);
 
+// The titles of the windows of `pid`, mapped or not, one a line.
+QString windowTitles(qint64 pid);
+
 // The process id owning the active window (_NET_ACTIVE_WINDOW), or 0.
 qint64 activeWindowPid();
 

@@ -91,24 +91,19 @@ private Q_SLOTS:
         QTest::addColumn<QString>("outcome");
         QTest::addColumn<QString>("previous"); // stored after the commit; "" none
         QTest::addColumn<int>("updateCount");  // stored after the commit (4 before); 0 none
-        QTest::newRow("first launch ever") << "" << false << "1.0"
-                                           << "fresh install"
-                                           << "" << 0;
-        QTest::newRow("launched before, without a record") << "" << true << "1.0"
-                                                           << "update from ?"
-                                                           << "" << 1;
-        QTest::newRow("a corrupt record is no record") << "banana" << true << "1.0"
-                                                       << "update from ?"
-                                                       << "" << 5;
-        QTest::newRow("update") << "1.2" << true << "1.3"
-                                << "update from 1.2"
-                                << "1.2" << 5;
-        QTest::newRow("the same version, written otherwise") << "1.3" << true << "1.3.0"
-                                                             << "same version"
-                                                             << "" << 4;
-        QTest::newRow("downgrade") << "2.0" << true << "1.9"
-                                   << "downgrade"
-                                   << "" << 4;
+        const QList<
+            std::tuple<const char*, const char*, bool, const char*, const char*, const char*, int>>
+            rows{
+                {"first launch ever", "", false, "1.0", "fresh install", "", 0},
+                {"launched before, without a record", "", true, "1.0", "update from ?", "", 1},
+                {"a corrupt record is no record", "banana", true, "1.0", "update from ?", "", 5},
+                {"update", "1.2", true, "1.3", "update from 1.2", "1.2", 5},
+                {"the same version, written otherwise", "1.3", true, "1.3.0", "same version", "",
+                 4},
+                {"downgrade", "2.0", true, "1.9", "downgrade", "", 4},
+            };
+        for (const auto& [name, recorded, before, running, outcome, previous, count] : rows)
+            QTest::newRow(name) << recorded << before << running << outcome << previous << count;
     }
 
     void tracker()
@@ -144,33 +139,20 @@ private Q_SLOTS:
         QTest::addColumn<QString>("outcome"); // "update FROM", "update ?", or another outcome
         QTest::addColumn<QString>("catalog"); // versions with a tag; "2.0-" has no features
         QTest::addColumn<QString>("shown");
-        QTest::newRow("nothing for a fresh install") << "fresh"
-                                                     << "0.5a 1.0a 9.0a"
-                                                     << "";
-        QTest::newRow("nothing for the same version") << "same"
-                                                      << "0.5a 1.0a 9.0a"
-                                                      << "";
-        QTest::newRow("nothing for a downgrade") << "downgrade"
-                                                 << "0.5a 1.0a 9.0a"
-                                                 << "";
-        QTest::newRow("not the release updated from") << "update 1.0"
-                                                      << "1.0a"
-                                                      << "";
-        QTest::newRow("newer than the one updated from") << "update 0.9.5"
-                                                         << "1.0a"
-                                                         << "1.0a";
-        QTest::newRow("newer than the running one too") << "update 1.0"
-                                                        << "1.0a 3.0a"
-                                                        << "3.0a";
-        QTest::newRow("without a record: from the floor on, newest first") << "update ?"
-                                                                           << "0.9a 1.0a 1.1a"
-                                                                           << "1.1a 1.0a";
-        QTest::newRow("releases without features are left out") << "update 1.0"
-                                                                << "2.0- 1.5a"
-                                                                << "1.5a";
-        QTest::newRow("equal versions keep their order") << "update 1.0"
-                                                         << "1.2a 1.3x 1.2.0b"
-                                                         << "1.3x 1.2a 1.2b";
+        const QList<std::tuple<const char*, const char*, const char*, const char*>> rows{
+            {"nothing for a fresh install", "fresh", "0.5a 1.0a 9.0a", ""},
+            {"nothing for the same version", "same", "0.5a 1.0a 9.0a", ""},
+            {"nothing for a downgrade", "downgrade", "0.5a 1.0a 9.0a", ""},
+            {"not the release updated from", "update 1.0", "1.0a", ""},
+            {"newer than the one updated from", "update 0.9.5", "1.0a", "1.0a"},
+            {"newer than the running one too", "update 1.0", "1.0a 3.0a", "3.0a"},
+            {"without a record: from the floor on, newest first", "update ?", "0.9a 1.0a 1.1a",
+             "1.1a 1.0a"},
+            {"releases without features are left out", "update 1.0", "2.0- 1.5a", "1.5a"},
+            {"equal versions keep their order", "update 1.0", "1.2a 1.3x 1.2.0b", "1.3x 1.2a 1.2b"},
+        };
+        for (const auto& [name, outcome, catalog, shown] : rows)
+            QTest::newRow(name) << outcome << catalog << shown;
     }
 
     void policy()
