@@ -193,22 +193,43 @@ private Q_SLOTS:
             QVERIFY2(!m_defaults->contains(QString::fromLatin1(key)), key);
     }
 
-    void triggerOffNeverArmsButPeekWorks()
+    // The tray menu as it opens: its entries, "Peek Current App" pinning over the application
+    // in front and closing again, also with the trigger off, and without the permission a
+    // warning entry and the Welcome window in place of a peek.
+    void trayMenu()
     {
         QVERIFY(m_defaults->setString("triggerModifier", "off"));
         launch();
+        StatusMenuController& tray = *m_delegate->statusMenuController;
+        const auto shown = [&tray] {
+            Q_EMIT tray.menu->aboutToShow();
+            QStringList labels;
+            for (const QAction* action : tray.menu->actions())
+                if (action->isVisible())
+                    labels << (action->isSeparator()
+                                   ? "—"
+                                   : action->text() + (action->isEnabled() ? "" : " (disabled)"));
+            return labels;
+        };
+        QCOMPARE(shown(),
+                 (QStringList{"Hold-to-peek is off (disabled)", "—", "Peek Current App", "—",
+                              "Settings…", "Welcome to Corvane…", "What's New in Corvane…",
+                              "Check for Updates…", "—", "Quit Corvane"}));
         for (const auto flag :
              {ModifierFlags::command, ModifierFlags::option, ModifierFlags::control})
             m_monitors.modifiers(flag);
-        QCOMPARE(m_delegate->detector.machine.state, State::idle);
-        m_delegate->statusMenuController->peekItem->trigger(); // the tray's way in still works
+        QCOMPARE(m_delegate->detector.machine.state, State::idle); // holding does nothing
+        tray.peekItem->trigger();
         QTRY_VERIFY(model().pinned());
-        m_delegate->statusMenuController->peekItem->trigger(); // and closes again
+        QCOMPARE(m_delegate->targetApp->pid, editor.pid);
+        tray.peekItem->trigger();
         QCOMPARE(m_delegate->detector.machine.state, State::idle);
+        QTRY_VERIFY(!panelVisible());
 
         // With Ctrl back, holding it while Corvane's own window is in front never arms.
         QVERIFY(m_defaults->setString("triggerModifier", "command"));
         m_delegate->reloadTriggerSettings();
+        QCOMPARE(shown().first(), "Hold Ctrl to peek at any app's shortcuts (disabled)");
         m_monitors.modifiers(0);
         m_workspace.activate(ourselves);
         m_monitors.modifiers(ModifierFlags::command);
@@ -217,6 +238,16 @@ private Q_SLOTS:
         m_workspace.activate(editor);
         m_monitors.modifiers(ModifierFlags::command);
         QCOMPARE(m_delegate->detector.machine.state, State::arming);
+        m_monitors.modifiers(0);
+
+        // Without the permission.
+        const qsizetype crawls = m_crawls->size();
+        m_trust.granted = m_trust.last = false;
+        QCOMPARE(shown().at(1), "Accessibility access needed — click to fix");
+        tray.peekItem->trigger();
+        QTRY_VERIFY(WelcomeWindowController::shared().window());
+        QVERIFY(!panelVisible());
+        QCOMPARE(m_crawls->size(), crawls);
     }
 
     void prefetchStagesOnlyWhileTheHoldWaits()

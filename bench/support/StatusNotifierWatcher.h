@@ -1,8 +1,8 @@
 #pragma once
 
 // A stand-in for the desktop's tray host: the StatusNotifierWatcher service on the session bus,
-// registered by a test, so that a real program shows its tray icon as a StatusNotifierItem. The
-// item's menu is then read and clicked over com.canonical.dbusmenu, as a panel would.
+// registered by a benchmark, so that the real program shows its tray icon as a StatusNotifierItem.
+// The item's menu is then read and clicked over com.canonical.dbusmenu, as a panel would.
 
 #include <QDBusConnection>
 #include <QDBusContext>
