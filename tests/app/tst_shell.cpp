@@ -129,45 +129,32 @@ private Q_SLOTS:
 
     void compositorStartingAndStoppingSwitchesTheGlass()
     {
-        // No compositor: an opaque panel (depth 24), cut to the card, without the blur hint.
+        // No compositor: an opaque panel (depth 24), cut to the card, without the blur hint. A
+        // compositor starts (xcompmgr, stopped by its process id whatever happens): the next peek
+        // shows a panel with an alpha channel that asks window managers that blur to blur behind
+        // it. It stops: opaque again.
         QVERIFY(!compositorRunning());
-        QString panel = peekPanelWindow();
-        QVERIFY(!panel.isEmpty());
-        QCOMPARE(windowDepth(panel), 24);
-        QVERIFY2(!blurHint(panel).startsWith("_KDE_NET_WM_BLUR_BEHIND_REGION(CARDINAL)"),
-                 blurHint(panel).constData());
-        releaseTrigger();
-        QTRY_VERIFY(!m_corvane->panelVisible());
-
-        // A compositor starts (xcompmgr, stopped by its process id whatever happens): the next
-        // peek shows a panel with an alpha channel that asks window managers that blur to blur
-        // behind it.
         QProcess compositor;
-        compositor.start("xcompmgr", {});
-        QVERIFY(compositor.waitForStarted(5000));
-        const auto stop = qScopeGuard([&compositor] {
+        const auto stop = [&compositor] {
             compositor.kill();
             compositor.waitForFinished(5000);
-        });
-        QTRY_VERIFY_WITH_TIMEOUT(compositorRunning(), 5000);
-        panel = peekPanelWindow();
-        QVERIFY(!panel.isEmpty());
-        QCOMPARE(windowDepth(panel), 32);
-        QVERIFY2(blurHint(panel).startsWith("_KDE_NET_WM_BLUR_BEHIND_REGION(CARDINAL)"),
-                 blurHint(panel).constData());
-        QCOMPARE(activeWindowPid(), m_geany);
-        releaseTrigger();
-        QTRY_VERIFY(!m_corvane->panelVisible());
-
-        // It stops: opaque again.
-        compositor.kill();
-        compositor.waitForFinished(5000);
-        QTRY_VERIFY_WITH_TIMEOUT(!compositorRunning(), 5000);
-        panel = peekPanelWindow();
-        QVERIFY(!panel.isEmpty());
-        QCOMPARE(windowDepth(panel), 24);
-        releaseTrigger();
-        QTRY_VERIFY(!m_corvane->panelVisible());
+        };
+        const auto stopped = qScopeGuard(stop);
+        for (const bool composited : {false, true, false}) {
+            if (composited)
+                compositor.start("xcompmgr", {});
+            else
+                stop();
+            QTRY_COMPARE_WITH_TIMEOUT(compositorRunning(), composited, 5000);
+            const QString panel = peekPanelWindow();
+            QVERIFY(!panel.isEmpty());
+            QCOMPARE(windowDepth(panel), composited ? 32 : 24);
+            QCOMPARE(blurHint(panel).startsWith("_KDE_NET_WM_BLUR_BEHIND_REGION(CARDINAL)"),
+                     composited);
+            QCOMPARE(activeWindowPid(), m_geany);
+            releaseTrigger();
+            QTRY_VERIFY(!m_corvane->panelVisible());
+        }
     }
 
     void escapeOrAClickOutsideCloses()
@@ -276,12 +263,12 @@ private Q_SLOTS:
         QVERIFY(m_corvane->waitForLine("accessibility switched on", 1, from, 3000));
     }
 
-    // The shared Corvane ends here. The session's SIGTERM (logout) quits through the event loop
-    // like "Quit Corvane": status 0, and the What's New window's playing clip, which Qt Multimedia
-    // copies to the temporary folder, is let go with its copy.
+    // From here on each test starts a Corvane of its own. This one was updated: What's New opens
+    // at launch and plays its clip. The session's SIGTERM (logout) quits through the event loop
+    // like "Quit Corvane": status 0, and the clip, which Qt Multimedia copies to the temporary
+    // folder, is let go with its copy.
     void terminatedWithAWindowOpenItQuitsCleanly()
     {
-        // One that was updated: What's New opens at launch, and plays its clip.
         m_corvane = std::make_unique<CorvaneProcess>(
             QStringLiteral(CORVANE), QVariantMap{{"whatsNew.lastSeenVersion", "0.9"}});
         m_corvane->start();
@@ -300,7 +287,7 @@ private Q_SLOTS:
         QCOMPARE(left(), QStringList());
     }
 
-    // After the shared Corvane has ended: one told to stay out of geany. Holding Ctrl there shows
+    // One told to stay out of geany. Holding Ctrl there shows
     // nothing (the key stays geany's own); in the fixture the panel still shows.
     void listedApplicationNeverPeeks()
     {
@@ -323,12 +310,12 @@ private Q_SLOTS:
         QTRY_VERIFY(!corvane.panelVisible());
     }
 
-    // After the shared Corvane has ended: one of its own, on a desktop whose bus launcher did not
-    // put the bus's address on the root window (one started before the display was known). There,
-    // Qt 5 applications find the bus through two replies whose order varies, and most featherpads
-    // started together stay off it for good. Corvane publishes the address; featherpads started
-    // together beside GTK editors, and asked for their menus every half second as they start, are
-    // all read, and the address goes when Corvane quits.
+    // One on a desktop whose bus launcher did not put the bus's address on the root window (one
+    // started before the display was known). There, Qt 5 applications find the bus through two
+    // replies whose order varies, and most featherpads started together stay off it for good.
+    // Corvane publishes the address; featherpads started together beside GTK editors, and asked for
+    // their menus every half second as they start, are all read, and the address goes when Corvane
+    // quits.
     void qtApplicationsStartedTogetherAreRead()
     {
         const QDBusReply<QString> address =
