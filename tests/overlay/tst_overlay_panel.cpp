@@ -7,7 +7,6 @@
 #include "overlay/OverlayPanelController.h"
 
 #include <QTest>
-#include <QTranslator>
 
 using namespace corvane;
 using namespace corvane::test;
@@ -62,9 +61,6 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY2(qEnvironmentVariableIsSet("CORVANE_SESSION"), "run under tools/test-session.sh");
-        auto* english = new QTranslator(qApp); // the plural forms the program carries
-        QVERIFY(english->load(":/corvane/translations/corvane_en.qm"));
-        QCoreApplication::installTranslator(english);
         m_programs = new Programs(this);
         m_mousepad = m_programs->startWithWindow("mousepad", {"--disable-server"}, "Mousepad");
         // Filling the screen, so that whatever shows around the panel is mousepad.
@@ -176,29 +172,6 @@ private Q_SLOTS:
         QCOMPARE(m_controller->viewModel().query(), QString());
         QVERIFY(!find("searchText")->hasActiveFocus());
         QCOMPARE(grid->property("contentY").toReal(), top);
-    }
-
-    void contentStatesAndCount()
-    {
-        present(std::nullopt); // no catalog yet: loading, also while typing
-        m_controller->pin();
-        m_controller->viewModel().setQuery("sa");
-        QVERIFY(nextFrame(m_controller->panel()));
-        QVERIFY(shown(find("loading")));
-        QVERIFY(!shown(find("searchList")) && !shown(find("sectionGrid")));
-
-        MenuCatalog allDisabled = sample();
-        for (MenuSection& section : allDisabled.sections)
-            for (MenuCommand& c : section.commands)
-                c.enabled = false;
-        present(allDisabled, {}, false); // everything filtered out: an empty grid, not loading
-        QVERIFY(shown(find("sectionGrid")) && !shown(find("loading")));
-        QVERIFY(visibleItems(m_controller->rootView(), "sectionCard").isEmpty());
-        QCOMPARE(find("countLine")->property("text").toString(), "0 commands");
-        present(MenuCatalog{{}, {}, {{"File", {command({"File", "New"})}}}}, {}, true, "Super");
-        QCOMPARE(find("countLine")->property("text").toString(), "1 command");
-        QCOMPARE(find("footerNote")->property("text").toString(),
-                 "Release Super over this panel to keep it open");
     }
 
     void rowsClickStarAndDisabled()

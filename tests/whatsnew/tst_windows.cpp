@@ -3,6 +3,7 @@
 // real IsEnabled; start at login writes a real autostart file; the accessibility settings program
 // is a stand-in that records what it was asked.
 
+#include "CrawlThread.h"
 #include "OverlayHarness.h"
 #include "ReadOnlyFolder.h"
 #include "SessionTools.h"
@@ -194,6 +195,21 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(AccessibilitySwitch::isEnabled(), std::optional(true), 3000);
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(m_settingsProgram), 3000);
         QTRY_VERIFY_WITH_TIMEOUT(!shownIn(settings("accessibilityRow")), 2500);
+        // Its own windows put this process on the accessibility bus, but never among the
+        // applications to read.
+        const auto onBusAndListed = [] {
+            return onCrawlThread([] {
+                WalkBudget budget(std::chrono::seconds(3));
+                const auto session =
+                    std::make_shared<atspi::Session>(*atspi::accessibilityBus(), budget);
+                const qint64 self = QCoreApplication::applicationPid();
+                bool listed = false;
+                for (const atspi::ApplicationEntry& entry : atspi::applications(session))
+                    listed = listed || entry.pid == self;
+                return std::pair(atspi::application(session, self).has_value(), listed);
+            });
+        };
+        QTRY_COMPARE(onBusAndListed(), std::pair(true, false));
         QVERIFY(m_defaults->setDouble("holdDelay", 0.85));
         m_delegate->reloadTriggerSettings();
         QVERIFY(m_desktop->setLaunchAtLogin(false));
