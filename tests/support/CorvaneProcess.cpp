@@ -100,24 +100,6 @@ bool CorvaneProcess::waitForLine(const QString& text, int count, qsizetype from,
     return QTest::qWaitFor([&] { return linesContaining(text, from).size() >= count; }, timeoutMs);
 }
 
-bool CorvaneProcess::waitForQuiet(int quietMs, int timeoutMs)
-{
-    QElapsedTimer total, quiet;
-    total.start();
-    quiet.start();
-    qsizetype seen = lines().size();
-    while (total.elapsed() < timeoutMs) {
-        QTest::qWait(50);
-        if (lines().size() != seen) {
-            seen = lines().size();
-            quiet.restart();
-        } else if (quiet.elapsed() >= quietMs) {
-            return true;
-        }
-    }
-    return false;
-}
-
 QStringList CorvaneProcess::windows(const QString& title) const
 {
     return xdotool({"search", "--all", "--onlyvisible", "--pid", QString::number(pid()), "--name",

@@ -15,7 +15,7 @@ namespace corvane::test {
 class CorvaneProcess : public QObject {
 public:
     struct Line {
-        qint64 atMs; // on clock()
+        qint64 atMs; // since the process object was made
         QString text;
     };
 
@@ -34,20 +34,16 @@ public:
     // end; true when it ended by itself with status 0.
     bool terminate(int timeoutMs = 5000);
     qint64 pid() const { return m_process.processId(); }
-    QString configHome() const { return m_config.path(); }
     // Its temporary folder (TMPDIR), its own so that what it leaves there can be seen.
     QString temporaryFolder() const { return m_temporary.path(); }
     // The environment it runs with (a second start must share it).
     QProcessEnvironment environment() const;
 
-    const QElapsedTimer& clock() const { return m_clock; }
     const QList<Line>& lines() { return read(), m_lines; }
     // Lines containing `text`, from line `from` on.
     QList<Line> linesContaining(const QString& text, qsizetype from = 0);
     // Waits until `count` lines from `from` on contain `text`.
     bool waitForLine(const QString& text, int count = 1, qsizetype from = 0, int timeoutMs = 10000);
-    // Waits until it has logged nothing for `quietMs` (work it started earlier has ended).
-    bool waitForQuiet(int quietMs, int timeoutMs = 15000);
     QString log() { return read(), m_log; }
 
     // Its mapped windows whose title matches the regular expression `title`.
