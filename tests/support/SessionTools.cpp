@@ -99,7 +99,7 @@ qint64 Programs::startWithWindow(const QString& program, const QStringList& argu
 }
 
 QProcess* Programs::startUntilReady(const QString& program, const QStringList& arguments,
-                                    const QByteArray& readyLine)
+                                    const QByteArray& ready, QByteArray* rest)
 {
     auto* process = new QProcess(this);
     process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -107,10 +107,14 @@ QProcess* Programs::startUntilReady(const QString& program, const QStringList& a
     if (!process->waitForStarted(10000))
         qFatal("%s did not start", qPrintable(program));
     m_processes.append(process);
-    if (!QTest::qWaitFor([process] { return process->canReadLine(); }, 10000) ||
-        process->readLine().trimmed() != readyLine)
+    const QByteArray line = QTest::qWaitFor([process] { return process->canReadLine(); }, 10000)
+                                ? process->readLine().trimmed()
+                                : QByteArray();
+    if (!line.startsWith(ready))
         qFatal("%s %s did not say \"%s\"", qPrintable(program), qPrintable(arguments.join(u' ')),
-               readyLine.constData());
+               ready.constData());
+    if (rest)
+        *rest = line.mid(ready.size());
     return process;
 }
 

@@ -40,10 +40,11 @@ public:
     // `windowName`; returns the process id (fatal on failure).
     qint64 startWithWindow(const QString& program, const QStringList& arguments,
                            const QString& windowName);
-    // Starts `program` and waits up to 10 s for its first line of output to be `readyLine`;
-    // returns its process (fatal on failure), which stays owned here.
+    // Starts `program` and waits up to 10 s for its first line of output, which must begin with
+    // `ready`; returns its process (fatal otherwise), which stays owned here, and the rest of that
+    // line in `rest`.
     QProcess* startUntilReady(const QString& program, const QStringList& arguments,
-                              const QByteArray& readyLine);
+                              const QByteArray& ready, QByteArray* rest = nullptr);
     void stopAll();
 
 private:

@@ -3,7 +3,7 @@
 // answered through the real keyboard and pointer. "Download" is seen where a browser would be:
 // the desktop's handler for https addresses, replaced here by a recorder.
 
-#include "FeedServer.h"
+#include "SessionTools.h"
 #include "update/UpdateChecker.h"
 
 #include <QApplication>
@@ -19,7 +19,6 @@
 #include <QTimer>
 
 using namespace corvane;
-using corvane::test::FeedServer;
 using Result = UpdateChecker::Result;
 
 namespace {
@@ -44,8 +43,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         QDesktopServices::setUrlHandler("https", this, "openUrl");
-        QString why;
-        QVERIFY2(m_server.start(QStringLiteral(FEED_SERVER), &why), qPrintable(why));
+        m_port = startServer();
         QCOMPARE(UpdateChecker::feedURL(), QUrl("https://corvane.vantorel.com/appcast.json"));
         QCoreApplication::setApplicationVersion(QString());
         QCOMPARE(UpdateChecker::currentVersion(), "1.0"); // a build without one
@@ -132,15 +130,11 @@ private Q_SLOTS:
         QVERIFY(openssl.waitForFinished(30000) && openssl.exitCode() == 0);
         // Two servers with the same certificate: no connection is reused from one check to the
         // next.
-        FeedServer first, second;
-        QString why;
-        for (FeedServer* server : {&first, &second})
-            QVERIFY2(server->start(QStringLiteral(FEED_SERVER), &why, {"--tls", cert, key}),
-                     qPrintable(why));
-        const auto check = [this](const FeedServer& server) {
-            return run(QUrl(QStringLiteral("https://127.0.0.1:%1/update-2.0").arg(server.port())));
+        const auto check = [&] {
+            const int port = startServer({"--tls", cert, key});
+            return run(QUrl(QStringLiteral("https://127.0.0.1:%1/update-2.0").arg(port)));
         };
-        const Result untrusted = check(first);
+        const Result untrusted = check();
         QVERIFY2(!untrusted.succeeded &&
                      (untrusted.error.contains("certificate", Qt::CaseInsensitive) ||
                       untrusted.error.contains("SSL", Qt::CaseInsensitive)),
@@ -149,7 +143,7 @@ private Q_SLOTS:
         const QSslConfiguration before = configuration;
         configuration.addCaCertificates(QSslCertificate::fromPath(cert));
         QSslConfiguration::setDefaultConfiguration(configuration);
-        const Result trusted = check(second);
+        const Result trusted = check();
         QSslConfiguration::setDefaultConfiguration(before);
         QVERIFY2(trusted.update, qPrintable(trusted.error));
     }
@@ -262,10 +256,19 @@ private:
     }
     QUrl url(const QString& path) const
     {
-        return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_server.port()).arg(path));
+        return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_port).arg(path));
     }
 
-    FeedServer m_server;
+    // The real HTTP server on 127.0.0.1 (feed_server.py, --tls CERT KEY for HTTPS); its port.
+    int startServer(const QStringList& arguments = {})
+    {
+        QByteArray port;
+        m_servers.startUntilReady("python3", QStringList{FEED_SERVER} + arguments, "PORT ", &port);
+        return port.toInt();
+    }
+
+    test::Programs m_servers;
+    int m_port = 0;
     QList<QUrl> m_opened;
 };
 
