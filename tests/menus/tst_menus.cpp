@@ -117,35 +117,27 @@ private Q_SLOTS:
         QTest::addColumn<QString>("log");  // logged, or empty
         const int pressed = int(PressOutcome::pressed), failed = int(PressOutcome::failed),
                   assumed = int(PressOutcome::assumedFired);
-        QTest::newRow("first of two equal titles") << "File{Save,-,Save}"
-                                                   << "File/Save" << pressed << true << "";
-        QTest::newRow("second of two equal titles") << "File{Save,-,Save}"
-                                                    << "File/Save#1" << pressed << true << "";
-        QTest::newRow("third of two")
-            << "File{Save,-,Save}"
-            << "File/Save#2" << failed << false << "press: path component not found: Save";
-        QTest::newRow("equal top-level titles, as the crawl counts them")
-            << "View{A},View{B}"
-            << "View#1/B" << pressed << true << "";
-        QTest::newRow("a renamed item")
-            << "File{Save a Copy…}"
-            << "File/Save As…" << failed << false << "press: path component not found: Save As…";
-        QTest::newRow("a submenu that became a command")
-            << "File{Open Recent}"
-            << "File/Open Recent/notes.txt" << failed << false
-            << "press: no submenu under notes.txt";
-        QTest::newRow("a vanished top-level menu")
-            << "File{X}"
-            << "Tools/X" << failed << false << "press: could not resolve top-level menu Tools";
-        QTest::newRow("a top-level item itself") << "File{New}"
-                                                 << "File" << pressed << true << "";
-        QTest::newRow("no timely answer is assumed to have fired")
-            << "File{Export?t}"
-            << "File/Export" << assumed << true
-            << "press: no timely reply for File ▸ Export — treating as fired";
-        QTest::newRow("an error fails")
-            << "File{Print?e}"
-            << "File/Print" << failed << true << "press: AXPress failed (3) for File ▸ Print";
+        const QList<std::tuple<const char*, const char*, const char*, int, bool, const char*>> rows{
+            {"first of two equal titles", "File{Save,-,Save}", "File/Save", pressed, true, ""},
+            {"second of two equal titles", "File{Save,-,Save}", "File/Save#1", pressed, true, ""},
+            {"third of two", "File{Save,-,Save}", "File/Save#2", failed, false,
+             "press: path component not found: Save"},
+            {"equal top-level titles, as the crawl counts them", "View{A},View{B}", "View#1/B",
+             pressed, true, ""},
+            {"a renamed item", "File{Save a Copy…}", "File/Save As…", failed, false,
+             "press: path component not found: Save As…"},
+            {"a submenu that became a command", "File{Open Recent}", "File/Open Recent/notes.txt",
+             failed, false, "press: no submenu under notes.txt"},
+            {"a vanished top-level menu", "File{X}", "Tools/X", failed, false,
+             "press: could not resolve top-level menu Tools"},
+            {"a top-level item itself", "File{New}", "File", pressed, true, ""},
+            {"no timely answer is assumed to have fired", "File{Export?t}", "File/Export", assumed,
+             true, "press: no timely reply for File ▸ Export — treating as fired"},
+            {"an error fails", "File{Print?e}", "File/Print", failed, true,
+             "press: AXPress failed (3) for File ▸ Print"},
+        };
+        for (const auto& [name, bar, path, outcome, reached, log] : rows)
+            QTest::newRow(name) << bar << path << outcome << reached << log;
     }
 
     void press()
