@@ -6,6 +6,7 @@
 // the command ran in the application (its About window opens).
 
 #include "CorvaneProcess.h"
+#include "SessionTools.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -36,19 +37,15 @@ void collect(const QJsonObject& node, bool floating, QList<Shown>& into)
         collect(child.toObject(), true, into);
 }
 
-QList<Shown> windows()
+// The first window of `appId` whose name contains `name`.
+std::optional<Shown> window(const QString& appId, const QString& name)
 {
     QProcess tree;
     tree.start("swaymsg", {"-t", "get_tree", "-r"});
     tree.waitForFinished(5000);
     QList<Shown> shown;
     collect(QJsonDocument::fromJson(tree.readAllStandardOutput()).object(), false, shown);
-    return shown;
-}
-
-std::optional<Shown> window(const QString& appId, const QString& name)
-{
-    for (const Shown& w : windows())
+    for (const Shown& w : std::as_const(shown))
         if (w.appId == appId && w.name.contains(name))
             return w;
     return std::nullopt;
@@ -87,11 +84,7 @@ private Q_SLOTS:
     void cleanupTestCase()
     {
         m_corvane.reset();
-        for (QProcess* app : std::as_const(m_apps)) {
-            app->kill();
-            app->waitForFinished(5000);
-            delete app;
-        }
+        m_apps.stopAll();
     }
 
     void wholeLoop_data()
@@ -113,12 +106,10 @@ private Q_SLOTS:
         QFETCH(QStringList, arguments);
         QFETCH(QString, appId);
         QFETCH(QString, about);
-        auto* app = new QProcess;
-        m_apps.append(app);
-        app->start(program, arguments);
+        const qint64 pid = m_apps.start(program, arguments);
         QTRY_VERIFY_WITH_TIMEOUT(window(appId, ""), 20000);
-        QCOMPARE(window(appId, "")->pid, app->processId()); // a native Wayland window
-        QTest::qWait(1500); // on the accessibility bus, and activated
+        QCOMPARE(window(appId, "")->pid, pid); // a native Wayland window
+        QTest::qWait(1500);                    // on the accessibility bus, and activated
 
         // Hold Ctrl for 1.5 s: the panel floats over the application, with its menus read.
         const qsizetype from = m_corvane->lines().size();
@@ -144,7 +135,7 @@ private Q_SLOTS:
 
 private:
     std::unique_ptr<CorvaneProcess> m_corvane;
-    QList<QProcess*> m_apps;
+    Programs m_apps;
 };
 
 QTEST_GUILESS_MAIN(TestWayland)
