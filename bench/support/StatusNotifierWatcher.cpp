@@ -1,5 +1,7 @@
 #include "StatusNotifierWatcher.h"
 
+#include "platform/linux/DBusMenu.h"
+
 #include <QDBusArgument>
 #include <QDBusConnectionInterface>
 #include <QDBusContext>
@@ -10,22 +12,6 @@
 namespace corvane::test {
 
 namespace {
-
-StatusNotifierWatcher::MenuEntry parseLayout(const QDBusArgument& argument)
-{
-    StatusNotifierWatcher::MenuEntry entry;
-    argument.beginStructure();
-    argument >> entry.id >> entry.properties;
-    argument.beginArray();
-    while (!argument.atEnd()) {
-        QDBusVariant child;
-        argument >> child;
-        entry.children.append(parseLayout(child.variant().value<QDBusArgument>()));
-    }
-    argument.endArray();
-    argument.endStructure();
-    return entry;
-}
 
 QDBusMessage call(const QString& service, const QString& path, const QString& interface,
                   const QString& method, const QVariantList& arguments = {})
@@ -77,33 +63,27 @@ std::pair<QString, QString> StatusNotifierWatcher::menuAddress() const
     return {service, menu.value<QDBusObjectPath>().path()};
 }
 
-std::optional<StatusNotifierWatcher::MenuEntry> StatusNotifierWatcher::openMenu()
+bool StatusNotifierWatcher::click(const QString& label)
 {
+    // The menu as a tray host reads it when it opens.
     const auto [service, path] = menuAddress();
     if (path.isEmpty())
-        return std::nullopt;
+        return false;
     const QString menuInterface = "com.canonical.dbusmenu";
     call(service, path, menuInterface, "AboutToShow", {0});
     const QDBusMessage reply =
         call(service, path, menuInterface, "GetLayout", {0, -1, QStringList()});
-    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().size() < 2)
-        return std::nullopt;
-    return parseLayout(reply.arguments().at(1).value<QDBusArgument>());
-}
-
-bool StatusNotifierWatcher::click(const QString& label)
-{
-    const auto menu = openMenu();
-    if (!menu)
-        return false;
-    for (const MenuEntry& entry : menu->children) {
-        if (entry.label() != label)
+    int itemsLeft = 100;
+    const auto menu =
+        reply.arguments().size() < 2
+            ? std::nullopt
+            : dbusmenu::readLayout(reply.arguments().at(1).value<QDBusArgument>(), itemsLeft, 1);
+    for (const dbusmenu::Item& entry : menu ? menu->children : QList<dbusmenu::Item>()) {
+        if (entry.properties.value("label").toString() != label)
             continue;
-        const auto [service, path] = menuAddress();
-        const QDBusMessage reply =
-            call(service, path, "com.canonical.dbusmenu", "Event",
-                 {entry.id, "clicked", QVariant::fromValue(QDBusVariant(QVariant(0))), 0u});
-        return reply.type() == QDBusMessage::ReplyMessage;
+        return call(service, path, menuInterface, "Event",
+                    {entry.id, "clicked", QVariant::fromValue(QDBusVariant(QVariant(0))), 0u})
+                   .type() == QDBusMessage::ReplyMessage;
     }
     return false;
 }

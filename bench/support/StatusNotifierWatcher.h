@@ -8,8 +8,6 @@
 #include <QDBusContext>
 #include <QObject>
 #include <QStringList>
-#include <QVariantMap>
-#include <optional>
 
 namespace corvane::test {
 
@@ -29,19 +27,6 @@ public:
     int protocolVersion() const { return 0; }
     QStringList items() const { return m_items; }
 
-    // One entry of an item's menu (com.canonical.dbusmenu layout).
-    struct MenuEntry {
-        int id = 0;
-        QVariantMap properties;
-        QList<MenuEntry> children;
-        QString label() const { return properties.value("label").toString(); }
-        bool isSeparator() const { return properties.value("type").toString() == u"separator"; }
-        bool isVisible() const { return properties.value("visible", true).toBool(); }
-        bool isEnabled() const { return properties.value("enabled", true).toBool(); }
-    };
-
-    // The menu of the first registered item, after telling it that the menu is about to open.
-    std::optional<MenuEntry> openMenu();
     // Clicks the entry of the first registered item's menu whose label is `label`.
     bool click(const QString& label);
 
