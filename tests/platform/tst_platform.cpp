@@ -1,5 +1,7 @@
-// The settings store (typed reads in which missing or mistyped values read as absent, registered
-// defaults never written, writes that lose nothing on failure) and the log's way to the journal.
+// The platform layer without a display: the settings store (typed reads in which missing or
+// mistyped values read as absent, registered defaults never written, writes that lose nothing on
+// failure), the log's way to the journal, application identities from desktop entries, which bus
+// of an application's own is used, and how both toolkits' key repeats fold into one held key.
 
 #include "ReadOnlyFolder.h"
 #include "platform/UserDefaults.h"
