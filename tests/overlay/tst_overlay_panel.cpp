@@ -166,10 +166,11 @@ private Q_SLOTS:
         smaller.sections[0].commands = smaller.sections[0].commands.mid(0, 5);
         m_controller->update(smaller); // …and resets one past the results
         QCOMPARE(m_controller->viewModel().selection(), 0);
+        present(tall); // presented again while it shows, as during its fade-out
+        QCOMPARE(m_controller->viewModel().query(), QString());
         m_controller->dismiss();
         present(tall);
         QCOMPARE(m_controller->panel(), first); // made once
-        QCOMPARE(m_controller->viewModel().query(), QString());
         QVERIFY(!find("searchText")->hasActiveFocus());
         QCOMPARE(grid->property("contentY").toReal(), top);
     }
