@@ -38,7 +38,6 @@ Q_SIGNALS:
     Q_SCRIPTABLE void StatusNotifierItemRegistered(const QString& service);
 
 private:
-    QString m_lastSender;
     QStringList m_items;
     std::pair<QString, QString> menuAddress() const; // service, object path
 };

@@ -105,7 +105,6 @@ const char* nameOf(HoldStateMachine::Effect effect)
 
 const char* nameOf(HoldStateMachine::Event::Kind kind)
 {
-    using Kind = HoldStateMachine::Event::Kind;
     switch (kind) {
     case Kind::triggerDown:
         return "triggerDown";

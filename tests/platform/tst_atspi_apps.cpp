@@ -150,7 +150,8 @@ private Q_SLOTS:
         WalkBudget budget;
         QTest::ignoreMessage(QtInfoMsg, QRegularExpression("crawl: .* items"));
         const auto expected = MenuWalk::crawl(m_apps[toolkit], tree(*model), 0, budget);
-        QCOMPARE(test::describe(expected, 0).section(u'(', -1), "2500)");
+        QVERIFY(expected);
+        QCOMPARE(sizeOf(*expected).first, MenuWalk::itemCap);
         QCOMPARE(catalog.sections.size(), expected->sections.size());
         for (qsizetype s = 0; s < expected->sections.size(); ++s) // section by section, readably
             QCOMPARE(test::describe(MenuCatalog{{}, {}, {catalog.sections[s]}}, 5000),

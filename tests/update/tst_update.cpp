@@ -54,29 +54,26 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("feed");
         QTest::addColumn<QString>("running");
         QTest::addColumn<QString>("expected");
-        const char* page = "https://corvane.vantorel.com/d";
-        const QList<std::tuple<const char*, const char*, const char*, const char*, const char*>>
-            rows{
-                // version as the feed writes it ("" no feed at all), download, running, expected
-                {"newer: offered as written", R"("2.0.0")", page, "1.9.9",
-                 "2.0.0 https://corvane.vantorel.com/d"},
-                {"1.4 and 1.4.0 are the same", R"("1.4")", page, "1.4.0", "none"},
-                {"older: never offered", R"("1.4")", page, "1.9.9", "none"},
-                {"2.0-beta is no version: up to date", R"("2.0-beta")", page, "1.0", "none"},
-                {"version is a number", "2.0", page, "1.0", "failure"},
-                {"download missing", R"("2.0")", nullptr, "1.0", "failure"},
-                {"download not a web address", R"("2.0")", "ftp://corvane.vantorel.com/d", "1.0",
-                 "failure"},
-                {"an HTML page", "", nullptr, "1.0", "failure"},
-            };
-        for (const auto& [name, version, download, running, expected] : rows) {
-            QByteArray feed = "<!doctype html><p>Hello";
-            if (*version)
-                feed = QByteArray(R"({"version":)") + version +
-                       (download ? QByteArray(R"(,"download":")") + download + "\"" : "") +
-                       R"(,"notes":[1]})";
-            QTest::newRow(name) << feed << running << expected;
-        }
+        const auto feed = [](const char* version,
+                             const char* download = "https://corvane.vantorel.com/d") {
+            return QStringLiteral(R"({"version":%1,"download":"%2","notes":[1]})")
+                .arg(QString::fromUtf8(version), QString::fromUtf8(download))
+                .toUtf8();
+        };
+        const QList<std::tuple<const char*, QByteArray, const char*, const char*>> rows{
+            {"newer: offered as written", feed(R"("2.0.0")"), "1.9.9",
+             "2.0.0 https://corvane.vantorel.com/d"},
+            {"1.4 and 1.4.0 are the same", feed(R"("1.4")"), "1.4.0", "none"},
+            {"older: never offered", feed(R"("1.4")"), "1.9.9", "none"},
+            {"2.0-beta is no version: up to date", feed(R"("2.0-beta")"), "1.0", "none"},
+            {"version is a number", feed("2.0"), "1.0", "failure"},
+            {"download missing", R"({"version":"2.0"})", "1.0", "failure"},
+            {"download not a web address", feed(R"("2.0")", "ftp://corvane.vantorel.com/d"), "1.0",
+             "failure"},
+            {"an HTML page", "<!doctype html><p>Hello", "1.0", "failure"},
+        };
+        for (const auto& [name, body, running, expected] : rows)
+            QTest::newRow(name) << body << running << expected;
     }
 
     void decide()
