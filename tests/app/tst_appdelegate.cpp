@@ -246,7 +246,7 @@ private Q_SLOTS:
         m_monitors.modifiers(ModifierFlags::command);
         waitForCrawls(1);
         QVERIFY(!panelVisible()); // still holding: nothing shows, but the hidden overlay is filled
-        QCOMPARE(describe(MenuCatalog{{}, {}, model().sections()}), editorCommands);
+        QCOMPARE(describe(model().sections()), editorCommands);
         m_monitors.modifiers(0);
 
         // A hold that ended before its prefetch did (a chord such as Ctrl+C) stages nothing.
@@ -276,7 +276,7 @@ private Q_SLOTS:
         QCOMPARE(m_crawls->at(0).at(0).value<RunningApp>().pid, viewer.pid);
         QCOMPARE(m_crawls->at(0).at(1).toBool(), false); // the shown overlay was left alone
         QCOMPARE(model().appName(), editor.name);
-        QCOMPARE(describe(MenuCatalog{{}, {}, model().sections()}), editorCommands);
+        QCOMPARE(describe(model().sections()), editorCommands);
         QVERIFY(m_delegate->cache->catalog(*viewer.appId));
 
         m_trust.last = false; // withdrawn: the next crawl is skipped

@@ -287,8 +287,8 @@ private Q_SLOTS:
         QCOMPARE(left(), QStringList());
     }
 
-    // One told to stay out of geany. Holding Ctrl there shows
-    // nothing (the key stays geany's own); in the fixture the panel still shows.
+    // One told to stay out of geany. Holding Ctrl there shows nothing (the key stays geany's own);
+    // in the fixture the panel still shows.
     void listedApplicationNeverPeeks()
     {
         m_corvane.reset(); // ended by the test before, unless this one runs alone

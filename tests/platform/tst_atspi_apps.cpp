@@ -129,8 +129,8 @@ private Q_SLOTS:
         QCOMPARE(sizeOf(*expected).first, MenuWalk::itemCap);
         QCOMPARE(catalog.sections.size(), expected->sections.size());
         for (qsizetype s = 0; s < expected->sections.size(); ++s) // section by section, readably
-            QCOMPARE(test::describe(MenuCatalog{{}, {}, {catalog.sections[s]}}, 5000),
-                     test::describe(MenuCatalog{{}, {}, {expected->sections[s]}}, 5000));
+            QCOMPARE(test::describe({catalog.sections[s]}, 5000),
+                     test::describe({expected->sections[s]}, 5000));
     }
 
     void fixturePresses_data()

@@ -140,15 +140,12 @@ inline std::shared_ptr<FakeNode> menuBar(const QString& text,
     return bar;
 }
 
-// A catalog's commands in the notation above, as "File/Open#1!*=Ctrl+S" (the id with '/' between
-// the titles), separated by spaces; more than `whole` commands as "first … last (count)";
-// "none" without a catalog.
-inline QString describe(const std::optional<MenuCatalog>& catalog, int whole = 100)
+// Sections' commands in the notation above, as "File/Open#1!*=Ctrl+S" (the id with '/' between
+// the titles), separated by spaces; more than `whole` commands as "first … last (count)".
+inline QString describe(const QList<MenuSection>& sections, int whole = 100)
 {
-    if (!catalog)
-        return "none";
     QStringList out;
-    for (const MenuSection& section : catalog->sections)
+    for (const MenuSection& section : sections)
         for (const MenuCommand& c : section.commands)
             out << c.id().replace(idSeparator, u'/') + (c.enabled ? "" : "!") +
                        (c.isChecked ? "*" : "") +
@@ -159,6 +156,12 @@ inline QString describe(const std::optional<MenuCatalog>& catalog, int whole = 1
     if (out.size() > whole)
         return QStringLiteral("%1 … %2 (%3)").arg(out.first(), out.last()).arg(out.size());
     return out.join(u' ');
+}
+
+// A catalog's commands as above; "none" without a catalog.
+inline QString describe(const std::optional<MenuCatalog>& catalog, int whole = 100)
+{
+    return catalog ? describe(catalog->sections, whole) : QStringLiteral("none");
 }
 
 } // namespace corvane::test
