@@ -119,7 +119,7 @@ int main(int argc, char* argv[])
         inputWatched = busKeys->isAvailable(&whyNot);
         monitors = busKeys.get();
         workspace = std::make_unique<AtspiWorkspace>();
-        qInfo("%s", qUtf8Printable(WaylandWindows::keepFloating(Workspace::thisProcessId())));
+        WaylandWindows::arrange(Workspace::thisProcessId());
     } else {
         xInput = std::make_unique<XInputMonitors>();
         inputWatched = xInput->isAvailable(&whyNot);

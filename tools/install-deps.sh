@@ -30,6 +30,9 @@ if [ "${1:-}" = "--tests" ]; then
     xcompmgr
     # The Wayland test session: a headless compositor, key input, Qt 5 applications on Wayland
     sway wtype qtwayland5
+    # The desktops people run, as test sessions: GNOME Shell and KWin (Wayland and X11), and the
+    # input-injection protocol KWin offers tests
+    gnome-shell kwin-wayland kwin-x11 plasma-wayland-protocols libwayland-dev
     # A browser whose menus exist only in its global-menu export
     chromium
     # A KDE application, read through the actions it publishes on the session bus

@@ -1,6 +1,12 @@
 #include "WaylandWindows.h"
 
 #include <QByteArray>
+#include <QDBusConnection>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDir>
+#include <QFile>
+#include <QStandardPaths>
 #include <cstring>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -71,18 +77,117 @@ QByteArray swayCommand(const QByteArray& socketPath, const QByteArray& command)
     return reply;
 }
 
-QString keepFloating(qint64 pid)
+namespace {
+
+QByteArray kwinScript(qint64 pid)
+{
+    // The window in front is remembered as it changes: when the panel maps, it may already be
+    // the active one. The panel is the window titled "Corvane".
+    return QByteArrayLiteral(R"(const corvane = )") + QByteArray::number(pid) + R"(;
+let front = workspace.activeClient;
+workspace.clientActivated.connect(c => { if (c && c.pid !== corvane) front = c; });
+workspace.clientRemoved.connect(c => { if (c === front) front = null; });
+workspace.clientAdded.connect(c => {
+    if (c.pid !== corvane)
+        return;
+    if (c.caption === "Corvane")
+        c.keepAbove = true;
+    const area = workspace.clientArea(KWin.PlacementArea, front || c);
+    const frame = c.frameGeometry;
+    c.frameGeometry = {x: area.x + Math.round((area.width - frame.width) / 2),
+                       y: area.y + Math.round((area.height - frame.height) / 2),
+                       width: frame.width, height: frame.height};
+});
+)";
+}
+
+const QString kwinService = QStringLiteral("org.kde.KWin");
+const QString kwinScriptName = QStringLiteral("corvane-placement");
+
+QDBusPendingCall kwinScripting(const QString& method, const QVariantList& arguments)
+{
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(kwinService, QStringLiteral("/Scripting"),
+                                       QStringLiteral("org.kde.kwin.Scripting"), method);
+    call.setArguments(arguments);
+    return QDBusConnection::sessionBus().asyncCall(call, 2000);
+}
+
+// Then `then` with the reply, on this thread.
+void whenAnswered(const QDBusPendingCall& call, std::function<void(const QDBusMessage&)> then)
+{
+    auto* watcher = new QDBusPendingCallWatcher(call);
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher,
+                     [watcher, then = std::move(then)] {
+                         watcher->deleteLater();
+                         then(watcher->reply());
+                     });
+}
+
+// A script of an earlier Corvane is unloaded first: KWin keeps a name loaded once.
+void arrangeOnKWin(qint64 pid)
+{
+    whenAnswered(
+        kwinScripting(QStringLiteral("unloadScript"), {kwinScriptName}),
+        [pid](const QDBusMessage& unloaded) {
+            if (unloaded.type() == QDBusMessage::ErrorMessage) {
+                qInfo("windows: placed by the compositor");
+                return;
+            }
+            const QString folder =
+                QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+            auto file = std::make_shared<QFile>(
+                QDir(folder.isEmpty() ? QDir::tempPath() : folder)
+                    .filePath(QStringLiteral("corvane-kwin-%1.js").arg(pid)));
+            if (!file->open(QIODevice::WriteOnly) || file->write(kwinScript(pid)) < 0 ||
+                !file->flush()) {
+                qWarning("windows: KWin places them, off centre: %s",
+                         qPrintable(file->errorString()));
+                return;
+            }
+            file->close();
+            whenAnswered(
+                kwinScripting(QStringLiteral("loadScript"), {file->fileName(), kwinScriptName}),
+                [file](const QDBusMessage& loaded) {
+                    if (loaded.type() == QDBusMessage::ErrorMessage ||
+                        loaded.arguments().value(0).toInt() < 0) {
+                        file->remove();
+                        qWarning("windows: KWin did not load the placement script (%s)",
+                                 qPrintable(loaded.errorMessage()));
+                        return;
+                    }
+                    // KWin reads the file when the script starts.
+                    whenAnswered(
+                        kwinScripting(QStringLiteral("start"), {}),
+                        [file](const QDBusMessage& started) {
+                            file->remove();
+                            if (started.type() == QDBusMessage::ErrorMessage)
+                                qWarning("windows: KWin did not start the placement script (%s)",
+                                         qPrintable(started.errorMessage()));
+                            else
+                                qInfo("windows: KWin centres them and keeps the panel above");
+                        });
+                });
+        });
+}
+
+} // namespace
+
+void arrange(qint64 pid)
 {
     const QByteArray sway = qgetenv("SWAYSOCK");
-    if (sway.isEmpty())
-        return QStringLiteral("windows: placed by the compositor");
+    if (sway.isEmpty()) {
+        arrangeOnKWin(pid);
+        return;
+    }
+    // sway answers at once, within half a second at worst.
     const QByteArray reply =
         swayCommand(sway, QByteArrayLiteral("for_window [pid=") + QByteArray::number(pid) +
                               "] floating enable, border none, move position center");
-    return reply.contains("\"success\": true") || reply.contains("\"success\":true")
-               ? QStringLiteral("windows: sway floats them")
-               : QStringLiteral("windows: sway did not take the rule (%1)")
-                     .arg(QString::fromUtf8(reply.left(200)));
+    if (reply.contains("\"success\": true") || reply.contains("\"success\":true"))
+        qInfo("windows: sway floats them");
+    else
+        qInfo("windows: sway did not take the rule (%s)", reply.left(200).constData());
 }
 
 } // namespace corvane::WaylandWindows

@@ -5,16 +5,20 @@
 // compositor family is asked in the way it offers, once when Corvane starts:
 //   - sway (and i3-compatible wlroots compositors): a window rule for Corvane's process over the
 //     compositor's IPC socket ($SWAYSOCK): floating, no border, centred;
-//   - any other (GNOME, KDE Plasma): nothing to ask; their windows float, the compositor places
-//     them and gives a new one the keyboard.
+//   - KWin: a script of its own, loaded over the session bus, that centres each of Corvane's
+//     windows on the screen of the window in front when it maps, and keeps the panel above
+//     (left to itself KWin places a new window by its own policy, off centre over some
+//     applications);
+//   - any other (GNOME): nothing to ask; its windows float, the compositor places them and gives
+//     a new one the keyboard.
 
 #include <QString>
 
 namespace corvane::WaylandWindows {
 
-// Asks the compositor to float the windows of process `pid`; returns a line for the log saying
-// what was done.
-QString keepFloating(qint64 pid);
+// Asks the compositor to place the windows of process `pid`, Corvane's own, as above; logs what
+// was done. Never waits for the compositor.
+void arrange(qint64 pid);
 
 // One IPC command to sway at `socketPath`; the reply's JSON, or an empty text when it failed.
 QByteArray swayCommand(const QByteArray& socketPath, const QByteArray& command);

@@ -1,0 +1,117 @@
+// The whole peek loop on the desktops people run (session tier, once on each desktop of
+// tools/test-session.sh: openbox and sway, GNOME Shell and KWin on Wayland and on X11), with real
+// applications (geany, GTK 3; featherpad, Qt 5) running natively. The real corvane program
+// starts while the application is already in front, is driven by real input only and is
+// observed from outside, through the window manager or compositor: the first hold shows the
+// panel above the application and centred on its screen; a release away hides it; a release
+// over it pins it, with the keyboard; a typed query and Return run the command in the
+// application (its About window opens); corvane --peek pins it; Escape closes it.
+
+#include "CorvaneProcess.h"
+#include "Desktop.h"
+#include "SessionTools.h"
+
+#include <QTest>
+
+using namespace corvane::test;
+
+class TestDesktops : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { m_desktop = Desktop::current(); }
+
+    void cleanup()
+    {
+        m_desktop->finishHold();
+        if (QTest::currentTestFailed() && m_corvane)
+            qWarning("Corvane's log:\n%s", qPrintable(m_corvane->log()));
+        m_corvane.reset();
+        m_apps.stopAll();
+    }
+
+    void wholeLoop_data()
+    {
+        QTest::addColumn<QString>("program");
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("about"); // the window Help ▸ About opens
+        QTest::newRow("geany") << "geany" << QStringList{"--new-instance", "--no-session"}
+                               << "About Geany";
+        QTest::newRow("featherpad")
+            << "featherpad" << QStringList{"--standalone"} << "About FeatherPad";
+    }
+
+    void wholeLoop()
+    {
+        QFETCH(QString, program);
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, about);
+        const qint64 app = m_apps.start(program, arguments);
+        QTRY_VERIFY_WITH_TIMEOUT(m_desktop->window(app), 20000);
+        QVERIFY(m_desktop->activate(app));
+        QTest::qWait(1000); // on the accessibility bus
+        m_corvane = std::make_unique<CorvaneProcess>(QStringLiteral(CORVANE),
+                                                     QVariantMap{{"holdDelay", 0.3}});
+        m_corvane->start();
+        const auto panel = [this] {
+            const auto w = m_desktop->window(m_corvane->pid(), QStringLiteral("Corvane"));
+            return w && w->title == u"Corvane" ? w : std::nullopt;
+        };
+        const QRect area = m_desktop->workArea();
+        const QPoint away = area.bottomRight() - QPoint(5, 5);
+
+        // The first hold since Corvane started: above the application, centred on its screen.
+        m_desktop->hold("Control_L", 2500);
+        QTRY_VERIFY_WITH_TIMEOUT(panel(), 5000);
+        const QList<Desktop::Window> shown = m_desktop->windows();
+        const auto index = [&shown](qint64 pid) {
+            return std::find_if(shown.cbegin(), shown.cend(),
+                                [pid](const Desktop::Window& w) { return w.pid == pid; }) -
+                   shown.cbegin();
+        };
+        QVERIFY2(index(m_corvane->pid()) > index(app), "the panel is below the application");
+        const QPoint offCentre = panel()->frame.center() - area.center();
+        QVERIFY2(offCentre.manhattanLength() <= 2,
+                 qPrintable(QStringLiteral("the panel %1,%2 %3×%4 is off the centre of %5,%6 %7×%8")
+                                .arg(panel()->frame.x())
+                                .arg(panel()->frame.y())
+                                .arg(panel()->frame.width())
+                                .arg(panel()->frame.height())
+                                .arg(area.x())
+                                .arg(area.y())
+                                .arg(area.width())
+                                .arg(area.height())));
+        m_desktop->movePointer(away);
+        m_desktop->finishHold();
+        QTRY_VERIFY(!panel());
+
+        // Released over the panel: it stays, and typing reaches its search field.
+        m_desktop->hold("Control_L", 2500);
+        QTRY_VERIFY_WITH_TIMEOUT(panel(), 5000);
+        m_desktop->movePointer(panel()->frame.center());
+        m_desktop->finishHold();
+        QTest::qWait(500);
+        QVERIFY2(panel(), "released over the panel, it closed");
+        m_desktop->type("about");
+        m_desktop->tap("Return");
+        QTRY_VERIFY_WITH_TIMEOUT(m_desktop->window(app, about), 5000);
+        QTRY_VERIFY(!panel()); // the application may answer before the fade-out ends
+
+        // corvane --peek: shown, and it stays until Escape.
+        m_desktop->movePointer(away);
+        QCOMPARE(QProcess::execute(QStringLiteral(CORVANE), {"--peek"}), 0);
+        QTRY_VERIFY_WITH_TIMEOUT(panel(), 3000);
+        QTest::qWait(1000);
+        QVERIFY(panel());
+        m_desktop->tap("Escape");
+        QTRY_VERIFY(!panel());
+    }
+
+private:
+    std::unique_ptr<Desktop> m_desktop;
+    std::unique_ptr<CorvaneProcess> m_corvane;
+    Programs m_apps;
+};
+
+QTEST_GUILESS_MAIN(TestDesktops)
+#include "tst_desktops.moc"

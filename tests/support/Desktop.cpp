@@ -1,0 +1,462 @@
+#include "Desktop.h"
+
+#include "SessionTools.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryFile>
+#include <QTest>
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+
+namespace corvane::test {
+
+namespace {
+
+QByteArray run(const QString& program, const QStringList& arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    if (!process.waitForFinished(10000))
+        qFatal("%s %s did not finish", qPrintable(program), qPrintable(arguments.join(u' ')));
+    return process.readAllStandardOutput();
+}
+
+QRect rectangle(const QJsonObject& r)
+{
+    return {r.value("x").toInt(), r.value("y").toInt(), r.value("width").toInt(),
+            r.value("height").toInt()};
+}
+
+// The JavaScript desktops answer with a list of {pid, title, frame, focused}, bottom to top.
+QList<Desktop::Window> windowsFrom(const QJsonArray& list)
+{
+    QList<Desktop::Window> windows;
+    for (const QJsonValue value : list) {
+        const QJsonObject w = value.toObject();
+        windows.append({qint64(w.value("pid").toDouble()), w.value("title").toString(),
+                        rectangle(w.value("frame").toObject()), w.value("focused").toBool()});
+    }
+    return windows;
+}
+
+// openbox, GNOME Shell and KWin as X11 window managers: EWMH on the root window, XTEST input.
+class X11Desktop : public Desktop {
+public:
+    explicit X11Desktop(const QString& name) : Desktop(name), m_x(XOpenDisplay(nullptr))
+    {
+        if (!m_x)
+            qFatal("no X server at DISPLAY");
+        // A window can go between the list and the question about it.
+        XSetErrorHandler([](Display*, XErrorEvent*) { return 0; });
+    }
+    ~X11Desktop() override { XCloseDisplay(m_x); }
+
+    QList<Window> windows() override
+    {
+        const Atom utf8 = atom("UTF8_STRING");
+        const ::Window active = ::Window(longs(root(), "_NET_ACTIVE_WINDOW", XA_WINDOW).value(0));
+        QList<Window> shown;
+        for (const long id : longs(root(), "_NET_CLIENT_LIST_STACKING", XA_WINDOW)) {
+            XWindowAttributes attributes;
+            if (!XGetWindowAttributes(m_x, ::Window(id), &attributes) ||
+                attributes.map_state != IsViewable)
+                continue;
+            int x = 0, y = 0;
+            ::Window child = 0;
+            XTranslateCoordinates(m_x, ::Window(id), root(), 0, 0, &x, &y, &child);
+            shown.append({longs(::Window(id), "_NET_WM_PID", XA_CARDINAL).value(0),
+                          QString::fromUtf8(property(::Window(id), "_NET_WM_NAME", utf8)),
+                          QRect(x, y, attributes.width, attributes.height),
+                          ::Window(id) == active});
+        }
+        return shown;
+    }
+
+    QRect workArea() override
+    {
+        // KWin publishes no work area without panels: the whole screen.
+        const QList<long> area = longs(root(), "_NET_WORKAREA", XA_CARDINAL);
+        return area.size() >= 4 ? QRect(area[0], area[1], area[2], area[3])
+                                : QRect(0, 0, DisplayWidth(m_x, 0), DisplayHeight(m_x, 0));
+    }
+
+    void movePointer(QPoint to) override
+    {
+        xdotool({"mousemove", QString::number(to.x()), QString::number(to.y())});
+    }
+
+protected:
+    void focus(qint64 pid) override { activateWindowOf(pid); }
+    void key(const QString& key, bool down) override { xdotool({down ? "keydown" : "keyup", key}); }
+
+private:
+    ::Window root() const { return DefaultRootWindow(m_x); }
+    Atom atom(const char* name) const { return XInternAtom(m_x, name, False); }
+
+    QByteArray property(::Window window, const char* name, Atom type, int* format = nullptr) const
+    {
+        Atom actual = None;
+        int actualFormat = 0;
+        unsigned long count = 0, after = 0;
+        unsigned char* data = nullptr;
+        QByteArray bytes;
+        if (XGetWindowProperty(m_x, window, atom(name), 0, 4096, False, type, &actual,
+                               &actualFormat, &count, &after, &data) == Success &&
+            data) {
+            // Xlib hands 32-bit items over as longs.
+            const int size = actualFormat == 32 ? int(sizeof(long)) : actualFormat / 8;
+            bytes = QByteArray(reinterpret_cast<const char*>(data), int(count) * size);
+            XFree(data);
+        }
+        if (format)
+            *format = actualFormat;
+        return bytes;
+    }
+
+    QList<long> longs(::Window window, const char* name, Atom type) const
+    {
+        int format = 0;
+        const QByteArray bytes = property(window, name, type, &format);
+        QList<long> values;
+        if (format == 32)
+            for (qsizetype i = 0; i + qsizetype(sizeof(long)) <= bytes.size(); i += sizeof(long))
+                values.append(*reinterpret_cast<const long*>(bytes.constData() + i));
+        return values;
+    }
+
+    Display* m_x;
+};
+
+// The injection a Wayland compositor offers (KWin's fake input, the wlroots virtual pointer),
+// through one helper process that lives as long as this object.
+class WaylandInput {
+public:
+    WaylandInput()
+    {
+        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_process.start(QStringLiteral(WAYLAND_INPUT), {});
+        if (!m_process.waitForReadyRead(10000) || !m_process.readLine().startsWith("ready"))
+            qFatal("the Wayland input helper did not start");
+    }
+    ~WaylandInput()
+    {
+        m_process.kill();
+        m_process.waitForFinished(5000);
+    }
+
+    void send(const QString& command)
+    {
+        m_process.write(command.toUtf8() + '\n');
+        if (!QTest::qWaitFor([this] { return m_process.canReadLine(); }, 5000))
+            qFatal("the Wayland input helper did not answer %s", qPrintable(command));
+        m_process.readLine();
+    }
+
+private:
+    QProcess m_process;
+};
+
+// sway: its IPC (swaymsg) for windows and focus, wtype's virtual keyboard for keys, a virtual
+// pointer for the pointer.
+// sway has no stacking order: floating windows are above tiled ones.
+class SwayDesktop : public Desktop {
+public:
+    SwayDesktop() : Desktop(QStringLiteral("sway")) {}
+
+    QList<Window> windows() override
+    {
+        QList<Window> tiled, floating;
+        collect(QJsonDocument::fromJson(run("swaymsg", {"-t", "get_tree", "-r"})).object(), false,
+                tiled, floating);
+        return tiled + floating;
+    }
+
+    QRect workArea() override
+    {
+        const QJsonArray outputs =
+            QJsonDocument::fromJson(run("swaymsg", {"-t", "get_outputs", "-r"})).array();
+        return rectangle(outputs.at(0).toObject().value("rect").toObject());
+    }
+
+    // One wtype process per gesture: it holds its keyboard for the gesture's whole length. Each
+    // new one moves the keyboard focus for a moment: it waits for that first.
+    void hold(const QString& key, int ms) override
+    {
+        m_hold = std::make_unique<QProcess>();
+        m_hold->setProcessChannelMode(QProcess::ForwardedChannels);
+        m_hold->start("wtype", {"-s", "300", "-P", key, "-s", QString::number(ms), "-p", key});
+    }
+    void finishHold() override
+    {
+        if (m_hold && m_hold->state() != QProcess::NotRunning && !m_hold->waitForFinished(30000))
+            qFatal("wtype did not finish");
+        m_hold.reset();
+    }
+    void tap(const QString& key) override { run("wtype", {"-s", "300", "-k", key}); }
+    void type(const QString& text) override { run("wtype", {"-s", "300", "-d", "40", text}); }
+    void movePointer(QPoint to) override
+    {
+        const QRect screen = workArea();
+        m_pointer.send(QStringLiteral("move %1 %2 %3 %4")
+                           .arg(to.x())
+                           .arg(to.y())
+                           .arg(screen.width())
+                           .arg(screen.height()));
+    }
+
+protected:
+    void focus(qint64 pid) override { run("swaymsg", {QStringLiteral("[pid=%1] focus").arg(pid)}); }
+    void key(const QString&, bool) override {}
+
+private:
+    static void collect(const QJsonObject& node, bool isFloating, QList<Window>& tiled,
+                        QList<Window>& floating)
+    {
+        if (node.contains("app_id") && node.value("visible").toBool(true))
+            (isFloating ? floating : tiled)
+                .append({qint64(node.value("pid").toDouble()), node.value("name").toString(),
+                         rectangle(node.value("rect").toObject()), node.value("focused").toBool()});
+        for (const QJsonValue child : node.value("nodes").toArray())
+            collect(child.toObject(), isFloating, tiled, floating);
+        for (const QJsonValue child : node.value("floating_nodes").toArray())
+            collect(child.toObject(), true, tiled, floating);
+    }
+
+    std::unique_ptr<QProcess> m_hold;
+    WaylandInput m_pointer;
+};
+
+// GNOME Shell on Wayland: JavaScript through org.gnome.Shell.Eval (the session's extension opens
+// it), and the virtual keyboard and pointer that extension made when the Shell started.
+class GnomeDesktop : public Desktop {
+public:
+    GnomeDesktop() : Desktop(QStringLiteral("gnome-wayland")) {}
+
+    QList<Window> windows() override
+    {
+        return windowsFrom(
+            eval(QStringLiteral(
+                     "global.display.sort_windows_by_stacking(global.display.list_all_windows())"
+                     ".filter(w => w.showing_on_its_workspace()).map(w => ({pid: w.get_pid(), "
+                     "title: w.get_title(), frame: rect(w.get_frame_rect()), focused: "
+                     "w.has_focus()}))"))
+                .array());
+    }
+
+    QRect workArea() override
+    {
+        return rectangle(eval(QStringLiteral("rect(Main.layoutManager.getWorkAreaForMonitor("
+                                             "global.display.get_primary_monitor()))"))
+                             .object());
+    }
+
+    void movePointer(QPoint to) override
+    {
+        eval(QStringLiteral("global.corvanePointer.notify_absolute_motion("
+                            "imports.gi.GLib.get_monotonic_time(), %1, %2)")
+                 .arg(to.x())
+                 .arg(to.y()));
+    }
+
+protected:
+    void focus(qint64 pid) override
+    {
+        eval(QStringLiteral("global.display.list_all_windows().find(w => w.get_pid() == %1)"
+                            ".activate(global.get_current_time())")
+                 .arg(pid));
+    }
+    void key(const QString& key, bool down) override
+    {
+        eval(QStringLiteral("const C = imports.gi.Clutter; global.corvaneKeyboard.notify_keyval("
+                            "imports.gi.GLib.get_monotonic_time(), C.KEY_%1, C.KeyState.%2)")
+                 .arg(key, down ? "PRESSED" : "RELEASED"));
+    }
+
+private:
+    static QJsonDocument eval(const QString& script)
+    {
+        QDBusMessage call = QDBusMessage::createMethodCall("org.gnome.Shell", "/org/gnome/Shell",
+                                                           "org.gnome.Shell", "Eval");
+        // The Shell's rectangles are boxed values, which JSON would print as {}.
+        call << "const rect = r => ({x: r.x, y: r.y, width: r.width, height: r.height}); " + script;
+        const QDBusMessage reply = QDBusConnection::sessionBus().call(call, QDBus::Block, 10000);
+        if (reply.type() != QDBusMessage::ReplyMessage || !reply.arguments().value(0).toBool())
+            qFatal("GNOME Shell did not run %s: %s", qPrintable(script),
+                   qPrintable(reply.arguments().value(1).toString() + reply.errorMessage()));
+        const QByteArray json = reply.arguments().value(1).toString().toUtf8();
+        return QJsonDocument::fromJson(
+            json.startsWith('[') || json.startsWith('{') ? json : "[" + json + "]");
+    }
+};
+
+// KWin on Wayland: scripts loaded over D-Bus, whose output appears in KWin's log; keys and the
+// pointer through KWin's fake input.
+class KwinDesktop : public Desktop {
+public:
+    KwinDesktop() : Desktop(QStringLiteral("kwin-wayland")) {}
+
+    QList<Window> windows() override
+    {
+        return windowsFrom(
+            script("workspace.clientList().filter(c => !c.minimized)"
+                   ".sort((a, b) => a.stackingOrder - b.stackingOrder).map(c => ({pid: c.pid, "
+                   "title: c.caption, frame: c.frameGeometry, focused: c.active}))")
+                .array());
+    }
+
+    QRect workArea() override
+    {
+        return rectangle(script("workspace.clientArea(KWin.PlacementArea, workspace.activeScreen, "
+                                "workspace.currentDesktop)")
+                             .object());
+    }
+
+    void movePointer(QPoint to) override
+    {
+        m_input.send(QStringLiteral("move %1 %2 0 0").arg(to.x()).arg(to.y()));
+    }
+
+protected:
+    void focus(qint64 pid) override
+    {
+        script(QStringLiteral("!!(workspace.activeClient = workspace.clientList().find(c => c.pid "
+                              "== %1))")
+                   .arg(pid));
+    }
+    void key(const QString& key, bool down) override
+    {
+        // Linux input codes of the keys tests type.
+        static const QHash<QString, int> codes = [] {
+            QHash<QString, int> table{
+                {"Control_L", 29}, {"Return", 28}, {"Escape", 1}, {"space", 57}};
+            const char* rows[] = {"qwertyuiop", "asdfghjkl", "zxcvbnm"};
+            const int first[] = {16, 30, 44};
+            for (int row = 0; row < 3; ++row)
+                for (int i = 0; rows[row][i]; ++i)
+                    table.insert(QString(QChar(rows[row][i])), first[row] + i);
+            return table;
+        }();
+        if (!codes.contains(key))
+            qFatal("no key code for %s", qPrintable(key));
+        m_input.send(QStringLiteral("key %1 %2").arg(codes.value(key)).arg(down ? 1 : 0));
+    }
+
+private:
+    // Runs `expression` in a KWin script and returns its value.
+    QJsonDocument script(const QString& expression)
+    {
+        const QString marker = QStringLiteral("corvane-desktop-%1:").arg(++m_scripts);
+        QTemporaryFile file(QDir::tempPath() + "/corvane-kwin-XXXXXX.js");
+        if (!file.open())
+            qFatal("no temporary file for a KWin script");
+        file.write(
+            QStringLiteral("print(\"%1\" + JSON.stringify(%2));").arg(marker, expression).toUtf8());
+        file.close();
+        const auto scripting = [](const QString& method, const QVariantList& arguments) {
+            QDBusMessage call = QDBusMessage::createMethodCall("org.kde.KWin", "/Scripting",
+                                                               "org.kde.kwin.Scripting", method);
+            call.setArguments(arguments);
+            return QDBusConnection::sessionBus().call(call, QDBus::Block, 10000);
+        };
+        scripting("loadScript", {file.fileName(), marker});
+        scripting("start", {});
+        QByteArray answer;
+        const QByteArray key = marker.toUtf8();
+        const bool answered = QTest::qWaitFor(
+            [&] {
+                QFile log(qEnvironmentVariable("CORVANE_KWIN_LOG"));
+                if (!log.open(QIODevice::ReadOnly))
+                    return false;
+                const QByteArray text = log.readAll();
+                const qsizetype at = text.indexOf(key, m_logRead);
+                const qsizetype end = at < 0 ? -1 : text.indexOf('\n', at);
+                if (end < 0)
+                    return false;
+                answer = text.mid(at + key.size(), end - at - key.size());
+                m_logRead = end;
+                return true;
+            },
+            10000);
+        scripting("unloadScript", {marker});
+        if (!answered)
+            qFatal("KWin did not run %s", qPrintable(expression));
+        return QJsonDocument::fromJson(answer);
+    }
+
+    WaylandInput m_input;
+    int m_scripts = 0;
+    qint64 m_logRead = 0;
+};
+
+} // namespace
+
+std::unique_ptr<Desktop> Desktop::current()
+{
+    const QString name = qEnvironmentVariable("CORVANE_DESKTOP");
+    if (name == u"sway")
+        return std::make_unique<SwayDesktop>();
+    if (name == u"gnome-wayland")
+        return std::make_unique<GnomeDesktop>();
+    if (name == u"kwin-wayland")
+        return std::make_unique<KwinDesktop>();
+    if (name == u"openbox" || name == u"gnome-x11" || name == u"kwin-x11")
+        return std::make_unique<X11Desktop>(name);
+    qFatal("run under tools/test-session.sh (CORVANE_DESKTOP is \"%s\")", qPrintable(name));
+}
+
+std::optional<Desktop::Window> Desktop::window(qint64 pid, const QString& title)
+{
+    for (const Window& w : windows())
+        if (w.pid == pid && w.title.contains(title))
+            return w;
+    return std::nullopt;
+}
+
+bool Desktop::activate(qint64 pid)
+{
+    focus(pid);
+    return QTest::qWaitFor(
+        [&] {
+            const auto w = window(pid);
+            return w && w->focused;
+        },
+        5000);
+}
+
+void Desktop::hold(const QString& key, int ms)
+{
+    this->key(key, true);
+    m_held = key;
+    m_releaseAt = QDateTime::currentMSecsSinceEpoch() + ms;
+}
+
+void Desktop::finishHold()
+{
+    if (m_held.isEmpty())
+        return;
+    QTest::qWait(int(qMax(0LL, m_releaseAt - QDateTime::currentMSecsSinceEpoch())));
+    key(std::exchange(m_held, QString()), false);
+}
+
+void Desktop::tap(const QString& key)
+{
+    this->key(key, true);
+    this->key(key, false);
+}
+
+void Desktop::type(const QString& text)
+{
+    for (const QChar c : text) {
+        tap(c == u' ' ? QStringLiteral("space") : QString(c));
+        QTest::qWait(40);
+    }
+}
+
+} // namespace corvane::test
