@@ -17,6 +17,7 @@
 #include "platform/linux/JournalLog.h"
 #include "platform/linux/LinuxDesktop.h"
 #include "platform/linux/QuitOnSignals.h"
+#include "platform/linux/ShellCompanion.h"
 #include "platform/linux/SingleInstance.h"
 #include "platform/linux/WaylandWindows.h"
 #include "platform/linux/X11BusAddress.h"
@@ -28,6 +29,7 @@
 #include <QFileDialog>
 #include <QLoggingCategory>
 #include <QQuickWindow>
+#include <QSystemTrayIcon>
 #include <QTextStream>
 
 int main(int argc, char* argv[])
@@ -129,6 +131,29 @@ int main(int argc, char* argv[])
     if (!inputWatched)
         QTextStream(stderr) << "corvane: holding the trigger cannot be watched here (" << whyNot
                             << "); \"Peek Current App\" in the tray menu still works.\n";
+    // GNOME Shell's companion, where the Shell runs it: on Wayland every key and focus change and
+    // the panel's place; a top-bar icon where the session has no tray.
+    const bool trayAvailable = QSystemTrayIcon::isSystemTrayAvailable();
+    ShellCompanion companion({.keys = wayland,
+                              .focus = wayland,
+                              .placement = wayland,
+                              .topBarIcon = !trayAvailable});
+    if (auto* busWorkspace = qobject_cast<AtspiWorkspace*>(workspace.get())) {
+        QObject::connect(&companion, &ShellCompanion::modifierKey, busKeys.get(),
+                         [&busKeys](unsigned long keysym, bool pressed) {
+                             busKeys->keyEvent(pressed, keysym);
+                         });
+        QObject::connect(&companion, &ShellCompanion::keyPressed, busKeys.get(),
+                         &AtspiKeyMonitors::otherKeyPressed);
+        QObject::connect(&companion, &ShellCompanion::focusChanged, busWorkspace,
+                         &AtspiWorkspace::companionFocused);
+        QObject::connect(&companion, &DesktopCompanion::stateChanged, busWorkspace,
+                         [&companion, &busKeys, busWorkspace] {
+                             const bool on = companion.state() == DesktopCompanion::State::on;
+                             busKeys->setBusHeard(!on);
+                             busWorkspace->followCompanion(on);
+                         });
+    }
     AccessibilitySwitch trust;
     // Qt applications started from now on find the bus even where its launcher did not say.
     X11BusAddress busAddress;
@@ -195,5 +220,6 @@ int main(int argc, char* argv[])
                      [&delegate] { delegate.statusMenuController->peekNow(); });
 
     delegate.applicationDidFinishLaunching();
+    companion.exportMenu(delegate.statusMenuController->menu);
     return QApplication::exec();
 }

@@ -25,8 +25,10 @@
 # logind: its session runs in a mount and process namespace of its own (as root, or through a user
 # namespace otherwise), with empty /run/systemd and /run/dbus and a system bus of its own, so that
 # nothing it or its helpers start outlives the session. A small extension of the session's own
-# lets the command inspect and drive the Shell through org.gnome.Shell.Eval, and closes the
-# overview the Shell starts in. KWin's binary carries file capabilities that a container may
+# lets the command inspect and drive the Shell through org.gnome.Shell.Eval, closes the overview
+# the Shell starts in and gives the session a keyboard and a pointer from the start, as a user's
+# session has (a GTK 3 window without keyboard focus is never active). The extensions in the folder
+# CORVANE_GNOME_EXTENSIONS, when it is set, are installed for the Shell as if system-wide, and on. KWin's binary carries file capabilities that a container may
 # refuse, so a plain copy of it runs; it grants its input-injection interface to any client
 # (KWIN_WAYLAND_NO_PERMISSION_CHECKS) and the command sees CORVANE_KWIN_LOG, KWin's log, where
 # the output of the scripts it loads appears.
@@ -118,9 +120,17 @@ function enable() {
 }
 function disable() {}
 JS
-    cat >"$XDG_CONFIG_HOME/glib-2.0/settings/keyfile" <<'KEYS'
+    enabled="'corvane-session@vantorel.com'"
+    shell_data=
+    if [ -n "${CORVANE_GNOME_EXTENSIONS:-}" ]; then
+        shell_data="${CORVANE_GNOME_EXTENSIONS%/gnome-shell/extensions}:"
+        for installed in "$CORVANE_GNOME_EXTENSIONS"/*/; do
+            enabled+=", '$(basename "$installed")'"
+        done
+    fi
+    cat >"$XDG_CONFIG_HOME/glib-2.0/settings/keyfile" <<KEYS
 [org/gnome/shell]
-enabled-extensions=['corvane-session@vantorel.com']
+enabled-extensions=[$enabled]
 disable-user-extensions=false
 welcome-dialog-last-shown-version='999'
 KEYS
@@ -171,13 +181,15 @@ openbox)
     openbox --sm-disable >"$log" 2>&1 &
     pids+=($!) ;;
 gnome-x11)
-    gnome-shell --x11 --replace --sm-disable >"$log" 2>&1 &
+    XDG_DATA_DIRS="$shell_data${XDG_DATA_DIRS:-/usr/local/share:/usr/share}" \
+        gnome-shell --x11 --replace --sm-disable >"$log" 2>&1 &
     pids+=($!) ;;
 kwin-x11)
     kwin_x11 --replace >"$log" 2>&1 &
     pids+=($!) ;;
 gnome-wayland)
-    gnome-shell --wayland --headless --no-x11 --virtual-monitor "$size" >"$log" 2>&1 &
+    XDG_DATA_DIRS="$shell_data${XDG_DATA_DIRS:-/usr/local/share:/usr/share}" \
+        gnome-shell --wayland --headless --no-x11 --virtual-monitor "$size" >"$log" 2>&1 &
     pids+=($!) ;;
 kwin-wayland)
     cp /usr/bin/kwin_wayland "$workdir/kwin_wayland"

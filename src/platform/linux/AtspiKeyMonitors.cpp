@@ -98,7 +98,7 @@ public:
         // 0 is a press, 1 a release (AT-SPI's KEY_PRESSED_EVENT and KEY_RELEASED_EVENT).
         if (type > 1 || keysym <= 0)
             return true;
-        QMetaObject::invokeMethod(m_monitors, "keyEvent", Qt::QueuedConnection,
+        QMetaObject::invokeMethod(m_monitors, "busKeyEvent", Qt::QueuedConnection,
                                   Q_ARG(bool, type == 0), Q_ARG(unsigned long, ulong(keysym)));
         return true;
     }
@@ -249,6 +249,18 @@ void AtspiKeyMonitors::keyEvent(bool press, unsigned long keysym)
     apply(press ? m_folding.press(keysym, now) : m_folding.release(keysym, now));
     scheduleRelease();
     Q_EMIT keyEventHandled(press, keysym);
+}
+
+void AtspiKeyMonitors::busKeyEvent(bool press, unsigned long keysym)
+{
+    if (m_busHeard)
+        keyEvent(press, keysym);
+}
+
+void AtspiKeyMonitors::otherKeyPressed()
+{
+    qCDebug(lcKeys, "keys: another key");
+    apply({{KeyFolding::Change::Kind::keyPress, m_folding.flags()}});
 }
 
 void AtspiKeyMonitors::apply(const QList<KeyFolding::Change>& changes)

@@ -55,9 +55,16 @@ public:
 
     std::uint64_t currentModifierFlags() const { return m_folding.flags(); }
 
+    // While GNOME Shell's companion tells every key (`heard` false), the bus's reports, which
+    // only some applications send, are left aside.
+    void setBusHeard(bool heard) { m_busHeard = heard; }
+
 public Q_SLOTS:
-    // One key event as the bus or Corvane's own window reports it (keysym as X names keys).
+    // One key event as the bus, the companion or Corvane's own window reports it (keysym as X
+    // names keys).
     void keyEvent(bool press, unsigned long keysym);
+    // Another key was pressed; which one, the companion does not tell.
+    void otherKeyPressed();
 
 Q_SIGNALS:
     // For the benchmark: a key event reached the hold logic (after folding).
@@ -65,6 +72,9 @@ Q_SIGNALS:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+
+private Q_SLOTS:
+    void busKeyEvent(bool press, unsigned long keysym);
 
 private:
     void apply(const QList<KeyFolding::Change>& changes);
@@ -76,6 +86,7 @@ private:
     KeyFolding m_folding;
     QTimer m_releaseTimer;
     MonitorHandlers m_handlers;
+    bool m_busHeard = true;
 };
 
 } // namespace corvane

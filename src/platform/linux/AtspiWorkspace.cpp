@@ -82,18 +82,39 @@ void AtspiWorkspace::withProcessOf(const QString& sender, std::function<void(qin
 
 void AtspiWorkspace::activated(const QDBusMessage& signal)
 {
+    if (m_followsCompanion)
+        return;
     const quint64 activation = ++m_activations;
     withProcessOf(signal.service(), [this, activation, name = signal.service()](qint64 pid) {
         if (activation != m_activations)
             return; // a later activation has come meanwhile
-        if (m_front && m_front->pid == pid)
-            return;
-        m_front = AppIdentity::forProcess(pid);
-        m_seen.removeIf([this](const RunningApp& app) { return app.appId == m_front->appId; });
-        if (pid != thisProcessId() && m_front->appId)
-            m_seen.append(*m_front);
-        Q_EMIT applicationActivated(*m_front);
+        if (!m_front || m_front->pid != pid)
+            setFront(AppIdentity::forProcess(pid));
     });
+}
+
+void AtspiWorkspace::companionFocused(qint64 pid, const QString& appId)
+{
+    ++m_activations;
+    if (pid <= 0) {
+        m_front.reset();
+        return;
+    }
+    if (m_front && m_front->pid == pid)
+        return;
+    RunningApp app = AppIdentity::forProcess(pid);
+    if (!app.appId && !appId.isEmpty())
+        app.appId = appId;
+    setFront(app);
+}
+
+void AtspiWorkspace::setFront(const RunningApp& app)
+{
+    m_front = app;
+    m_seen.removeIf([&app](const RunningApp& seen) { return seen.appId == app.appId; });
+    if (app.pid != thisProcessId() && app.appId)
+        m_seen.append(app);
+    Q_EMIT applicationActivated(app);
 }
 
 QList<RunningApp> AtspiWorkspace::seenApplications() const
@@ -110,6 +131,8 @@ QList<RunningApp> AtspiWorkspace::seenApplications() const
 
 void AtspiWorkspace::deactivated(const QDBusMessage& signal)
 {
+    if (m_followsCompanion)
+        return;
     const quint64 activation = m_activations;
     withProcessOf(signal.service(), [this, activation](qint64 pid) {
         if (activation == m_activations && m_front && m_front->pid == pid)

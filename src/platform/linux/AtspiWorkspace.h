@@ -25,6 +25,12 @@ public:
     // application id, by name; Corvane itself left out.
     QList<RunningApp> seenApplications() const;
 
+    // While GNOME Shell's companion tells every focus change (`follow`), the bus's activations,
+    // which only some toolkits send, are left aside.
+    void followCompanion(bool follow) { m_followsCompanion = follow; }
+    // The focused window's process (0: none) and the application id the Shell gave it.
+    void companionFocused(qint64 pid, const QString& appId);
+
 private Q_SLOTS:
     void activated(const QDBusMessage& signal);
     void deactivated(const QDBusMessage& signal);
@@ -32,12 +38,14 @@ private Q_SLOTS:
 private:
     // The process behind a bus name, asked once per name, answered later on this thread.
     void withProcessOf(const QString& sender, std::function<void(qint64 pid)> then);
+    void setFront(const RunningApp& app);
 
     bool m_available = false;
     std::optional<RunningApp> m_front;
     QList<RunningApp> m_seen;
     QHash<QString, qint64> m_processes; // bus name → process id
     quint64 m_activations = 0;          // so that a late answer never overrides a newer one
+    bool m_followsCompanion = false;
 };
 
 } // namespace corvane
