@@ -19,6 +19,7 @@
 #include "platform/linux/QuitOnSignals.h"
 #include "platform/linux/ShellCompanion.h"
 #include "platform/linux/SingleInstance.h"
+#include "platform/linux/TrayWatch.h"
 #include "platform/linux/WaylandWindows.h"
 #include "platform/linux/X11BusAddress.h"
 #include "platform/linux/X11Compositing.h"
@@ -82,6 +83,11 @@ int main(int argc, char* argv[])
         wayland ? "QT_WAYLAND_CLIENT_BUFFER_INTEGRATION" : "QT_XCB_GL_INTEGRATION";
     if (!qEnvironmentVariableIsSet(glSwitch))
         qputenv(glSwitch, "none");
+    // Qt's Wayland client asks for its buffer integration (and warns that there is "none") only
+    // to learn whether it may draw window decorations, which it draws only with one: saying no
+    // at once changes nothing on screen.
+    if (wayland && !qEnvironmentVariableIsSet("QT_WAYLAND_DISABLE_WINDOWDECORATION"))
+        qputenv("QT_WAYLAND_DISABLE_WINDOWDECORATION", "1");
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     // Debug lines (the permission poll) only when asked for with QT_LOGGING_RULES.
     QLoggingCategory::setFilterRules(QStringLiteral("com.vantorel.corvane.*.debug=false"));
@@ -134,15 +140,12 @@ int main(int argc, char* argv[])
     // GNOME Shell's companion, where the Shell runs it: on Wayland every key and focus change and
     // the panel's place; a top-bar icon where the session has no tray.
     const bool trayAvailable = QSystemTrayIcon::isSystemTrayAvailable();
-    ShellCompanion companion({.keys = wayland,
-                              .focus = wayland,
-                              .placement = wayland,
-                              .topBarIcon = !trayAvailable});
+    ShellCompanion companion(
+        {.keys = wayland, .focus = wayland, .placement = wayland, .topBarIcon = !trayAvailable});
     if (auto* busWorkspace = qobject_cast<AtspiWorkspace*>(workspace.get())) {
-        QObject::connect(&companion, &ShellCompanion::modifierKey, busKeys.get(),
-                         [&busKeys](unsigned long keysym, bool pressed) {
-                             busKeys->keyEvent(pressed, keysym);
-                         });
+        QObject::connect(
+            &companion, &ShellCompanion::modifierKey, busKeys.get(),
+            [&busKeys](unsigned long keysym, bool pressed) { busKeys->keyEvent(pressed, keysym); });
         QObject::connect(&companion, &ShellCompanion::keyPressed, busKeys.get(),
                          &AtspiKeyMonitors::otherKeyPressed);
         QObject::connect(&companion, &ShellCompanion::focusChanged, busWorkspace,
@@ -221,5 +224,10 @@ int main(int argc, char* argv[])
 
     delegate.applicationDidFinishLaunching();
     companion.exportMenu(delegate.statusMenuController->menu);
+    TrayWatch trayWatch;
+    QObject::connect(&trayWatch, &TrayWatch::mayHaveAppeared, [&delegate, &companion] {
+        delegate.statusMenuController->trayMayHaveAppeared();
+        companion.showTopBarIcon(!QSystemTrayIcon::isSystemTrayAvailable());
+    });
     return QApplication::exec();
 }

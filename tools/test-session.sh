@@ -61,6 +61,7 @@ pids=()
 workdir=$(mktemp -d "${TMPDIR:-/tmp}/corvane-session.XXXXXX")
 cleanup() {
     local status=$?
+    disown -a # their ends are no news
     for ((i = ${#pids[@]} - 1; i >= 0; i--)); do kill "${pids[i]}" 2>/dev/null || true; done
     for pid in "${pids[@]}"; do
         for _ in $(seq 50); do kill -0 "$pid" 2>/dev/null || break; sleep 0.05; done
@@ -84,7 +85,7 @@ mkdir -p "$HOME" "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_CACHE_HOME" "$XDG_RUN
 chmod 700 "$XDG_RUNTIME_DIR"
 export GSETTINGS_BACKEND=memory NO_AT_BRIDGE=0 QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1
 export CORVANE_DESKTOP=$desktop
-unset WAYLAND_DISPLAY SESSION_MANAGER DISPLAY SWAYSOCK XDG_CURRENT_DESKTOP
+unset WAYLAND_DISPLAY SESSION_MANAGER DISPLAY SWAYSOCK XDG_CURRENT_DESKTOP KDE_SESSION_VERSION KDE_FULL_SESSION
 # English texts whatever the machine's locale; a test that wants another language sets LANG.
 export LANG=C.UTF-8
 unset LC_ALL LC_MESSAGES LANGUAGE
@@ -136,7 +137,7 @@ welcome-dialog-last-shown-version='999'
 KEYS
     export GSETTINGS_BACKEND=keyfile XDG_CURRENT_DESKTOP=GNOME
 fi
-[[ $desktop == kwin-* ]] && export XDG_CURRENT_DESKTOP=KDE
+[[ $desktop == kwin-* ]] && export XDG_CURRENT_DESKTOP=KDE KDE_SESSION_VERSION=5 KDE_FULL_SESSION=true
 
 # Session bus.
 dbus-daemon --session --fork --nopidfile --print-address=3 --print-pid=4 \

@@ -59,7 +59,8 @@ void AppDelegate::applicationDidFinishLaunching()
     overlay.prepare();
     // The launch announcements, once the permission has been read: the Welcome window depends on
     // it. Never waited for: the answer arrives later on this thread.
-    m_platform.trust.refresh([self = QPointer<AppDelegate>(this)](bool) {
+    m_platform.trust.refresh([self = QPointer<AppDelegate>(this)](bool trusted) {
+        qCDebug(lcApp, "launch: accessibility %s", trusted ? "on" : "off");
         if (self)
             self->announceLaunch();
     });

@@ -76,9 +76,19 @@ StatusMenuController::StatusMenuController(bool showStatusItem, QObject* parent)
     menuNeedsUpdate();
     if (!showStatusItem)
         return;
-    if (!QSystemTrayIcon::isSystemTrayAvailable())
+    if (!QSystemTrayIcon::isSystemTrayAvailable()) {
         qCWarning(lcApp, "no system tray in this session: the status menu waits for one");
+        // Qt's stand-in there is an X11 tray, which a Wayland session never has.
+        if (QGuiApplication::platformName() == u"wayland")
+            return;
+    }
     statusItem->show();
+}
+
+void StatusMenuController::trayMayHaveAppeared()
+{
+    if (!statusItem->isVisible() && QSystemTrayIcon::isSystemTrayAvailable())
+        statusItem->show();
 }
 
 StatusMenuController::~StatusMenuController()

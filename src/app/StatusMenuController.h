@@ -28,6 +28,8 @@ public:
 
     // Run each time the menu is about to open (QMenu::aboutToShow).
     void menuNeedsUpdate();
+    // Shows the tray icon that waits for a tray, once the session has one.
+    void trayMayHaveAppeared();
 
     void peekNow();
     void openSettings();

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QIcon>
 #include <QPainter>
 #include <QStandardPaths>
@@ -66,12 +67,61 @@ AppIconImageProvider::AppIconImageProvider() : QQuickImageProvider(QQuickImagePr
     }
 }
 
+namespace {
+
+// The icon in the freedesktop fallback theme, where every application installs one: used when the
+// desktop's own theme is not installed (a KDE session without Breeze), which Qt does not fall back
+// from. The largest bitmap, or the drawing.
+QIcon hicolorIcon(const QString& name)
+{
+    if (name.contains(u'/'))
+        return {};
+    const auto locate = [](const QString& file) {
+        return QStandardPaths::locate(QStandardPaths::GenericDataLocation, file);
+    };
+    QString found = locate(QStringLiteral("icons/hicolor/scalable/apps/%1.svg").arg(name));
+    for (const int side : {256, 128, 96, 64, 48, 32, 24, 22, 16}) {
+        if (found.isEmpty())
+            found = locate(QStringLiteral("icons/hicolor/%1x%1/apps/%2.png").arg(side).arg(name));
+    }
+    if (found.isEmpty())
+        found = locate(QStringLiteral("pixmaps/%1.png").arg(name));
+    return found.isEmpty() ? QIcon() : QIcon(found);
+}
+
+// No icon anywhere: the name's initial on a grey rounded square, so that the row keeps its shape.
+QPixmap monogram(const QString& name, const QSize& side)
+{
+    QPixmap pixmap(side);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(128, 128, 128));
+    const QRectF square(QPointF(0, 0), side);
+    painter.drawRoundedRect(square, side.width() * 0.22, side.height() * 0.22);
+    QFont font = painter.font();
+    font.setPixelSize(qMax(1, side.height() * 11 / 20));
+    font.setBold(true);
+    painter.setFont(font);
+    painter.setPen(Qt::white);
+    const QString base = QFileInfo(name).baseName().section(u'.', -1);
+    painter.drawText(square, Qt::AlignCenter, base.left(1).toUpper());
+    return pixmap;
+}
+
+} // namespace
+
 QPixmap AppIconImageProvider::requestPixmap(const QString& id, QSize* size,
                                             const QSize& requestedSize)
 {
     const QSize side = requestedSize.isValid() ? requestedSize : QSize(64, 64);
-    const QIcon icon = QDir::isAbsolutePath(id) ? QIcon(id) : QIcon::fromTheme(id);
-    const QPixmap pixmap = icon.pixmap(side);
+    QIcon icon = QDir::isAbsolutePath(id) ? QIcon(id) : QIcon::fromTheme(id);
+    if (icon.isNull())
+        icon = hicolorIcon(id);
+    QPixmap pixmap = icon.pixmap(side);
+    if (pixmap.isNull())
+        pixmap = monogram(id, side);
     if (size)
         *size = pixmap.size();
     return pixmap;

@@ -104,7 +104,8 @@ public:
         for (qsizetype i = 0; i < actions.size(); ++i) {
             const QAction* action = actions[i];
             if (action->isVisible())
-                entries.append({QString::number(i), ShortcutDisplay::withoutMnemonicMarks(action->text(), u'&'),
+                entries.append({QString::number(i),
+                                ShortcutDisplay::withoutMnemonicMarks(action->text(), u'&'),
                                 action->isEnabled(), action->isSeparator()});
         }
         connection.send(message.createReply(QVariant::fromValue(entries)));
@@ -171,19 +172,19 @@ void ShellCompanion::subscribe()
                        {QStringLiteral("focus"), m_wanted.focus},
                        {QStringLiteral("placement"), m_wanted.placement},
                        {QStringLiteral("topBarIcon"), m_wanted.topBarIcon}};
-    whenAnswered(callShell(companionPath, companionInterface, QStringLiteral("Subscribe"),
-                           {wanted}),
-                 this, [this](const QDBusMessage& reply) {
-                     m_subscribing = false;
-                     if (reply.type() == QDBusMessage::ErrorMessage) {
-                         readState();
-                         return;
-                     }
-                     if (m_state != State::on)
-                         qCInfo(lcCompanion, "companion: GNOME Shell's companion %s answers",
-                                qUtf8Printable(reply.arguments().value(0).toString()));
-                     setState(State::on);
-                 });
+    whenAnswered(
+        callShell(companionPath, companionInterface, QStringLiteral("Subscribe"), {wanted}), this,
+        [this](const QDBusMessage& reply) {
+            m_subscribing = false;
+            if (reply.type() == QDBusMessage::ErrorMessage) {
+                readState();
+                return;
+            }
+            if (m_state != State::on)
+                qCInfo(lcCompanion, "companion: GNOME Shell's companion %s answers",
+                       qUtf8Printable(reply.arguments().value(0).toString()));
+            setState(State::on);
+        });
 }
 
 void ShellCompanion::onGone()
@@ -201,38 +202,37 @@ void ShellCompanion::onExtensionStateChanged(const QString& changed, const QVari
 // The Shell's record of the extension: none when the Shell started before it was installed.
 void ShellCompanion::readState()
 {
-    whenAnswered(callShell(QStringLiteral("/org/gnome/Shell"), extensionsInterface,
-                           QStringLiteral("GetExtensionInfo"), {uuid}),
-                 this, [this](const QDBusMessage& reply) {
-                     if (reply.type() == QDBusMessage::ErrorMessage) {
-                         setState(State::notNeeded); // not GNOME Shell
-                         return;
-                     }
-                     const QVariantMap info =
-                         qdbus_cast<QVariantMap>(reply.arguments().value(0));
-                     // The Shell's ExtensionState: 1 enabled, 2 disabled, 3 error, 4 out of
-                     // date, 6 initialized (installed, never enabled).
-                     switch (info.value(QStringLiteral("state")).toInt()) {
-                     case 1:
-                         break; // starting: its Available comes next
-                     case 3:
-                     case 4:
-                         setState(State::failed);
-                         break;
-                     case 2:
-                     case 6:
-                         setState(State::off);
-                         break;
-                     default:
-                         setState(QStandardPaths::locate(
-                                      QStandardPaths::GenericDataLocation,
-                                      QStringLiteral("gnome-shell/extensions/%1/metadata.json")
-                                          .arg(uuid))
-                                          .isEmpty()
-                                      ? State::notInstalled
-                                      : State::needsRestart);
-                     }
-                 });
+    whenAnswered(
+        callShell(QStringLiteral("/org/gnome/Shell"), extensionsInterface,
+                  QStringLiteral("GetExtensionInfo"), {uuid}),
+        this, [this](const QDBusMessage& reply) {
+            if (reply.type() == QDBusMessage::ErrorMessage) {
+                setState(State::notNeeded); // not GNOME Shell
+                return;
+            }
+            const QVariantMap info = qdbus_cast<QVariantMap>(reply.arguments().value(0));
+            // The Shell's ExtensionState: 1 enabled, 2 disabled, 3 error, 4 out of
+            // date, 6 initialized (installed, never enabled).
+            switch (info.value(QStringLiteral("state")).toInt()) {
+            case 1:
+                break; // starting: its Available comes next
+            case 3:
+            case 4:
+                setState(State::failed);
+                break;
+            case 2:
+            case 6:
+                setState(State::off);
+                break;
+            default:
+                setState(QStandardPaths::locate(
+                             QStandardPaths::GenericDataLocation,
+                             QStringLiteral("gnome-shell/extensions/%1/metadata.json").arg(uuid))
+                                 .isEmpty()
+                             ? State::notInstalled
+                             : State::needsRestart);
+            }
+        });
 }
 
 void ShellCompanion::setState(State state)
@@ -247,8 +247,8 @@ void ShellCompanion::turnOn()
 {
     // The Shell runs no extension at all while extensions are switched off as a whole.
     QDBusMessage enableAll = QDBusMessage::createMethodCall(
-        shell, QStringLiteral("/org/gnome/Shell"), QStringLiteral("org.freedesktop.DBus.Properties"),
-        QStringLiteral("Set"));
+        shell, QStringLiteral("/org/gnome/Shell"),
+        QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Set"));
     enableAll.setArguments({extensionsInterface, QStringLiteral("UserExtensionsEnabled"),
                             QVariant::fromValue(QDBusVariant(true))});
     QDBusConnection::sessionBus().asyncCall(enableAll, 2000);

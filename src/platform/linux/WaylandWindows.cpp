@@ -6,6 +6,7 @@
 #include <QDBusPendingReply>
 #include <QDir>
 #include <QFile>
+#include <QLoggingCategory>
 #include <QStandardPaths>
 #include <cstring>
 #include <sys/socket.h>
@@ -79,6 +80,8 @@ QByteArray swayCommand(const QByteArray& socketPath, const QByteArray& command)
 
 namespace {
 
+Q_LOGGING_CATEGORY(lcWindows, "com.vantorel.corvane.windows")
+
 QByteArray kwinScript(qint64 pid)
 {
     // The window in front is remembered as it changes: when the panel maps, it may already be
@@ -131,7 +134,7 @@ void arrangeOnKWin(qint64 pid)
         kwinScripting(QStringLiteral("unloadScript"), {kwinScriptName}),
         [pid](const QDBusMessage& unloaded) {
             if (unloaded.type() == QDBusMessage::ErrorMessage) {
-                qInfo("windows: placed by the compositor");
+                qCInfo(lcWindows, "windows: placed by the compositor");
                 return;
             }
             const QString folder =
@@ -141,8 +144,8 @@ void arrangeOnKWin(qint64 pid)
                     .filePath(QStringLiteral("corvane-kwin-%1.js").arg(pid)));
             if (!file->open(QIODevice::WriteOnly) || file->write(kwinScript(pid)) < 0 ||
                 !file->flush()) {
-                qWarning("windows: KWin places them, off centre: %s",
-                         qPrintable(file->errorString()));
+                qCWarning(lcWindows, "windows: KWin places them, off centre: %s",
+                          qPrintable(file->errorString()));
                 return;
             }
             file->close();
@@ -152,8 +155,8 @@ void arrangeOnKWin(qint64 pid)
                     if (loaded.type() == QDBusMessage::ErrorMessage ||
                         loaded.arguments().value(0).toInt() < 0) {
                         file->remove();
-                        qWarning("windows: KWin did not load the placement script (%s)",
-                                 qPrintable(loaded.errorMessage()));
+                        qCWarning(lcWindows, "windows: KWin did not load the placement script (%s)",
+                                  qPrintable(loaded.errorMessage()));
                         return;
                     }
                     // KWin reads the file when the script starts.
@@ -162,10 +165,12 @@ void arrangeOnKWin(qint64 pid)
                         [file](const QDBusMessage& started) {
                             file->remove();
                             if (started.type() == QDBusMessage::ErrorMessage)
-                                qWarning("windows: KWin did not start the placement script (%s)",
-                                         qPrintable(started.errorMessage()));
+                                qCWarning(lcWindows,
+                                          "windows: KWin did not start the placement script (%s)",
+                                          qPrintable(started.errorMessage()));
                             else
-                                qInfo("windows: KWin centres them and keeps the panel above");
+                                qCInfo(lcWindows,
+                                       "windows: KWin centres them and keeps the panel above");
                         });
                 });
         });
@@ -185,9 +190,9 @@ void arrange(qint64 pid)
         swayCommand(sway, QByteArrayLiteral("for_window [pid=") + QByteArray::number(pid) +
                               "] floating enable, border none, move position center");
     if (reply.contains("\"success\": true") || reply.contains("\"success\":true"))
-        qInfo("windows: sway floats them");
+        qCInfo(lcWindows, "windows: sway floats them");
     else
-        qInfo("windows: sway did not take the rule (%s)", reply.left(200).constData());
+        qCInfo(lcWindows, "windows: sway did not take the rule (%s)", reply.left(200).constData());
 }
 
 } // namespace corvane::WaylandWindows
