@@ -204,7 +204,9 @@ int main(int argc, char* argv[])
                                                             : AppIdentity::runningApplications(
                                                                   Workspace::thisProcessId());
                                     },
-                                .describeApplication = &AppIdentity::describe};
+                                .describeApplication = &AppIdentity::describe,
+                                .companion = wayland ? &companion : nullptr,
+                                .trayAvailable = &QSystemTrayIcon::isSystemTrayAvailable};
     // Input meant for the panel is Corvane's own, not a hold or an interruption.
     const auto panelHasKeyboard = [&delegate] { return delegate.overlay.keyMonitorInstalled(); };
     if (xInput) {

@@ -2,6 +2,37 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de">
 <context>
+    <name>CompanionStatus</name>
+    <message>
+        <source>The GNOME Shell companion is on.</source>
+        <translation>Der GNOME-Shell-Begleiter ist eingeschaltet.</translation>
+    </message>
+    <message>
+        <source>The GNOME Shell companion is off.</source>
+        <translation>Der GNOME-Shell-Begleiter ist ausgeschaltet.</translation>
+    </message>
+    <message>
+        <source>The GNOME Shell companion is installed. Log out and back in, then switch it on here.</source>
+        <translation>Der GNOME-Shell-Begleiter ist installiert. Melden Sie sich ab und wieder an und schalten Sie ihn dann hier ein.</translation>
+    </message>
+    <message>
+        <source>The GNOME Shell companion is not installed.</source>
+        <translation>Der GNOME-Shell-Begleiter ist nicht installiert.</translation>
+    </message>
+    <message>
+        <source>This version of GNOME Shell cannot run the companion.</source>
+        <translation>Diese Version der GNOME Shell kann den Begleiter nicht ausführen.</translation>
+    </message>
+    <message>
+        <source>Turn On</source>
+        <translation>Einschalten</translation>
+    </message>
+    <message>
+        <source>With it on, holding the trigger works over every application, and the panel opens in the middle of the screen.</source>
+        <translation>Mit ihm wirkt das Halten der Auslösetaste über jeder Anwendung, und das Feld öffnet sich in der Mitte des Bildschirms.</translation>
+    </message>
+</context>
+<context>
     <name>Export</name>
     <message>
         <source>Export Shortcuts</source>
@@ -153,6 +184,18 @@
     <message>
         <source>Where the desktop has no global menu, Corvane stands in for one for a moment to read a Chromium-family browser&apos;s menus; a Qt application that starts in that moment shows no menu bar in its window until it restarts.</source>
         <translation>Wo der Desktop kein globales Menü hat, springt Corvane kurz dafür ein, um die Menüs eines Chromium-Browsers zu lesen; eine Qt-Anwendung, die genau dann startet, zeigt in ihrem Fenster bis zum Neustart keine Menüleiste.</translation>
+    </message>
+    <message>
+        <source>Peek Current App</source>
+        <translation>Aktuelle Anwendung zeigen</translation>
+    </message>
+    <message>
+        <source>Quit Corvane</source>
+        <translation>Corvane beenden</translation>
+    </message>
+    <message>
+        <source>This session has no tray: open Corvane again from your applications to come back to these settings.</source>
+        <translation>Diese Sitzung hat keinen Infobereich: Öffnen Sie Corvane erneut aus Ihren Anwendungen, um zu diesen Einstellungen zurückzukehren.</translation>
     </message>
 </context>
 <context>
@@ -432,6 +475,10 @@
     <message>
         <source>Corvane reads menus on this computer only. Nothing is sent anywhere.</source>
         <translation>Corvane liest Menüs nur auf diesem Computer. Nichts wird irgendwohin gesendet.</translation>
+    </message>
+    <message>
+        <source>This session has no tray: to reach Corvane&apos;s settings later, open Corvane again from your applications.</source>
+        <translation>Diese Sitzung hat keinen Infobereich: Um später zu den Einstellungen von Corvane zu gelangen, öffnen Sie Corvane erneut aus Ihren Anwendungen.</translation>
     </message>
 </context>
 <context>

@@ -2,6 +2,37 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="fr">
 <context>
+    <name>CompanionStatus</name>
+    <message>
+        <source>The GNOME Shell companion is on.</source>
+        <translation>Le compagnon GNOME Shell est activé.</translation>
+    </message>
+    <message>
+        <source>The GNOME Shell companion is off.</source>
+        <translation>Le compagnon GNOME Shell est désactivé.</translation>
+    </message>
+    <message>
+        <source>The GNOME Shell companion is installed. Log out and back in, then switch it on here.</source>
+        <translation>Le compagnon GNOME Shell est installé. Fermez la session et rouvrez-la, puis activez-le ici.</translation>
+    </message>
+    <message>
+        <source>The GNOME Shell companion is not installed.</source>
+        <translation>Le compagnon GNOME Shell n’est pas installé.</translation>
+    </message>
+    <message>
+        <source>This version of GNOME Shell cannot run the companion.</source>
+        <translation>Cette version de GNOME Shell ne peut pas exécuter le compagnon.</translation>
+    </message>
+    <message>
+        <source>Turn On</source>
+        <translation>Activer</translation>
+    </message>
+    <message>
+        <source>With it on, holding the trigger works over every application, and the panel opens in the middle of the screen.</source>
+        <translation>Avec lui, maintenir la touche de déclenchement fonctionne au-dessus de toute application, et le panneau s’ouvre au milieu de l’écran.</translation>
+    </message>
+</context>
+<context>
     <name>Export</name>
     <message>
         <source>Export Shortcuts</source>
@@ -153,6 +184,18 @@
     <message>
         <source>Where the desktop has no global menu, Corvane stands in for one for a moment to read a Chromium-family browser&apos;s menus; a Qt application that starts in that moment shows no menu bar in its window until it restarts.</source>
         <translation>Là où le bureau n&apos;a pas de menu global, Corvane en tient lieu un instant pour lire les menus d&apos;un navigateur de la famille Chromium ; une application Qt qui démarre à cet instant n&apos;affiche plus de barre de menus dans sa fenêtre jusqu&apos;à son redémarrage.</translation>
+    </message>
+    <message>
+        <source>Peek Current App</source>
+        <translation>Aperçu de l’application active</translation>
+    </message>
+    <message>
+        <source>Quit Corvane</source>
+        <translation>Quitter Corvane</translation>
+    </message>
+    <message>
+        <source>This session has no tray: open Corvane again from your applications to come back to these settings.</source>
+        <translation>Cette session n’a pas de zone de notification : rouvrez Corvane depuis vos applications pour revenir à ces réglages.</translation>
     </message>
 </context>
 <context>
@@ -432,6 +475,10 @@
     <message>
         <source>Corvane reads menus on this computer only. Nothing is sent anywhere.</source>
         <translation>Corvane lit les menus sur cet ordinateur uniquement. Rien n’est envoyé nulle part.</translation>
+    </message>
+    <message>
+        <source>This session has no tray: to reach Corvane&apos;s settings later, open Corvane again from your applications.</source>
+        <translation>Cette session n’a pas de zone de notification : pour retrouver plus tard les réglages de Corvane, rouvrez Corvane depuis vos applications.</translation>
     </message>
 </context>
 <context>

@@ -1,12 +1,15 @@
 #include "SettingsWindow.h"
 
 #include "AppDelegate.h"
+#include "StatusMenuController.h"
 #include "TriggerSettings.h"
 #include "menus/CommandHistory.h"
 #include "platform/AccessibilityTrust.h"
+#include "platform/DesktopCompanion.h"
 #include "platform/DesktopIntegration.h"
 #include "platform/UserDefaults.h"
 
+#include <QCoreApplication>
 #include <QLocale>
 #include <cmath>
 
@@ -20,6 +23,26 @@ GeneralPaneModel::GeneralPaneModel(UserDefaults& defaults, const WindowServices&
 {
     // The permission as shown, refreshed every second while the pane exists.
     connect(&m_permission, &PermissionWatch::changed, this, &GeneralPaneModel::trustedChanged);
+    if (services.companion)
+        connect(services.companion, &DesktopCompanion::stateChanged, this,
+                &GeneralPaneModel::companionStateChanged);
+}
+
+void GeneralPaneModel::turnOnCompanion()
+{
+    if (m_services.companion)
+        m_services.companion->turnOn();
+}
+
+void GeneralPaneModel::peekNow()
+{
+    if (AppDelegate::shared && AppDelegate::shared->statusMenuController)
+        AppDelegate::shared->statusMenuController->peekNow();
+}
+
+void GeneralPaneModel::quit()
+{
+    QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
 }
 
 double GeneralPaneModel::holdDelay() const

@@ -35,6 +35,9 @@ class GeneralPaneModel : public QObject {
     // The applications where holding does nothing: {appId, name, icon} maps, in stored order.
     Q_PROPERTY(QVariantList excludedApplications READ excludedApplications NOTIFY
                    excludedApplicationsChanged)
+    // Without a tray the pane offers the tray menu's Peek and Quit.
+    Q_PROPERTY(bool trayAvailable READ trayAvailable CONSTANT)
+    Q_PROPERTY(QString companionState READ companionState NOTIFY companionStateChanged)
 
 public:
     // The slider's step; its range is TriggerSettings' 0.3 to 2.0.
@@ -54,6 +57,8 @@ public:
     bool rememberCommands() const;
     bool readBrowserMenus() const;
     QVariantList excludedApplications() const;
+    bool trayAvailable() const { return m_services.hasTray(); }
+    QString companionState() const { return m_services.companionState(); }
 
     // Each stores the value at once; a value the store refuses is not kept, and the control
     // shows the stored one again.
@@ -77,6 +82,10 @@ public:
     // "Open Accessibility Settings…": asks for the permission, then opens the accessibility
     // settings (the settings window has no separate grant button).
     Q_INVOKABLE void openSystemSettings();
+    Q_INVOKABLE void turnOnCompanion();
+    // The tray menu's "Peek Current App" and "Quit Corvane".
+    Q_INVOKABLE void peekNow();
+    Q_INVOKABLE void quit();
     // Reads every stored value again (a change made elsewhere shows in the pane).
     void reload();
 
@@ -91,6 +100,7 @@ Q_SIGNALS:
     void rememberCommandsChanged();
     void readBrowserMenusChanged();
     void excludedApplicationsChanged();
+    void companionStateChanged();
 
 private:
     void storeBool(const QString& key, bool value, void (GeneralPaneModel::*changed)());

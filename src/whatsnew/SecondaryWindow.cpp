@@ -5,6 +5,7 @@
 #include "WindowPlacement.h"
 #include "overlay/ViewFactory.h"
 #include "platform/AccessibilityTrust.h"
+#include "platform/DesktopCompanion.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -19,6 +20,27 @@ WindowServices& WindowServices::shared()
 {
     static WindowServices services;
     return services;
+}
+
+QString WindowServices::companionState() const
+{
+    if (!companion)
+        return {};
+    switch (companion->state()) {
+    case DesktopCompanion::State::notNeeded:
+        return {};
+    case DesktopCompanion::State::notInstalled:
+        return QStringLiteral("notInstalled");
+    case DesktopCompanion::State::needsRestart:
+        return QStringLiteral("needsRestart");
+    case DesktopCompanion::State::off:
+        return QStringLiteral("off");
+    case DesktopCompanion::State::failed:
+        return QStringLiteral("failed");
+    case DesktopCompanion::State::on:
+        return QStringLiteral("on");
+    }
+    return {};
 }
 
 QString WindowServices::triggerNameForTexts() const

@@ -22,6 +22,7 @@ class QQuickItem;
 namespace corvane {
 
 class AccessibilityTrust;
+class DesktopCompanion;
 class DesktopIntegration;
 class UserDefaults;
 
@@ -35,10 +36,16 @@ struct WindowServices {
     // The applications with a window (to choose from), and an application id's name and icon.
     std::function<QList<RunningApp>()> runningApplications;
     std::function<RunningApp(const QString& appId)> describeApplication;
+    DesktopCompanion* companion = nullptr; // where the desktop needs one (GNOME Shell on Wayland)
+    std::function<bool()> trayAvailable;   // false: the windows offer what the tray menu would
 
     static WindowServices& shared();
     // The configured trigger's name for texts; the default "Ctrl" when the trigger is off.
     QString triggerNameForTexts() const;
+    // The companion's state as the views name it: "" (none needed), "notInstalled",
+    // "needsRestart", "off", "failed" or "on".
+    QString companionState() const;
+    bool hasTray() const { return !trayAvailable || trayAvailable(); }
 };
 
 // The permission as a window shows it: read at once from the last answer, then asked for again

@@ -1,6 +1,7 @@
 #include "WelcomeWindowController.h"
 
 #include "platform/AccessibilityTrust.h"
+#include "platform/DesktopCompanion.h"
 #include "platform/DesktopIntegration.h"
 
 namespace corvane {
@@ -10,6 +11,15 @@ WelcomeModel::WelcomeModel(const WindowServices& services, std::function<void()>
       m_globalInputWatched(services.globalInputWatched), m_permission(services.trust)
 {
     connect(&m_permission, &PermissionWatch::changed, this, &WelcomeModel::trustedChanged);
+    if (services.companion)
+        connect(services.companion, &DesktopCompanion::stateChanged, this,
+                &WelcomeModel::companionStateChanged);
+}
+
+void WelcomeModel::turnOnCompanion()
+{
+    if (m_services.companion)
+        m_services.companion->turnOn();
 }
 
 void WelcomeModel::grantAccess()

@@ -15,6 +15,8 @@ class WelcomeModel : public QObject {
     Q_PROPERTY(bool trusted READ trusted NOTIFY trustedChanged)
     Q_PROPERTY(QString trigger READ trigger CONSTANT)
     Q_PROPERTY(bool globalInputWatched READ globalInputWatched CONSTANT)
+    Q_PROPERTY(bool trayAvailable READ trayAvailable CONSTANT)
+    Q_PROPERTY(QString companionState READ companionState NOTIFY companionStateChanged)
 
 public:
     WelcomeModel(const WindowServices& services, std::function<void()> close);
@@ -22,14 +24,18 @@ public:
     bool trusted() const { return m_permission.trusted(); }
     QString trigger() const { return m_trigger; }
     bool globalInputWatched() const { return m_globalInputWatched; }
+    bool trayAvailable() const { return m_services.hasTray(); }
+    QString companionState() const { return m_services.companionState(); }
 
     Q_INVOKABLE void grantAccess();
     Q_INVOKABLE void openAccessibilitySettings();
     Q_INVOKABLE void openAccessibilityHelp();
+    Q_INVOKABLE void turnOnCompanion();
     Q_INVOKABLE void close();
 
 Q_SIGNALS:
     void trustedChanged();
+    void companionStateChanged();
 
 private:
     WindowServices m_services;

@@ -90,7 +90,9 @@ private Q_SLOTS:
                                     .describeApplication =
                                         [](const QString& id) {
                                             return RunningApp{0, id, "Described " + id, {}};
-                                        }};
+                                        },
+                                    .companion = nullptr,
+                                    .trayAvailable = {}};
         QSignalSpy announced(m_delegate.get(), &AppDelegate::launchAnnounced);
         m_delegate->applicationDidFinishLaunching();
         QTRY_COMPARE(announced.size(), 1);

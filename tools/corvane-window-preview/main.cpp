@@ -10,6 +10,7 @@
 #include "overlay/Palettes.h"
 #include "overlay/ViewFactory.h"
 #include "platform/AccessibilityTrust.h"
+#include "platform/DesktopCompanion.h"
 #include "platform/DesktopIntegration.h"
 #include "platform/UserDefaults.h"
 #include "platform/linux/DisplaySession.h"
@@ -66,6 +67,19 @@ public:
     }
 };
 
+// GNOME Shell's companion in a given state; switching it on turns it on at once.
+class PreviewCompanion : public DesktopCompanion {
+public:
+    State current = State::off;
+    State state() const override { return current; }
+    void turnOn() override
+    {
+        QTextStream(stdout) << "preview: GNOME Shell would switch the companion on\n";
+        current = State::on;
+        Q_EMIT stateChanged();
+    }
+};
+
 int fail(const QString& message, int status = 1)
 {
     QTextStream(stderr) << "corvane-window-preview: " << message << "\n";
@@ -116,7 +130,15 @@ int main(int argc, char** argv)
                                       QStringLiteral("List this application id where holding "
                                                      "does nothing (settings; repeatable)."),
                                       QStringLiteral("ID"));
-    parser.addOptions({trusted, palette, trigger, noInput, excluded, png, translation, texts});
+    const QCommandLineOption noTray(QStringLiteral("no-tray"),
+                                    QStringLiteral("As in a session without a tray."));
+    const QCommandLineOption companion(
+        QStringLiteral("companion"),
+        QStringLiteral("The GNOME Shell companion's state: not-installed, needs-restart, off, "
+                       "failed or on."),
+        QStringLiteral("state"));
+    parser.addOptions(
+        {trusted, palette, trigger, noInput, noTray, companion, excluded, png, translation, texts});
     parser.process(app);
 
     const QStringList arguments = parser.positionalArguments();
@@ -142,6 +164,19 @@ int main(int argc, char** argv)
     PreviewTrust trust;
     trust.trusted = parser.isSet(trusted);
     PreviewDesktop desktop;
+    PreviewCompanion shellCompanion;
+    if (parser.isSet(companion)) {
+        const QHash<QString, DesktopCompanion::State> states{
+            {QStringLiteral("not-installed"), DesktopCompanion::State::notInstalled},
+            {QStringLiteral("needs-restart"), DesktopCompanion::State::needsRestart},
+            {QStringLiteral("off"), DesktopCompanion::State::off},
+            {QStringLiteral("failed"), DesktopCompanion::State::failed},
+            {QStringLiteral("on"), DesktopCompanion::State::on}};
+        if (!states.contains(parser.value(companion)))
+            return fail(
+                QStringLiteral("unknown companion state \"%1\"").arg(parser.value(companion)), 2);
+        shellCompanion.current = states.value(parser.value(companion));
+    }
     const QString triggerName = parser.value(trigger);
     WindowServices::shared() = {.trust = &trust,
                                 .desktop = &desktop,
@@ -156,7 +191,9 @@ int main(int argc, char** argv)
                                         if (!name.isEmpty())
                                             name[0] = name[0].toUpper();
                                         return RunningApp{0, id, name, {}};
-                                    }};
+                                    },
+                                .companion = parser.isSet(companion) ? &shellCompanion : nullptr,
+                                .trayAvailable = [&] { return !parser.isSet(noTray); }};
     if (parser.isSet(excluded))
         defaults.setStringList(QStringLiteral("excludedApplications"), parser.values(excluded));
 

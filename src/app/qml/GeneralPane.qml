@@ -268,6 +268,16 @@ WindowSurface {
             // 4. System.
             SectionHeader { text: qsTr("System") }
             Group {
+                visible: root.model.companionState !== ""
+                CompanionStatus {
+                    Layout.fillWidth: true
+                    Layout.topMargin: 4
+                    Layout.bottomMargin: 4
+                    companionState: root.model.companionState
+                    onTurnOn: root.model.turnOnCompanion()
+                }
+            }
+            Group {
                 ToggleRow {
                     toggleName: "launchAtLoginToggle"
                     text: qsTr("Launch Corvane at login")
@@ -304,6 +314,30 @@ WindowSurface {
                 }
             }
             Footer { text: qsTr("Corvane reads menus on this computer only. Nothing is sent anywhere.") }
+
+            // Without a tray, what its menu would offer.
+            Group {
+                objectName: "noTrayGroup"
+                visible: !root.model.trayAvailable
+                RowLayout {
+                    Layout.fillWidth: true
+                    Button {
+                        objectName: "peekButton"
+                        text: qsTr("Peek Current App")
+                        onClicked: root.model.peekNow()
+                    }
+                    Item { Layout.fillWidth: true }
+                    Button {
+                        objectName: "quitButton"
+                        text: qsTr("Quit Corvane")
+                        onClicked: root.model.quit()
+                    }
+                }
+            }
+            Footer {
+                visible: !root.model.trayAvailable
+                text: qsTr("This session has no tray: open Corvane again from your applications to come back to these settings.")
+            }
         }
     }
 

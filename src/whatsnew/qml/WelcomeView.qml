@@ -132,6 +132,14 @@ WindowSurface {
             color: Theme.accentDeep
         }
 
+        // Where only the desktop itself can let Corvane see the trigger everywhere.
+        CompanionStatus {
+            Layout.fillWidth: true
+            companionState: root.model.companionState
+            fontSize: 11.5
+            onTurnOn: root.model.turnOnCompanion()
+        }
+
         // 3. Permission section.
         ColumnLayout {
             Layout.fillWidth: true
@@ -200,6 +208,18 @@ WindowSurface {
                     onClicked: root.model.openAccessibilityHelp()
                 }
             }
+        }
+
+        // Without a tray, the way back to Corvane.
+        Label {
+            objectName: "noTrayNote"
+            visible: !root.model.trayAvailable
+            Layout.fillWidth: true
+            horizontalAlignment: Text.AlignHCenter
+            wrapMode: Text.Wrap
+            text: qsTr("This session has no tray: to reach Corvane's settings later, open Corvane again from your applications.")
+            font: Theme.font(10.5, Font.Normal)
+            color: Theme.secondary
         }
 
         // 4. Privacy note.
