@@ -33,6 +33,8 @@ if [ "${1:-}" = "--tests" ]; then
     # The desktops people run, as test sessions: GNOME Shell and KWin (Wayland and X11), and the
     # input-injection protocol KWin offers tests
     gnome-shell kwin-wayland kwin-x11 plasma-wayland-protocols libwayland-dev
+    # The GNOME Shell companion's module format, parsed as later Shells parse it
+    gjs
     # A browser whose menus exist only in its global-menu export
     chromium
     # A KDE application, read through the actions it publishes on the session bus

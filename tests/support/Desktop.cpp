@@ -242,57 +242,44 @@ public:
     QList<Window> windows() override
     {
         return windowsFrom(
-            eval(QStringLiteral(
-                     "global.display.sort_windows_by_stacking(global.display.list_all_windows())"
-                     ".filter(w => w.showing_on_its_workspace()).map(w => ({pid: w.get_pid(), "
-                     "title: w.get_title(), frame: rect(w.get_frame_rect()), focused: "
-                     "w.has_focus()}))"))
+            shellEval(
+                QStringLiteral(
+                    "global.display.sort_windows_by_stacking(global.display.list_all_windows())"
+                    ".filter(w => w.showing_on_its_workspace() && w.get_frame_rect().width > 0)"
+                    ".map(w => ({pid: w.get_pid(), "
+                    "title: w.get_title(), frame: rect(w.get_frame_rect()), focused: "
+                    "w.has_focus()}))"))
                 .array());
     }
 
     QRect workArea() override
     {
-        return rectangle(eval(QStringLiteral("rect(Main.layoutManager.getWorkAreaForMonitor("
-                                             "global.display.get_primary_monitor()))"))
+        return rectangle(shellEval(QStringLiteral("rect(Main.layoutManager.getWorkAreaForMonitor("
+                                                  "global.display.get_primary_monitor()))"))
                              .object());
     }
 
     void movePointer(QPoint to) override
     {
-        eval(QStringLiteral("global.corvanePointer.notify_absolute_motion("
-                            "imports.gi.GLib.get_monotonic_time(), %1, %2)")
-                 .arg(to.x())
-                 .arg(to.y()));
+        shellEval(QStringLiteral("global.corvanePointer.notify_absolute_motion("
+                                 "imports.gi.GLib.get_monotonic_time(), %1, %2)")
+                      .arg(to.x())
+                      .arg(to.y()));
     }
 
 protected:
     void focus(qint64 pid) override
     {
-        eval(QStringLiteral("global.display.list_all_windows().find(w => w.get_pid() == %1)"
-                            ".activate(global.get_current_time())")
-                 .arg(pid));
+        shellEval(QStringLiteral("global.display.list_all_windows().find(w => w.get_pid() == %1)"
+                                 ".activate(global.get_current_time())")
+                      .arg(pid));
     }
     void key(const QString& key, bool down) override
     {
-        eval(QStringLiteral("const C = imports.gi.Clutter; global.corvaneKeyboard.notify_keyval("
-                            "imports.gi.GLib.get_monotonic_time(), C.KEY_%1, C.KeyState.%2)")
-                 .arg(key, down ? "PRESSED" : "RELEASED"));
-    }
-
-private:
-    static QJsonDocument eval(const QString& script)
-    {
-        QDBusMessage call = QDBusMessage::createMethodCall("org.gnome.Shell", "/org/gnome/Shell",
-                                                           "org.gnome.Shell", "Eval");
-        // The Shell's rectangles are boxed values, which JSON would print as {}.
-        call << "const rect = r => ({x: r.x, y: r.y, width: r.width, height: r.height}); " + script;
-        const QDBusMessage reply = QDBusConnection::sessionBus().call(call, QDBus::Block, 10000);
-        if (reply.type() != QDBusMessage::ReplyMessage || !reply.arguments().value(0).toBool())
-            qFatal("GNOME Shell did not run %s: %s", qPrintable(script),
-                   qPrintable(reply.arguments().value(1).toString() + reply.errorMessage()));
-        const QByteArray json = reply.arguments().value(1).toString().toUtf8();
-        return QJsonDocument::fromJson(
-            json.startsWith('[') || json.startsWith('{') ? json : "[" + json + "]");
+        shellEval(
+            QStringLiteral("const C = imports.gi.Clutter; global.corvaneKeyboard.notify_keyval("
+                           "imports.gi.GLib.get_monotonic_time(), C.KEY_%1, C.KeyState.%2)")
+                .arg(key, down ? "PRESSED" : "RELEASED"));
     }
 };
 
@@ -409,6 +396,21 @@ std::unique_ptr<Desktop> Desktop::current()
     if (name == u"openbox" || name == u"gnome-x11" || name == u"kwin-x11")
         return std::make_unique<X11Desktop>(name);
     qFatal("run under tools/test-session.sh (CORVANE_DESKTOP is \"%s\")", qPrintable(name));
+}
+
+QJsonDocument Desktop::shellEval(const QString& script)
+{
+    QDBusMessage call = QDBusMessage::createMethodCall("org.gnome.Shell", "/org/gnome/Shell",
+                                                       "org.gnome.Shell", "Eval");
+    // The Shell's rectangles are boxed values, which JSON would print as {}.
+    call << "const rect = r => ({x: r.x, y: r.y, width: r.width, height: r.height}); " + script;
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(call, QDBus::Block, 10000);
+    if (reply.type() != QDBusMessage::ReplyMessage || !reply.arguments().value(0).toBool())
+        qFatal("GNOME Shell did not run %s: %s", qPrintable(script),
+               qPrintable(reply.arguments().value(1).toString() + reply.errorMessage()));
+    const QByteArray json = reply.arguments().value(1).toString().toUtf8();
+    return QJsonDocument::fromJson(json.startsWith('[') || json.startsWith('{') ? json
+                                                                                : "[" + json + "]");
 }
 
 std::optional<Desktop::Window> Desktop::window(qint64 pid, const QString& title)

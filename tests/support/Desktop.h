@@ -5,6 +5,7 @@
 // real key and pointer input through the channel it offers (XTEST on X11, the virtual keyboard on
 // sway, the Shell's virtual devices on GNOME, KWin's fake input on KWin).
 
+#include <QJsonDocument>
 #include <QList>
 #include <QPoint>
 #include <QProcess>
@@ -48,6 +49,10 @@ public:
     // Lower-case letters and spaces.
     virtual void type(const QString& text);
     virtual void movePointer(QPoint to) = 0;
+
+    // GNOME Shell: runs JavaScript in the Shell (org.gnome.Shell.Eval, which the session's
+    // extension opens) and returns its value; fatal when the Shell refuses.
+    static QJsonDocument shellEval(const QString& script);
 
 protected:
     explicit Desktop(const QString& name) : m_name(name) {}

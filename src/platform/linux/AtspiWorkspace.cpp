@@ -102,9 +102,10 @@ void AtspiWorkspace::companionFocused(qint64 pid, const QString& appId)
     }
     if (m_front && m_front->pid == pid)
         return;
-    RunningApp app = AppIdentity::forProcess(pid);
-    if (!app.appId && !appId.isEmpty())
-        app.appId = appId;
+    // The Shell knows the window's application, where the process alone may only name its
+    // executable (an interpreter, a browser's launcher).
+    RunningApp app = appId.isEmpty() ? AppIdentity::forProcess(pid) : AppIdentity::describe(appId);
+    app.pid = pid;
     setFront(app);
 }
 
