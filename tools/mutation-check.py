@@ -30,7 +30,7 @@ import time
 from pathlib import Path
 
 root = Path(__file__).resolve().parents[1]
-EXTENSIONS = {".cpp", ".h", ".qml", ".py", ".sh"}
+EXTENSIONS = {".cpp", ".h", ".qml", ".py", ".sh", ".js"}
 
 
 def parse_faults(path):

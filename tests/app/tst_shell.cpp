@@ -85,48 +85,6 @@ private Q_SLOTS:
             qWarning("Corvane's log:\n%s", qPrintable(m_corvane->log()));
     }
 
-    void holdShowsTheFrontApplicationsMenus()
-    {
-        QVERIFY(activateWindowOf(m_geany));
-        const qsizetype from = m_corvane->lines().size();
-        pressTrigger();
-        QTRY_VERIFY_WITH_TIMEOUT(m_corvane->panelVisible(), 5000);
-        // geany's menus were read (the prefetch when the hold began, again when it showed).
-        QVERIFY(m_corvane->waitForLine("crawl: geany \u2192 ", 2, from));
-        const auto crawl = m_corvane->linesContaining("crawl: geany", from).first();
-        static const QRegularExpression counts("(\\d+) sections, (\\d+) items");
-        const auto match = counts.match(crawl.text);
-        QVERIFY2(match.hasMatch() && match.captured(1).toInt() >= 8 &&
-                     match.captured(2).toInt() >= 100,
-                 qPrintable(crawl.text));
-        // Reading menus never takes the global-menu registrar's name (Qt applications started
-        // meanwhile would take the menu bars out of their windows).
-        QVERIFY(!QDBusConnection::sessionBus().interface()->isServiceRegistered(
-            "com.canonical.AppMenu.Registrar"));
-        // Placed by the size rule on the 1440 × 900 screen, and geany stays the active window.
-        QCOMPARE(m_corvane->panelGeometry(), QRect(250, 130, 940, 640));
-        QCOMPARE(activeWindowPid(), m_geany);
-        releaseTrigger(); // the pointer is in the corner, away from the panel
-        QTRY_VERIFY(!m_corvane->panelVisible());
-        QCOMPARE(activeWindowPid(), m_geany);
-    }
-
-    void releaseOverThePanelPinsAndReturnRunsTheCommand()
-    {
-        const qsizetype before = recorded().size();
-        pin(m_fixture);
-        // Typing reaches the pinned panel, not the fixture, which stays the active window.
-        xdotool({"type", "--delay", "40", "quit"});
-        QTest::qWait(200);
-        QCOMPARE(activeWindowPid(), m_fixture);
-        QTRY_VERIFY(m_corvane->panelVisible());
-        xdotool({"key", "Return"});
-        QTRY_VERIFY(!m_corvane->panelVisible());
-        QTRY_COMPARE(recorded().size(), before + 1);
-        QCOMPARE(recorded().last(), "File / Quit");
-        QCOMPARE(activeWindowPid(), m_fixture);
-    }
-
     void compositorStartingAndStoppingSwitchesTheGlass()
     {
         // No compositor: an opaque panel (depth 24), cut to the card, without the blur hint. A

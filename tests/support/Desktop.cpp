@@ -8,11 +8,9 @@
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryFile>
 #include <QTest>
-#include <X11/Xatom.h>
 #include <X11/Xlib.h>
 
 namespace corvane::test {
@@ -28,21 +26,18 @@ QByteArray run(const QString& program, const QStringList& arguments)
     return process.readAllStandardOutput();
 }
 
-QRect rectangle(const QJsonObject& r)
+QRect rectangle(const QJsonValue& r)
 {
-    return {r.value("x").toInt(), r.value("y").toInt(), r.value("width").toInt(),
-            r.value("height").toInt()};
+    return {r["x"].toInt(), r["y"].toInt(), r["width"].toInt(), r["height"].toInt()};
 }
 
-// The JavaScript desktops answer with a list of {pid, title, frame, focused}, bottom to top.
-QList<Desktop::Window> windowsFrom(const QJsonArray& list)
+// The scripted desktops answer with a list of {pid, title, frame, focused}, bottom to top.
+QList<Desktop::Window> windowsFrom(const QJsonDocument& answer)
 {
     QList<Desktop::Window> windows;
-    for (const QJsonValue value : list) {
-        const QJsonObject w = value.toObject();
-        windows.append({qint64(w.value("pid").toDouble()), w.value("title").toString(),
-                        rectangle(w.value("frame").toObject()), w.value("focused").toBool()});
-    }
+    for (const QJsonValue w : answer.array())
+        windows.append({qint64(w["pid"].toDouble()), w["title"].toString(), rectangle(w["frame"]),
+                        w["focused"].toBool()});
     return windows;
 }
 
@@ -60,21 +55,21 @@ public:
 
     QList<Window> windows() override
     {
-        const Atom utf8 = atom("UTF8_STRING");
-        const ::Window active = ::Window(longs(root(), "_NET_ACTIVE_WINDOW", XA_WINDOW).value(0));
+        const long active = longs(root(), "_NET_ACTIVE_WINDOW").value(0);
         QList<Window> shown;
-        for (const long id : longs(root(), "_NET_CLIENT_LIST_STACKING", XA_WINDOW)) {
+        for (const long id : longs(root(), "_NET_CLIENT_LIST_STACKING")) {
             XWindowAttributes attributes;
+            char* title = nullptr;
+            int x = 0, y = 0;
+            ::Window child = 0;
             if (!XGetWindowAttributes(m_x, ::Window(id), &attributes) ||
                 attributes.map_state != IsViewable)
                 continue;
-            int x = 0, y = 0;
-            ::Window child = 0;
+            XFetchName(m_x, ::Window(id), &title);
             XTranslateCoordinates(m_x, ::Window(id), root(), 0, 0, &x, &y, &child);
-            shown.append({longs(::Window(id), "_NET_WM_PID", XA_CARDINAL).value(0),
-                          QString::fromUtf8(property(::Window(id), "_NET_WM_NAME", utf8)),
-                          QRect(x, y, attributes.width, attributes.height),
-                          ::Window(id) == active});
+            shown.append({longs(::Window(id), "_NET_WM_PID").value(0), QString::fromUtf8(title),
+                          QRect(x, y, attributes.width, attributes.height), id == active});
+            XFree(title);
         }
         return shown;
     }
@@ -82,7 +77,7 @@ public:
     QRect workArea() override
     {
         // KWin publishes no work area without panels: the whole screen.
-        const QList<long> area = longs(root(), "_NET_WORKAREA", XA_CARDINAL);
+        const QList<long> area = longs(root(), "_NET_WORKAREA");
         return area.size() >= 4 ? QRect(area[0], area[1], area[2], area[3])
                                 : QRect(0, 0, DisplayWidth(m_x, 0), DisplayHeight(m_x, 0));
     }
@@ -98,36 +93,23 @@ protected:
 
 private:
     ::Window root() const { return DefaultRootWindow(m_x); }
-    Atom atom(const char* name) const { return XInternAtom(m_x, name, False); }
 
-    QByteArray property(::Window window, const char* name, Atom type, int* format = nullptr) const
+    // A property of 32-bit items (windows, cardinals), which Xlib hands over as longs.
+    QList<long> longs(::Window window, const char* name) const
     {
-        Atom actual = None;
-        int actualFormat = 0;
+        Atom type = None;
+        int format = 0;
         unsigned long count = 0, after = 0;
         unsigned char* data = nullptr;
-        QByteArray bytes;
-        if (XGetWindowProperty(m_x, window, atom(name), 0, 4096, False, type, &actual,
-                               &actualFormat, &count, &after, &data) == Success &&
+        QList<long> values;
+        if (XGetWindowProperty(m_x, window, XInternAtom(m_x, name, False), 0, 4096, False,
+                               AnyPropertyType, &type, &format, &count, &after, &data) == Success &&
             data) {
-            // Xlib hands 32-bit items over as longs.
-            const int size = actualFormat == 32 ? int(sizeof(long)) : actualFormat / 8;
-            bytes = QByteArray(reinterpret_cast<const char*>(data), int(count) * size);
+            if (format == 32)
+                values = QList<long>(reinterpret_cast<long*>(data),
+                                     reinterpret_cast<long*>(data) + count);
             XFree(data);
         }
-        if (format)
-            *format = actualFormat;
-        return bytes;
-    }
-
-    QList<long> longs(::Window window, const char* name, Atom type) const
-    {
-        int format = 0;
-        const QByteArray bytes = property(window, name, type, &format);
-        QList<long> values;
-        if (format == 32)
-            for (qsizetype i = 0; i + qsizetype(sizeof(long)) <= bytes.size(); i += sizeof(long))
-                values.append(*reinterpret_cast<const long*>(bytes.constData() + i));
         return values;
     }
 
@@ -163,9 +145,9 @@ private:
     QProcess m_process;
 };
 
-// sway: its IPC (swaymsg) for windows and focus, wtype's virtual keyboard for keys, a virtual
-// pointer for the pointer.
-// sway has no stacking order: floating windows are above tiled ones.
+// sway: its IPC (swaymsg) for windows and focus, wtype's virtual keyboard for keys (one process
+// per gesture, which holds its keyboard for the whole of it), a virtual pointer. sway has no
+// stacking order: floating windows are above tiled ones.
 class SwayDesktop : public Desktop {
 public:
     SwayDesktop() : Desktop(QStringLiteral("sway")) {}
@@ -180,17 +162,14 @@ public:
 
     QRect workArea() override
     {
-        const QJsonArray outputs =
-            QJsonDocument::fromJson(run("swaymsg", {"-t", "get_outputs", "-r"})).array();
-        return rectangle(outputs.at(0).toObject().value("rect").toObject());
+        return rectangle(
+            QJsonDocument::fromJson(run("swaymsg", {"-t", "get_outputs", "-r"}))[0]["rect"]);
     }
 
-    // One wtype process per gesture: it holds its keyboard for the gesture's whole length. Each
-    // new one moves the keyboard focus for a moment: it waits for that first.
+    // Each new wtype moves the keyboard focus for a moment: it waits for that first.
     void hold(const QString& key, int ms) override
     {
         m_hold = std::make_unique<QProcess>();
-        m_hold->setProcessChannelMode(QProcess::ForwardedChannels);
         m_hold->start("wtype", {"-s", "300", "-P", key, "-s", QString::number(ms), "-p", key});
     }
     void finishHold() override
@@ -221,11 +200,11 @@ private:
     {
         if (node.contains("app_id") && node.value("visible").toBool(true))
             (isFloating ? floating : tiled)
-                .append({qint64(node.value("pid").toDouble()), node.value("name").toString(),
-                         rectangle(node.value("rect").toObject()), node.value("focused").toBool()});
-        for (const QJsonValue child : node.value("nodes").toArray())
+                .append({qint64(node["pid"].toDouble()), node["name"].toString(),
+                         rectangle(node["rect"]), node["focused"].toBool()});
+        for (const QJsonValue child : node["nodes"].toArray())
             collect(child.toObject(), isFloating, tiled, floating);
-        for (const QJsonValue child : node.value("floating_nodes").toArray())
+        for (const QJsonValue child : node["floating_nodes"].toArray())
             collect(child.toObject(), true, tiled, floating);
     }
 
@@ -233,29 +212,25 @@ private:
     WaylandInput m_pointer;
 };
 
-// GNOME Shell on Wayland: JavaScript through org.gnome.Shell.Eval (the session's extension opens
-// it), and the virtual keyboard and pointer that extension made when the Shell started.
+// GNOME Shell on Wayland: JavaScript in the Shell, and the virtual keyboard and pointer the
+// session's extension made when the Shell started.
 class GnomeDesktop : public Desktop {
 public:
     GnomeDesktop() : Desktop(QStringLiteral("gnome-wayland")) {}
 
     QList<Window> windows() override
     {
-        return windowsFrom(
-            shellEval(
-                QStringLiteral(
-                    "global.display.sort_windows_by_stacking(global.display.list_all_windows())"
-                    ".filter(w => w.showing_on_its_workspace() && w.get_frame_rect().width > 0)"
-                    ".map(w => ({pid: w.get_pid(), "
-                    "title: w.get_title(), frame: rect(w.get_frame_rect()), focused: "
-                    "w.has_focus()}))"))
-                .array());
+        return windowsFrom(shellEval(
+            "global.display.sort_windows_by_stacking(global.display.list_all_windows())"
+            ".filter(w => w.showing_on_its_workspace() && w.get_frame_rect().width > 0)"
+            ".map(w => ({pid: w.get_pid(), title: w.get_title(), frame: rect(w.get_frame_rect()),"
+            " focused: w.has_focus()}))"));
     }
 
     QRect workArea() override
     {
-        return rectangle(shellEval(QStringLiteral("rect(Main.layoutManager.getWorkAreaForMonitor("
-                                                  "global.display.get_primary_monitor()))"))
+        return rectangle(shellEval("rect(Main.layoutManager.getWorkAreaForMonitor("
+                                   "global.display.get_primary_monitor()))")
                              .object());
     }
 
@@ -276,10 +251,10 @@ protected:
     }
     void key(const QString& key, bool down) override
     {
-        shellEval(
-            QStringLiteral("const C = imports.gi.Clutter; global.corvaneKeyboard.notify_keyval("
-                           "imports.gi.GLib.get_monotonic_time(), C.KEY_%1, C.KeyState.%2)")
-                .arg(key, down ? "PRESSED" : "RELEASED"));
+        shellEval(QStringLiteral("const C = imports.gi.Clutter; global.corvaneKeyboard"
+                                 ".notify_keyval(imports.gi.GLib.get_monotonic_time(), C.KEY_%1, "
+                                 "C.KeyState.%2)")
+                      .arg(key, down ? "PRESSED" : "RELEASED"));
     }
 };
 
@@ -294,8 +269,7 @@ public:
         return windowsFrom(
             script("workspace.clientList().filter(c => !c.minimized)"
                    ".sort((a, b) => a.stackingOrder - b.stackingOrder).map(c => ({pid: c.pid, "
-                   "title: c.caption, frame: c.frameGeometry, focused: c.active}))")
-                .array());
+                   "title: c.caption, frame: c.frameGeometry, focused: c.active}))"));
     }
 
     QRect workArea() override
@@ -319,24 +293,25 @@ protected:
     }
     void key(const QString& key, bool down) override
     {
-        // Linux input codes of the keys tests type.
-        static const QHash<QString, int> codes = [] {
-            QHash<QString, int> table{
-                {"Control_L", 29}, {"Return", 28}, {"Escape", 1}, {"space", 57}};
-            const char* rows[] = {"qwertyuiop", "asdfghjkl", "zxcvbnm"};
-            const int first[] = {16, 30, 44};
-            for (int row = 0; row < 3; ++row)
-                for (int i = 0; rows[row][i]; ++i)
-                    table.insert(QString(QChar(rows[row][i])), first[row] + i);
-            return table;
-        }();
-        if (!codes.contains(key))
+        // Linux input codes: the keys by keyboard row, then the others tests type.
+        static const QString rows[] = {"qwertyuiop", "asdfghjkl", "zxcvbnm"};
+        int code = 0;
+        for (int row = 0; row < 3 && !code; ++row)
+            if (key.size() == 1 && rows[row].contains(key))
+                code = QList<int>{16, 30, 44}[row] + int(rows[row].indexOf(key));
+        code = code ? code
+                    : QHash<QString, int>{{"Control_L", 29},
+                                          {"Return", 28},
+                                          {"Escape", 1},
+                                          {"space", 57}}
+                          .value(key);
+        if (!code)
             qFatal("no key code for %s", qPrintable(key));
-        m_input.send(QStringLiteral("key %1 %2").arg(codes.value(key)).arg(down ? 1 : 0));
+        m_input.send(QStringLiteral("key %1 %2").arg(code).arg(down ? 1 : 0));
     }
 
 private:
-    // Runs `expression` in a KWin script and returns its value.
+    // Runs `expression` in a KWin script and returns its value, which the script prints.
     QJsonDocument script(const QString& expression)
     {
         const QString marker = QStringLiteral("corvane-desktop-%1:").arg(++m_scripts);
@@ -350,7 +325,7 @@ private:
             QDBusMessage call = QDBusMessage::createMethodCall("org.kde.KWin", "/Scripting",
                                                                "org.kde.kwin.Scripting", method);
             call.setArguments(arguments);
-            return QDBusConnection::sessionBus().call(call, QDBus::Block, 10000);
+            QDBusConnection::sessionBus().call(call, QDBus::Block, 10000);
         };
         scripting("loadScript", {file.fileName(), marker});
         scripting("start", {});
@@ -359,16 +334,14 @@ private:
         const bool answered = QTest::qWaitFor(
             [&] {
                 QFile log(qEnvironmentVariable("CORVANE_KWIN_LOG"));
-                if (!log.open(QIODevice::ReadOnly))
-                    return false;
-                const QByteArray text = log.readAll();
+                const QByteArray text = log.open(QIODevice::ReadOnly) ? log.readAll() : "";
                 const qsizetype at = text.indexOf(key, m_logRead);
                 const qsizetype end = at < 0 ? -1 : text.indexOf('\n', at);
-                if (end < 0)
-                    return false;
-                answer = text.mid(at + key.size(), end - at - key.size());
-                m_logRead = end;
-                return true;
+                if (end >= 0) {
+                    answer = text.mid(at + key.size(), end - at - key.size());
+                    m_logRead = end;
+                }
+                return end >= 0;
             },
             10000);
         scripting("unloadScript", {marker});
@@ -424,12 +397,7 @@ std::optional<Desktop::Window> Desktop::window(qint64 pid, const QString& title)
 bool Desktop::activate(qint64 pid)
 {
     focus(pid);
-    return QTest::qWaitFor(
-        [&] {
-            const auto w = window(pid);
-            return w && w->focused;
-        },
-        5000);
+    return QTest::qWaitFor([&] { return window(pid).value_or(Window{}).focused; }, 5000);
 }
 
 void Desktop::hold(const QString& key, int ms)
