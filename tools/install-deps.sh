@@ -12,6 +12,8 @@ packages=(
   qt6-base-dev qt6-base-dev-tools qt6-declarative-dev qt6-declarative-dev-tools
   qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools qt6-svg-dev qt6-multimedia-dev
   libx11-dev libxi-dev libxtst-dev libgl-dev
+  # The manual pages
+  scdoc
   # QML modules and plugins loaded at run time; the accessibility bus
   qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-layouts
   qml6-module-qtquick-window qml6-module-qtquick-templates qml6-module-qtqml-workerscript
@@ -41,8 +43,9 @@ if [ "${1:-}" = "--tests" ]; then
     kwrite
     # The network and privacy check (system calls), the HTTPS update test (a certificate)
     strace openssl
-    # Packaging, and the clean root the package test installs it into
-    dpkg-dev debootstrap
+    # Packaging, the clean root the package test installs it into, and the package's checks:
+    # lintian, the manual pages read with man
+    dpkg-dev debootstrap lintian man-db
   )
 fi
 

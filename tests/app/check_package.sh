@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
-# The Debian package (`make package`) installs into a clean bookworm root with only what it
-# declares, its installed desktop entry and metainfo validate, and its programs run from that root
-# under the test session: `corvane-menus list` finds geany with its menu bar, and `corvane` starts.
+# The Debian package (`make package`) passes lintian without a warning, installs into a clean
+# bookworm root with only what it declares, its installed desktop entry and metainfo validate, its
+# manual pages say what --help says, and its programs run from that root under the test session:
+# `corvane-menus list` finds geany with its menu bar, completing `corvane-menus dump ` in an
+# interactive bash offers geany's id, and `corvane` starts.
 #
 #   check_package.sh SOURCE_DIR BUILD_DIR
 #
@@ -36,7 +38,24 @@ if [ "${1:-}" = "--inside-session" ]; then
     kill $corvane_pid
     wait $corvane_pid 2>/dev/null || true
     corvane_pid=
-    echo "the installed programs run: corvane-menus listed geany, corvane started"
+    # Tab twice after "corvane-menus dump " at a bash prompt on a terminal.
+    completed=$(python3 - "$root" <<'PYTHON'
+import os, pty, sys, time
+pid, fd = pty.fork()
+if pid == 0:
+    os.execvp("chroot", ["chroot", sys.argv[1], "bash", "--norc", "-i"])
+os.write(fd, b"source /usr/share/bash-completion/completions/corvane-menus\n")
+os.write(fd, b"corvane-menus dump \t\t")
+seen, deadline = b"", time.time() + 10
+while time.time() < deadline and b"geany" not in seen.split(b"dump", 1)[-1]:
+    seen += os.read(fd, 4096)
+os.kill(pid, 9)
+print(seen.decode(errors="replace"))
+PYTHON
+)
+    grep -q "dump .*geany" <<<"$completed" ||
+        { echo "$completed" >&2; echo "check_package: completing corvane-menus dump offered no geany" >&2; exit 1; }
+    echo "the installed programs run: corvane-menus listed geany and completes its id, corvane started"
     exit 0
 fi
 
@@ -66,6 +85,7 @@ echo "== the package"
 (cd "$build" && cpack -G DEB -B "$work/package" > "$work/cpack.log") || { cat "$work/cpack.log" >&2; exit 1; }
 deb=$(ls "$work"/package/corvane_*.deb)
 dpkg-deb --field "$deb" Package Version Depends Recommends
+lintian --allow-root --fail-on error,warning "$deb"
 
 echo "== a clean bookworm root"
 base=$cache/bookworm-minbase.tar
@@ -96,6 +116,20 @@ chroot "$root" dpkg-query -W corvane
 echo "== the installed desktop entry and metainfo"
 desktop-file-validate "$root/usr/share/applications/com.vantorel.Corvane.desktop"
 appstreamcli validate --no-net "$root/usr/share/metainfo/com.vantorel.Corvane.metainfo.xml"
+
+echo "== the manual pages say what --help says"
+for program in corvane corvane-menus; do
+    page=$(MANWIDTH=200 man -l "$root/usr/share/man/man1/$program.1.gz" 2>/dev/null)
+    help=$(chroot "$root" "$program" --help)
+    # Every option and command, and every exit status with the page's number of them.
+    for word in $(grep -oE -- '--[a-z-]+|^ +(list|dump|press)\b' <<<"$help" | tr -d ' ' | sort -u); do
+        grep -qw -- "$word" <<<"$page" || { echo "man $program does not say $word" >&2; exit 1; }
+    done
+    statuses=$(sed -n '/^EXIT STATUS/,/^[A-Z]/p' <<<"$page" | grep -cE '^ +[0-9]+$')
+    said=$(sed -n '/^Exit status/,$p' <<<"$help" | { grep -oE '(^|, |: )[0-9] ' || true; } | wc -l)
+    [ "$said" -eq 0 ] || [ "$said" -eq "$statuses" ] ||
+        { echo "man $program lists $statuses exit statuses, --help $said" >&2; exit 1; }
+done
 
 echo "== the installed programs under the test session"
 bind /tmp "$root/tmp"

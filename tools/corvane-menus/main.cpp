@@ -1,7 +1,7 @@
 // corvane-menus: what Corvane sees of the running applications' menus, for users and benchmarks.
 //
-//   corvane-menus list
-//   corvane-menus dump PID|APPID [--json]
+//   corvane-menus list [--ids]
+//   corvane-menus dump PID|APPID [--json | --markdown | --html]
 //   corvane-menus press PID|APPID TITLE[#N]...
 //
 // Every accessibility request runs on the crawl thread, as in Corvane itself.
@@ -33,9 +33,21 @@ enum Exit {
     noMenus = 6
 };
 
-const char* usage = "usage: corvane-menus list\n"
+const char* usage = "usage: corvane-menus list [--ids]\n"
                     "       corvane-menus dump PID|APPID [--json | --markdown | --html]\n"
                     "       corvane-menus press PID|APPID TITLE[#N]...\n";
+// What `man corvane-menus` says at length.
+const char* help =
+    "\nReads the running applications' menus as Corvane does (PID: a process id, APPID: an\n"
+    "application id).\n"
+    "  list    the running applications: process id, application id, name, where their menus are\n"
+    "          (--ids: their application ids only, one a line, at once)\n"
+    "  dump    an application's menus and shortcuts: text, --json, or a --markdown or --html "
+    "sheet\n"
+    "  press   presses the menu item named by its titles from the menu bar down (TITLE#N: the\n"
+    "          N-th of several with that title)\n\n"
+    "Exit status: 0 done, 1 the press failed, 2 wrong arguments, 3 no accessibility bus,\n"
+    "4 accessibility is switched off, 5 no such application, 6 no menus could be read.\n";
 
 struct Target {
     RunningApp app;
@@ -75,11 +87,24 @@ QString shortcutText(const ShortcutKeys& keys)
     return (keys.modifiers + QStringList{keys.key}).join(u'+');
 }
 
-int list(QTextStream& out)
+int list(QTextStream& out, bool idsOnly)
 {
     auto bus = atspi::accessibilityBus();
     WalkBudget budget(std::chrono::seconds(5));
     auto session = std::make_shared<atspi::Session>(*bus, budget);
+    if (idsOnly) {
+        // For shell completion: no menu is read.
+        QStringList ids;
+        for (const atspi::ApplicationEntry& entry : atspi::applications(session))
+            ids << AppIdentity::forProcess(entry.pid, entry.name).appId.value_or(QString());
+        for (const RunningApp& app : AppIdentity::runningApplications(0))
+            ids << app.appId.value_or(QString());
+        ids.removeAll(QString());
+        ids.removeDuplicates();
+        for (const QString& id : std::as_const(ids))
+            out << id << "\n";
+        return ok;
+    }
     out << QStringLiteral("%1  %2  %3  %4\n")
                .arg("PID", -7)
                .arg("APPLICATION ID", -32)
@@ -192,13 +217,14 @@ int main(int argc, char* argv[])
     QStringList args = app.arguments().mid(1);
     QTextStream out(stdout), err(stderr);
     if (args.contains(u"--help") || args.contains(u"-h")) {
-        out << usage;
+        out << usage << help;
         return ok;
     }
     if (args.contains(u"--version") || args.contains(u"-v")) {
         out << "corvane-menus " CORVANE_VERSION "\n";
         return ok;
     }
+    const bool idsOnly = args.removeAll(QStringLiteral("--ids")) > 0;
     Format format = Format::text;
     for (const auto& [option, chosen] :
          {std::pair{"--json", Format::json}, std::pair{"--markdown", Format::markdown},
@@ -231,7 +257,7 @@ int main(int argc, char* argv[])
             err << "corvane-menus: no accessibility bus: " << why << "\n";
             status = noBus;
         } else if (command == u"list") {
-            status = list(out);
+            status = list(out, idsOnly);
         } else if (command == u"dump") {
             status = dump(out, err, args[1], format);
         } else {

@@ -16,13 +16,13 @@
 // that name: no signal handler, no timer.
 //
 // Keys: the Shell hands a key meant for an application's window to it before any extension's
-// event filter runs, so no filter sees it. What the Shell does keep is the seat's modifier state
-// and the time since the last input of any kind. The companion reads both while input happens:
-// the first input after a quiet moment starts a short poll, which stops once input has been quiet
-// for `QUIET_MS`; a quiet session costs the Shell nothing. A change of the modifier state is a
-// modifier's press or release; input that changed neither it, nor a lock, nor the pointer is
-// another key (or a scroll, which breaks a hold as well). While one of Corvane's own windows has
-// the focus its keys go to Corvane itself, and only modifiers are told.
+// event filter runs, so no filter sees it. What the Shell does tell is that input happened (its
+// idle monitor), and what it keeps is the seat's modifier state. At each input the companion
+// compares the seat with the last: a change of the modifier state is a modifier's press or
+// release; input that changed neither it, nor a lock, nor the pointer is another key (or a
+// scroll, which breaks a hold as well). No timer runs; a quiet session costs the Shell nothing.
+// While one of Corvane's own windows has the focus its keys go to Corvane itself, and only
+// modifiers are told.
 //
 // This file is the logic only; the build wraps it for the Shell's two extension formats (imports
 // up to 44, ES modules from 45), which provide Clutter, Gio, GLib, Shell, St, Main, PanelMenu and
@@ -71,8 +71,6 @@ const MODIFIERS = [
 const NOT_KEYS = Clutter.ModifierType.BUTTON1_MASK | Clutter.ModifierType.BUTTON2_MASK |
     Clutter.ModifierType.BUTTON3_MASK | Clutter.ModifierType.LOCK_MASK |
     Clutter.ModifierType.MOD2_MASK | Clutter.ModifierType.MOD5_MASK;
-const POLL_MS = 8;
-const QUIET_MS = 250;
 
 class CorvaneCompanion {
     constructor(version, folder) {
@@ -178,64 +176,48 @@ class CorvaneCompanion {
             parameters);
     }
 
-    // The quiet watch fires each time input has been quiet for QUIET_MS; the active watch once,
-    // at the next input.
+    // The Shell's idle monitor calls an active watch at the next input, once: each call looks at
+    // the seat (after the Shell has applied the input to it) and sets the next watch.
     _watchKeys() {
         this._idle = global.backend.get_core_idle_monitor();
         this._state = global.get_pointer();
-        this._lastInput = -1;
-        this._quietWatch = this._idle.add_idle_watch(QUIET_MS, () => {
-            this._stopPolling();
-            this._activeWatch = this._idle.add_user_active_watch(() => this._inputStarted());
-        });
-        this._activeWatch = this._idle.add_user_active_watch(() => this._inputStarted());
+        this._activeWatch = this._idle.add_user_active_watch(() => this._input());
     }
 
     _unwatchKeys() {
-        for (const watch of [this._activeWatch, this._quietWatch]) {
-            if (watch)
-                this._idle.remove_watch(watch);
-        }
-        this._stopPolling();
-        this._activeWatch = this._quietWatch = 0;
+        if (this._activeWatch)
+            this._idle.remove_watch(this._activeWatch);
+        if (this._looking)
+            GLib.source_remove(this._looking);
+        this._activeWatch = this._looking = 0;
     }
 
-    _inputStarted() {
+    _input() {
         this._activeWatch = 0;
-        this._sample();
-        this._poll ||= GLib.timeout_add(GLib.PRIORITY_HIGH, POLL_MS, () => this._sample());
-    }
-
-    _stopPolling() {
-        if (this._poll) {
+        this._looking = GLib.idle_add(GLib.PRIORITY_HIGH, () => {
+            this._looking = 0;
             this._sample();
-            GLib.source_remove(this._poll);
-        }
-        this._poll = 0;
+            this._activeWatch = this._idle.add_user_active_watch(() => this._input());
+            return GLib.SOURCE_REMOVE;
+        });
     }
 
-    // Compares the seat with the last sample. Input happened since then when the Shell's last
-    // input (in milliseconds) is a later one than the last sample saw.
+    // Compares the seat with how it was at the last input.
     _sample() {
-        const now = GLib.get_monotonic_time();
         const [x, y, mask] = global.get_pointer();
         const [lastX, lastY, lastMask] = this._state;
-        const lastInput = Math.round(now / 1000) - this._idle.get_idletime();
-        const input = lastInput > this._lastInput + 1;
         this._state = [x, y, mask];
-        this._lastInput = lastInput;
         let modifierChanged = false;
         for (const [bit, keysym] of MODIFIERS) {
             if ((mask & bit) === (lastMask & bit))
                 continue;
             modifierChanged = true;
             this._emit(this._subscriber, 'ModifierKey',
-                new GLib.Variant('(ubx)', [keysym, (mask & bit) !== 0, now]));
+                new GLib.Variant('(ubx)', [keysym, (mask & bit) !== 0, GLib.get_monotonic_time()]));
         }
         const otherChange = x !== lastX || y !== lastY || (mask & NOT_KEYS) !== (lastMask & NOT_KEYS);
-        if (input && !modifierChanged && !otherChange && !this._corvaneFocused)
+        if (!modifierChanged && !otherChange && !this._corvaneFocused)
             this._emit(this._subscriber, 'KeyPressed', null);
-        return GLib.SOURCE_CONTINUE;
     }
 
     _focusChanged(tell) {
