@@ -18,7 +18,11 @@ expected=(
     share/metainfo/com.vantorel.Corvane.metainfo.xml
     share/icons/hicolor/scalable/apps/com.vantorel.Corvane.svg
     share/corvane/translations/corvane_de.qm share/corvane/translations/corvane_fr.qm
-    share/doc/corvane/README.md
+    share/doc/corvane/README.md share/doc/corvane/copyright share/doc/corvane/changelog.gz
+    share/man/man1/corvane.1.gz share/man/man1/corvane-menus.1.gz
+    share/bash-completion/completions/corvane-menus
+    share/gnome-shell/extensions/corvane@vantorel.com/extension.js
+    share/gnome-shell/extensions/corvane@vantorel.com/metadata.json
 )
 for size in 16 22 24 32 48 64 128 256; do
     expected+=("share/icons/hicolor/${size}x${size}/apps/com.vantorel.Corvane.png")

@@ -40,20 +40,21 @@ if [ "${1:-}" = "--inside-session" ]; then
     corvane_pid=
     # Tab twice after "corvane-menus dump " at a bash prompt on a terminal.
     completed=$(python3 - "$root" <<'PYTHON'
-import os, pty, sys, time
+import os, pty, select, sys, time
 pid, fd = pty.fork()
 if pid == 0:
     os.execvp("chroot", ["chroot", sys.argv[1], "bash", "--norc", "-i"])
 os.write(fd, b"source /usr/share/bash-completion/completions/corvane-menus\n")
 os.write(fd, b"corvane-menus dump \t\t")
 seen, deadline = b"", time.time() + 10
-while time.time() < deadline and b"geany" not in seen.split(b"dump", 1)[-1]:
-    seen += os.read(fd, 4096)
+while time.time() < deadline and b"geany" not in seen.lower().split(b"dump", 1)[-1]:
+    if select.select([fd], [], [], 0.2)[0]:
+        seen += os.read(fd, 4096)
 os.kill(pid, 9)
 print(seen.decode(errors="replace"))
 PYTHON
 )
-    grep -q "dump .*geany" <<<"$completed" ||
+    grep -qi "dump .*geany" <<<"$completed" ||
         { echo "$completed" >&2; echo "check_package: completing corvane-menus dump offered no geany" >&2; exit 1; }
     echo "the installed programs run: corvane-menus listed geany and completes its id, corvane started"
     exit 0
