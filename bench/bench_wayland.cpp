@@ -1,7 +1,7 @@
-// Corvane on a Wayland session (run inside tools/test-session.sh --wayland): geany runs natively,
-// and key events reach Corvane as an application sends them, through the registry's
-// NotifyListenersSync, which this benchmark calls itself so that it knows to the microsecond when
-// each key was sent. Figures:
+// Corvane on the Wayland sessions (run inside tools/test-session.sh: sway, gnome-wayland and
+// kwin-wayland). geany runs natively. On sway key events reach Corvane as an application sends
+// them, through the registry's NotifyListenersSync, which this benchmark calls itself so that it
+// knows to the microsecond when each key was sent. Figures on sway:
 //   - the cost to an application of Corvane listening: NotifyListenersSync's round trip (what an
 //     application waits for on every key while someone listens) without Corvane and with the real
 //     corvane program running, and the difference at p50 (goal: at most 1 ms);
@@ -10,18 +10,30 @@
 //   - a modifier press sent by the application → the hold logic's handlers, p99, with the
 //     monitors in this process (goal: 5 ms); then again with a second, bare listener registered
 //     after Corvane's, and when that one hears the press.
+// On GNOME Shell and KWin the keys go through the compositor as a keyboard's would (Mutter's
+// remote-desktop input, KWin's fake input), and the figures are named after the desktop:
+//   - hold → panel shown after the hold delay, p99, with the real program (goal: 16 ms), on GNOME
+//     Shell through its companion;
+//   - GNOME Shell: a modifier press → the hold logic's handlers through the companion, p99, with
+//     the monitors in this process (goal: 5 ms);
+//   - GNOME Shell: the Shell's CPU time for 1 000 key presses typed into geany, without anyone
+//     subscribed to the companion and with Corvane subscribed (goal: at most 5 % more).
 
 #include "CorvaneProcess.h"
+#include "Desktop.h"
 #include "Percentiles.h"
 #include "ProcessFigures.h"
 #include "platform/linux/AtspiClient.h"
 #include "platform/linux/AtspiKeyMonitors.h"
+#include "platform/linux/ShellCompanion.h"
 
 #include <QCoreApplication>
 #include <QDBusArgument>
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusMetaType>
+#include <QDBusObjectPath>
 #include <QDBusPendingCall>
 #include <QDBusVirtualObject>
 #include <QEventLoop>
@@ -103,9 +115,9 @@ std::vector<double> roundTrips(QDBusConnection& bus, int count)
     return times;
 }
 
-void print(const char* name, double value, const char* unit)
+void print(const QByteArray& name, double value, const char* unit)
 {
-    std::printf("bench %s %.2f %s\n", name, value, unit);
+    std::printf("bench %s %.2f %s\n", name.constData(), value, unit);
     std::fflush(stdout);
 }
 
@@ -135,16 +147,167 @@ public:
     std::vector<double> arrivals;
 };
 
+// GNOME Shell's input as a remote desktop sends it: one session of Mutter's, for keys by keysym.
+class RemoteKeyboard {
+public:
+    RemoteKeyboard()
+    {
+        const QDBusMessage created = call("/org/gnome/Mutter/RemoteDesktop",
+                                          "org.gnome.Mutter.RemoteDesktop", "CreateSession", {});
+        m_session = created.arguments().value(0).value<QDBusObjectPath>().path();
+        if (m_session.isEmpty())
+            qFatal("Mutter made no remote-desktop session: %s", qPrintable(created.errorMessage()));
+        call(m_session, "org.gnome.Mutter.RemoteDesktop.Session", "Start", {});
+    }
+    void key(int keysym, bool down)
+    {
+        call(m_session, "org.gnome.Mutter.RemoteDesktop.Session", "NotifyKeyboardKeysym",
+             {uint(keysym), down});
+    }
+
+private:
+    static QDBusMessage call(const QString& path, const QString& interface, const QString& method,
+                             const QVariantList& arguments)
+    {
+        QDBusMessage message = QDBusMessage::createMethodCall("org.gnome.Mutter.RemoteDesktop",
+                                                              path, interface, method);
+        message.setArguments(arguments);
+        return QDBusConnection::sessionBus().call(message, QDBus::Block, 2000);
+    }
+    QString m_session;
+};
+
+// Hold → panel shown after the delay, `count` times, the trigger pressed by `press`.
+std::vector<double> holdsToPanel(CorvaneProcess& corvane, const std::function<void(bool)>& press,
+                                 int count)
+{
+    std::vector<double> shown;
+    for (int i = 0; i < count; ++i) {
+        const qsizetype from = corvane.lines().size();
+        const double down = monotonicMs();
+        press(true);
+        if (!corvane.waitForLine("overlay: first frame", 1, from, 5000))
+            qFatal("no panel for hold %d:\n%s", i, qPrintable(corvane.log()));
+        const QString line = corvane.linesContaining("overlay: first frame", from).first().text;
+        shown.push_back(loggedMs(line) - down - holdDelayMs);
+        press(false);
+        QTest::qWait(600); // hidden, and geany in front again
+    }
+    return shown;
+}
+
+// GNOME Shell and KWin: the keys through the compositor.
+int desktopFigures(const QString& desktop)
+{
+    const QByteArray prefix = desktop.toUtf8().replace('-', '_') + '_';
+    const auto figure = [&prefix](const char* name, double value, const char* unit) {
+        print(prefix + name, value, unit);
+    };
+    std::unique_ptr<Desktop> driver = Desktop::current();
+    std::unique_ptr<RemoteKeyboard> remote;
+    if (desktop == u"gnome-wayland")
+        remote = std::make_unique<RemoteKeyboard>();
+    const auto press = [&](bool down) {
+        if (remote)
+            remote->key(ctrl, down);
+        else if (down)
+            driver->hold("Control_L", 0); // released by finishHold(), at once
+        else
+            driver->finishHold();
+    };
+    QProcess geany;
+    geany.start("geany", {"--new-instance", "--no-session"});
+    if (!QTest::qWaitFor([&] { return driver->window(geany.processId()).has_value(); }, 20000))
+        qFatal("geany showed no window");
+    driver->activate(geany.processId());
+    driver->movePointer(driver->workArea().bottomRight() - QPoint(5, 5)); // away from the panel
+    QTest::qWait(1000); // on the accessibility bus
+    {
+        CorvaneProcess corvane(QStringLiteral(CORVANE));
+        corvane.start();
+        if (!corvane.waitForLine("launch: accessibility on") ||
+            (remote && !corvane.waitForLine("GNOME Shell's companion")))
+            qFatal("Corvane is not ready:\n%s", qPrintable(corvane.log()));
+        const auto [shownP50, shownP99] = p50p99(holdsToPanel(corvane, press, 30));
+        figure("hold_to_panel_p50", shownP50, "ms");
+        figure("hold_to_panel_p99", shownP99, "ms");
+    }
+    if (!remote)
+        return 0;
+
+    // The Shell's work for 1 000 keys typed into geany, 20 ms apart, after 200 to settle.
+    const qint64 shell = QDBusConnection::sessionBus()
+                             .interface()
+                             ->servicePid(QStringLiteral("org.gnome.Shell"))
+                             .value();
+    const auto typing = [&] {
+        driver->activate(geany.processId());
+        double before = 0;
+        for (int i = 0; i < 1200; ++i) {
+            if (i == 200)
+                before = cpuSeconds(shell);
+            remote->key(letterA, true);
+            remote->key(letterA, false);
+            QTest::qWait(20);
+        }
+        return (cpuSeconds(shell) - before) * 1000.0;
+    };
+    // The monitors in this process, standing in for Corvane's: with their keystroke listener
+    // registered the accessibility bus is as it is beside Corvane, companion or not.
+    AtspiKeyMonitors monitors;
+    monitors.setBusHeard(false);
+    QTest::qWait(1500);
+    const double alone = typing();
+
+    // The companion subscribed to by this process.
+    if (!QDBusConnection::sessionBus().registerService(QStringLiteral("com.vantorel.Corvane")))
+        qFatal("the bench could not take Corvane's bus name");
+    ShellCompanion companion({.keys = true});
+    QObject::connect(
+        &companion, &ShellCompanion::modifierKey, &monitors,
+        [&monitors](unsigned long keysym, bool down) { monitors.keyEvent(down, keysym); });
+    if (!QTest::qWaitFor([&] { return companion.state() == DesktopCompanion::State::on; }, 5000))
+        qFatal("GNOME Shell's companion did not answer");
+    const double subscribed = typing();
+    figure("shell_cpu_per_1000_keys_without_companion", alone, "ms");
+    figure("shell_cpu_per_1000_keys_with_companion", subscribed, "ms");
+    figure("shell_cpu_with_companion_ratio", subscribed / alone, "x");
+
+    std::vector<double> heard;
+    double sent = 0;
+    monitors.add(InputMonitors::Kind::modifierChange, [&](const InputMonitors::Event& event) {
+        if (event.modifierFlags)
+            heard.push_back(monotonicMs() - sent);
+    });
+    for (int i = 0; i < 100; ++i) {
+        sent = monotonicMs();
+        remote->key(ctrl, true);
+        if (!QTest::qWaitFor([&] { return heard.size() > size_t(i); }, 2000))
+            qFatal("press %d was not heard", i);
+        remote->key(ctrl, false);
+        QTest::qWait(100);
+    }
+    const auto [heardP50, heardP99] = p50p99(heard);
+    figure("press_to_detector_p50", heardP50, "ms");
+    figure("press_to_detector_p99", heardP99, "ms");
+    geany.kill();
+    geany.waitForFinished(5000);
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
     QCoreApplication app(argc, argv);
-    if (!qEnvironmentVariableIsSet("SWAYSOCK"))
-        qFatal("run inside tools/test-session.sh --wayland");
-    qDBusRegisterMetaType<DeviceEvent>();
     // Corvane's log lines start with the monotonic clock, as the sent keys are timed.
     qputenv("QT_MESSAGE_PATTERN", "%{time boot} %{category}: %{message}");
+    const QString desktop = qEnvironmentVariable("CORVANE_DESKTOP");
+    if (desktop == u"gnome-wayland" || desktop == u"kwin-wayland")
+        return desktopFigures(desktop);
+    if (desktop != u"sway")
+        qFatal("run inside tools/test-session.sh --desktop sway, gnome-wayland or kwin-wayland");
+    qDBusRegisterMetaType<DeviceEvent>();
     QDBusConnection bus = *atspi::accessibilityBus();
 
     // The cost to an application: without anyone listening, then with Corvane.
@@ -167,19 +330,8 @@ int main(int argc, char* argv[])
     print("wayland_key_cost_of_listening_p50", withP50 - aloneP50, "ms");
 
     // Hold → panel shown: Ctrl pressed as geany would send it, released once the panel shows.
-    std::vector<double> shown;
-    for (int i = 0; i < 30; ++i) {
-        const qsizetype from = corvane.lines().size();
-        const double down = monotonicMs();
-        bus.call(keyMessage(true, ctrl), QDBus::Block, 2000);
-        if (!corvane.waitForLine("overlay: first frame", 1, from, 5000))
-            qFatal("no panel for hold %d:\n%s", i, qPrintable(corvane.log()));
-        const QString line = corvane.linesContaining("overlay: first frame", from).first().text;
-        shown.push_back(loggedMs(line) - down - holdDelayMs);
-        bus.call(keyMessage(false, ctrl), QDBus::Block, 2000);
-        QTest::qWait(600); // hidden, and geany in front again
-    }
-    const auto [shownP50, shownP99] = p50p99(shown);
+    const auto [shownP50, shownP99] = p50p99(holdsToPanel(
+        corvane, [&bus](bool down) { bus.call(keyMessage(down, ctrl), QDBus::Block, 2000); }, 30));
     print("wayland_hold_to_panel_p50", shownP50, "ms");
     print("wayland_hold_to_panel_p99", shownP99, "ms");
     corvane.stop();

@@ -12,7 +12,11 @@ for program in "$build_dir"/bench/bench_*; do
     name=$(basename "$program")
     echo "# $name"
     if [ "$name" = bench_wayland ]; then
-        "$here/test-session.sh" --wayland "$program" 2>/dev/null || status=1
+        # GNOME Shell with the companion as built here, installed and on.
+        for desktop in sway gnome-wayland kwin-wayland; do
+            CORVANE_GNOME_EXTENSIONS="$(cd "$build_dir" && pwd)/share/gnome-shell/extensions" \
+                "$here/test-session.sh" --desktop "$desktop" "$program" 2>/dev/null || status=1
+        done
     elif [[ $session_benchmarks == *" $name "* ]]; then
         "$here/test-session.sh" "$program" 2>/dev/null || status=1
     else

@@ -149,9 +149,10 @@ app.run([]))")
     {
         QVERIFY(extensions("DisableExtension").arguments().value(0).toBool());
         QVERIFY(m_corvane->waitForLine("companion: switched off"));
-        QVERIFY(m_desktop->activate(m_apps.value("geany")));
-        QTest::qWait(500); // geany's activation reaches Corvane over the accessibility bus
         const qsizetype from = m_corvane->lines().size();
+        QVERIFY(m_desktop->activate(m_apps.value("geany")));
+        // geany's activation reaches Corvane over the accessibility bus.
+        QVERIFY(m_corvane->waitForLine("workspace: geany in front", 1, from));
         m_desktop->hold("Control_L", 1500);
         QVERIFY(m_corvane->waitForLine("overlay: first frame for geany", 1, from, 5000));
         m_desktop->finishHold();

@@ -246,7 +246,7 @@ protected:
     void focus(qint64 pid) override
     {
         shellEval(QStringLiteral("global.display.list_all_windows().find(w => w.get_pid() == %1)"
-                                 ".activate(global.get_current_time())")
+                                 ".activate(global.display.get_current_time_roundtrip())")
                       .arg(pid));
     }
     void key(const QString& key, bool down) override

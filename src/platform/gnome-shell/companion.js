@@ -19,8 +19,9 @@
 // event filter runs, so no filter sees it. What the Shell does tell is that input happened (its
 // idle monitor), and what it keeps is the seat's modifier state. At each input the companion
 // compares the seat with the last: a change of the modifier state is a modifier's press or
-// release; input that changed neither it, nor a lock, nor the pointer is another key (or a
-// scroll, which breaks a hold as well). No timer runs; a quiet session costs the Shell nothing.
+// release; input that changed neither it, nor a lock, nor the pointer, while a modifier is held,
+// is another key (or a scroll, which breaks a hold as well). No timer runs; a quiet session costs
+// the Shell nothing, and typing costs it a look at the seat per key.
 // While one of Corvane's own windows has the focus its keys go to Corvane itself, and only
 // modifiers are told.
 //
@@ -67,6 +68,7 @@ const MODIFIERS = [
     [Clutter.ModifierType.MOD4_MASK, Clutter.KEY_Super_L],
     [Clutter.ModifierType.SHIFT_MASK, Clutter.KEY_Shift_L],
 ];
+const HELD = MODIFIERS.reduce((mask, [bit]) => mask | bit, 0);
 // Buttons (the pointer's), locks and AltGr: a change of these is no other key.
 const NOT_KEYS = Clutter.ModifierType.BUTTON1_MASK | Clutter.ModifierType.BUTTON2_MASK |
     Clutter.ModifierType.BUTTON3_MASK | Clutter.ModifierType.LOCK_MASK |
@@ -176,30 +178,18 @@ class CorvaneCompanion {
             parameters);
     }
 
-    // The Shell's idle monitor calls an active watch at the next input, once: each call looks at
-    // the seat (after the Shell has applied the input to it) and sets the next watch.
+    // The Shell's idle monitor calls an idle watch each time input has paused for its interval:
+    // a millisecond after each key, it looks at the seat.
     _watchKeys() {
         this._idle = global.backend.get_core_idle_monitor();
         this._state = global.get_pointer();
-        this._activeWatch = this._idle.add_user_active_watch(() => this._input());
+        this._idleWatch = this._idle.add_idle_watch(1, () => this._sample());
     }
 
     _unwatchKeys() {
-        if (this._activeWatch)
-            this._idle.remove_watch(this._activeWatch);
-        if (this._looking)
-            GLib.source_remove(this._looking);
-        this._activeWatch = this._looking = 0;
-    }
-
-    _input() {
-        this._activeWatch = 0;
-        this._looking = GLib.idle_add(GLib.PRIORITY_HIGH, () => {
-            this._looking = 0;
-            this._sample();
-            this._activeWatch = this._idle.add_user_active_watch(() => this._input());
-            return GLib.SOURCE_REMOVE;
-        });
+        if (this._idleWatch)
+            this._idle.remove_watch(this._idleWatch);
+        this._idleWatch = 0;
     }
 
     // Compares the seat with how it was at the last input.
@@ -215,8 +205,9 @@ class CorvaneCompanion {
             this._emit(this._subscriber, 'ModifierKey',
                 new GLib.Variant('(ubx)', [keysym, (mask & bit) !== 0, GLib.get_monotonic_time()]));
         }
+        // Another key matters only while a modifier is held: it may break a hold.
         const otherChange = x !== lastX || y !== lastY || (mask & NOT_KEYS) !== (lastMask & NOT_KEYS);
-        if (!modifierChanged && !otherChange && !this._corvaneFocused)
+        if (!modifierChanged && !otherChange && (mask & HELD) && !this._corvaneFocused)
             this._emit(this._subscriber, 'KeyPressed', null);
     }
 

@@ -8,11 +8,13 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QFileInfo>
+#include <QLoggingCategory>
 #include <QPointer>
 
 namespace corvane {
 
 namespace {
+Q_LOGGING_CATEGORY(lcWorkspace, "com.vantorel.corvane.workspace")
 const QString windowEvents = QStringLiteral("org.a11y.atspi.Event.Window");
 } // namespace
 
@@ -111,6 +113,7 @@ void AtspiWorkspace::companionFocused(qint64 pid, const QString& appId)
 
 void AtspiWorkspace::setFront(const RunningApp& app)
 {
+    qCDebug(lcWorkspace, "workspace: %s in front", qUtf8Printable(app.appId.value_or(app.name)));
     m_front = app;
     m_seen.removeIf([&app](const RunningApp& seen) { return seen.appId == app.appId; });
     if (app.pid != thisProcessId() && app.appId)
