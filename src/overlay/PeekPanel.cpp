@@ -10,11 +10,14 @@ namespace corvane {
 PeekPanel::PeekPanel(bool translucent)
     : m_translucent(translucent), m_wayland(QGuiApplication::platformName() == u"wayland")
 {
-    // Tool type (no taskbar entry), no frame, above other windows, and no focus on showing:
-    // the application in front keeps _NET_ACTIVE_WINDOW. On Wayland the compositor decides; a
+    // On X11 the panel is not the window manager's (override-redirect, as a pop-up menu is): it
+    // is placed and raised here, never enters the taskbar, and no window manager can activate
+    // it. A managed one was activated by KWin on the focus change a keyboard grab makes, taking
+    // _NET_ACTIVE_WINDOW from the application in front. On Wayland the compositor decides; a
     // panel that refused focus there would never hear the trigger's release.
     setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
-             (m_wayland ? Qt::WindowFlags() : Qt::WindowDoesNotAcceptFocus));
+             (m_wayland ? Qt::WindowFlags()
+                        : Qt::WindowDoesNotAcceptFocus | Qt::BypassWindowManagerHint));
     // A transparent colour asks for an alpha channel (an ARGB visual): the rounded card drawn by
     // the root view is then the only shape. An opaque window skips clearing to transparent on
     // every frame; the root view gives it the card's colour (OverlayRoot.qml).
@@ -22,10 +25,6 @@ PeekPanel::PeekPanel(bool translucent)
         setColor(Qt::transparent);
     setGeometry(0, 0, 900, 600); // replaced by placement before the first display
     setTitle(QStringLiteral("Corvane"));
-    // _NET_WM_USER_TIME 0 on every map: "do not activate this window". Without it the window
-    // manager compares the time of our last X event (the trigger's) with the application's and
-    // may activate a panel that takes input, as a pinned one does.
-    setProperty("_q_showWithoutActivating", true);
 }
 
 void PeekPanel::showNow()
@@ -74,8 +73,7 @@ bool PeekPanel::takeKeyboard(bool take)
         setFlag(Qt::WindowDoesNotAcceptFocus, true);
         return false;
     }
-    // The panel takes input only once it is mapped: a window mapped accepting focus is one the
-    // window manager may activate, taking _NET_ACTIVE_WINDOW from the application in front.
+    // A keyboard grab needs a mapped window.
     if (!isExposed())
         return false;
     setFlag(Qt::WindowDoesNotAcceptFocus, false);

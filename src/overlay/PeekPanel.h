@@ -1,9 +1,9 @@
 #pragma once
 
-// The overlay's window on X11: a frameless, always-on-top tool window that skips the taskbar, is
-// shown without taking activation and can take the keyboard for typing while the application in
-// front stays active. Translucent (an alpha channel) where a compositor blends it with what lies
-// behind; opaque and cut to the card's shape where nothing does.
+// The overlay's window on X11: a frameless window above all others that the window manager leaves
+// alone (no taskbar entry, no activation) and that can take the keyboard for typing while the
+// application in front stays active. Translucent (an alpha channel) where a compositor blends it
+// with what lies behind; opaque and cut to the card's shape where nothing does.
 //
 // On Wayland a client can neither grab the keyboard nor keep a shown window from taking it: the
 // compositor places the panel (WaylandWindows) and gives it the keyboard, so the trigger's release
