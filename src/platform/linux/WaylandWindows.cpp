@@ -85,21 +85,28 @@ Q_LOGGING_CATEGORY(lcWindows, "com.vantorel.corvane.windows")
 QByteArray kwinScript(qint64 pid)
 {
     // The window in front is remembered as it changes: when the panel maps, it may already be
-    // the active one. The panel is the window titled "Corvane".
+    // the active one. The panel is the window titled "Corvane": KWin may still place it by its
+    // own rules after it is added, so it is centred again whenever it moves.
     return QByteArrayLiteral(R"(const corvane = )") + QByteArray::number(pid) + R"(;
 let front = workspace.activeClient;
 workspace.clientActivated.connect(c => { if (c && c.pid !== corvane) front = c; });
 workspace.clientRemoved.connect(c => { if (c === front) front = null; });
+function centre(c) {
+    const area = workspace.clientArea(KWin.PlacementArea, front || c);
+    const frame = c.frameGeometry;
+    const x = area.x + Math.round((area.width - frame.width) / 2);
+    const y = area.y + Math.round((area.height - frame.height) / 2);
+    if (frame.x !== x || frame.y !== y)
+        c.frameGeometry = {x: x, y: y, width: frame.width, height: frame.height};
+}
 workspace.clientAdded.connect(c => {
     if (c.pid !== corvane)
         return;
-    if (c.caption === "Corvane")
-        c.keepAbove = true;
-    const area = workspace.clientArea(KWin.PlacementArea, front || c);
-    const frame = c.frameGeometry;
-    c.frameGeometry = {x: area.x + Math.round((area.width - frame.width) / 2),
-                       y: area.y + Math.round((area.height - frame.height) / 2),
-                       width: frame.width, height: frame.height};
+    centre(c);
+    if (c.caption !== "Corvane")
+        return;
+    c.keepAbove = true;
+    c.frameGeometryChanged.connect(() => centre(c));
 });
 )";
 }
