@@ -1,6 +1,7 @@
 #include "WaylandWindows.h"
 
 #include <QByteArray>
+#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -166,11 +167,14 @@ void arrangeOnKWin(qint64 pid)
                                   qPrintable(loaded.errorMessage()));
                         return;
                     }
-                    // KWin reads the file when the script starts.
+                    // KWin reads the file on a thread of its own some time after the script
+                    // starts: it stays until Corvane quits.
+                    if (auto* app = QCoreApplication::instance())
+                        QObject::connect(app, &QCoreApplication::aboutToQuit,
+                                         [file] { file->remove(); });
                     whenAnswered(
                         kwinScripting(QStringLiteral("start"), {}),
-                        [file](const QDBusMessage& started) {
-                            file->remove();
+                        [](const QDBusMessage& started) {
                             if (started.type() == QDBusMessage::ErrorMessage)
                                 qCWarning(lcWindows,
                                           "windows: KWin did not start the placement script (%s)",
