@@ -206,7 +206,13 @@ int main(int argc, char* argv[])
                                     },
                                 .describeApplication = &AppIdentity::describe,
                                 .companion = wayland ? &companion : nullptr,
-                                .trayAvailable = &QSystemTrayIcon::isSystemTrayAvailable};
+                                // The companion's top-bar icon holds the tray menu where
+                                // there is no tray.
+                                .trayAvailable =
+                                    [&companion] {
+                                        return QSystemTrayIcon::isSystemTrayAvailable() ||
+                                               companion.state() == DesktopCompanion::State::on;
+                                    }};
     // Input meant for the panel is Corvane's own, not a hold or an interruption.
     const auto panelHasKeyboard = [&delegate] { return delegate.overlay.keyMonitorInstalled(); };
     if (xInput) {
