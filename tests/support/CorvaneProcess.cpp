@@ -118,12 +118,7 @@ QRect CorvaneProcess::panelGeometry() const
     const QString window = windows("^Corvane$").value(0);
     if (window.isEmpty())
         return {};
-    // "X=…\nY=…\nWIDTH=…\nHEIGHT=…" (--shell)
-    const QString shell = xdotool({"getwindowgeometry", "--shell", window}, false);
-    QHash<QString, int> values;
-    for (const QString& line : shell.split(u'\n'))
-        values.insert(line.section(u'=', 0, 0), line.section(u'=', 1).toInt());
-    return {values.value("X"), values.value("Y"), values.value("WIDTH"), values.value("HEIGHT")};
+    return shellGeometry(xdotool({"getwindowgeometry", "--shell", window}, false).split(u'\n'));
 }
 
 } // namespace corvane::test

@@ -57,12 +57,9 @@ public:
                                                "getwindowgeometry", "--shell", id},
                                               false)
                                           .split(u'\n');
-            const auto value = [&lines](int line) {
-                return lines.value(line).section(u'=', 1).toInt();
-            };
             if (lines.size() >= 7)
-                shown.append({lines[1].toLongLong(), lines[0],
-                              QRect(value(3), value(4), value(5), value(6)), value(2) == active});
+                shown.append({lines[1].toLongLong(), lines[0], shellGeometry(lines.mid(2)),
+                              lines[2].section(u'=', 1).toLongLong() == active});
         };
         for (const QString& id : rootProperty("_NET_CLIENT_LIST_STACKING"))
             add(id);

@@ -1,5 +1,6 @@
 #include "SessionTools.h"
 
+#include <QHash>
 #include <QRegularExpression>
 #include <QTest>
 #include <X11/Xlib.h>
@@ -14,6 +15,14 @@ QString xdotool(const QStringList& arguments, bool mustSucceed)
     if (mustSucceed && (!finished || process.exitCode() != 0))
         qFatal("xdotool %s failed", qPrintable(arguments.join(u' ')));
     return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+}
+
+QRect shellGeometry(const QStringList& lines)
+{
+    QHash<QString, int> values;
+    for (const QString& line : lines)
+        values.insert(line.section(u'=', 0, 0), line.section(u'=', 1).toInt());
+    return {values.value("X"), values.value("Y"), values.value("WIDTH"), values.value("HEIGHT")};
 }
 
 QString windowTitles(qint64 pid)

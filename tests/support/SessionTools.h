@@ -5,12 +5,17 @@
 
 #include <QObject>
 #include <QProcess>
+#include <QRect>
 #include <QStringList>
 
 namespace corvane::test {
 
 // Runs xdotool and returns its output; fatal when it fails and `mustSucceed`.
 QString xdotool(const QStringList& arguments, bool mustSucceed = true);
+
+// A window's geometry in root coordinates from the lines of xdotool's `getwindowgeometry --shell`
+// (X=, Y=, WIDTH=, HEIGHT=); other lines are skipped.
+QRect shellGeometry(const QStringList& lines);
 
 // The titles of the windows of `pid`, mapped or not, one a line.
 QString windowTitles(qint64 pid);
