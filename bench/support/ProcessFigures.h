@@ -39,6 +39,16 @@ inline double cpuSeconds(qint64 pid, qint64 thread = 0)
            double(sysconf(_SC_CLK_TCK));
 }
 
+// Time one thread has spent on a CPU, in seconds, to the nanosecond (the scheduler's own count,
+// where /proc/PID/stat counts clock ticks); 0 when unreadable.
+inline double onCpuSeconds(qint64 pid, qint64 thread)
+{
+    QFile schedstat(QStringLiteral("/proc/%1/task/%2/schedstat").arg(pid).arg(thread));
+    if (!schedstat.open(QIODevice::ReadOnly))
+        return 0;
+    return schedstat.readAll().split(' ').value(0).toDouble() / 1e9;
+}
+
 // A field of /proc/PID/smaps_rollup ("Rss", "Pss") in megabytes; 0 when unreadable.
 inline double rollupMegabytes(qint64 pid, const QByteArray& field)
 {

@@ -16,12 +16,13 @@
 // that name: no signal handler, no timer.
 //
 // Keys: the Shell hands a key meant for an application's window to it before any extension's
-// event filter runs, so no filter sees it. What the Shell does tell is that input happened (its
-// idle monitor), and what it keeps is the seat's modifier state. At each input the companion
-// compares the seat with the last: a change of the modifier state is a modifier's press or
-// release; input that changed neither it, nor a lock, nor the pointer, while a modifier is held,
-// is another key (or a scroll, which breaks a hold as well). No timer runs; a quiet session costs
-// the Shell nothing, and typing costs it a look at the seat per key.
+// event filter runs, so no filter sees it. What the Shell does tell, as it takes each input in and
+// before it goes anywhere, is that input happened (its idle monitor's user-active watch), and by
+// then the seat's modifier state holds that input. At each input the companion compares the seat
+// with the last: a change of the modifier state is a modifier's press or release; input that
+// changed neither it, nor a lock, nor the pointer, while a modifier is held, is another key (or
+// a scroll, which breaks a hold as well). No timer runs; a quiet session costs the Shell nothing,
+// and typing costs it a look at the seat per input, a few microseconds.
 // While one of Corvane's own windows has the focus its keys go to Corvane itself, and only
 // modifiers are told.
 //
@@ -178,12 +179,16 @@ class CorvaneCompanion {
             parameters);
     }
 
-    // The Shell's idle monitor calls an idle watch each time input has paused for its interval:
-    // a millisecond after each key, it looks at the seat.
+    // The Shell's idle monitor calls a user-active watch as it takes each input in, before the
+    // input goes anywhere; the watch is spent once called, so each call sets the next.
     _watchKeys() {
         this._idle = global.backend.get_core_idle_monitor();
         this._state = global.get_pointer();
-        this._idleWatch = this._idle.add_idle_watch(1, () => this._sample());
+        const watch = () => {
+            this._idleWatch = this._idle.add_user_active_watch(watch);
+            this._sample();
+        };
+        this._idleWatch = this._idle.add_user_active_watch(watch);
     }
 
     _unwatchKeys() {
@@ -192,11 +197,16 @@ class CorvaneCompanion {
         this._idleWatch = 0;
     }
 
-    // Compares the seat with how it was at the last input.
+    // Compares the seat with how it was at the last input. Most input is typing with no modifier
+    // held, which ends at the first comparison.
     _sample() {
         const [x, y, mask] = global.get_pointer();
         const [lastX, lastY, lastMask] = this._state;
-        this._state = [x, y, mask];
+        this._state[0] = x;
+        this._state[1] = y;
+        this._state[2] = mask;
+        if (mask === lastMask && !(mask & HELD))
+            return;
         let modifierChanged = false;
         for (const [bit, keysym] of MODIFIERS) {
             if ((mask & bit) === (lastMask & bit))
