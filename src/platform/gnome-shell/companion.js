@@ -16,13 +16,13 @@
 // that name: no signal handler, no timer.
 //
 // Keys: the Shell hands a key meant for an application's window to it before any extension's
-// event filter runs, so no filter sees it. What the Shell does tell, as it takes each input in and
-// before it goes anywhere, is that input happened (its idle monitor's user-active watch), and by
-// then the seat's modifier state holds that input. At each input the companion compares the seat
-// with the last: a change of the modifier state is a modifier's press or release; input that
-// changed neither it, nor a lock, nor the pointer, while a modifier is held, is another key (or
-// a scroll, which breaks a hold as well). No timer runs; a quiet session costs the Shell nothing,
-// and typing costs it a look at the seat per input, a few microseconds.
+// event filter runs, so no filter sees it. What the Shell does tell is that input happened (its
+// idle monitor), and what it keeps is the seat's modifier state. A millisecond after each input
+// the companion compares the seat with the last: a change of the modifier state is a modifier's
+// press or release; input that changed neither it, nor a lock, nor the pointer, while a modifier
+// is held, is another key (or a scroll, which breaks a hold as well). No timer of its own runs; a
+// quiet session costs the Shell nothing, and typing costs it a look at the seat per input, a few
+// microseconds.
 // While one of Corvane's own windows has the focus its keys go to Corvane itself, and only
 // modifiers are told.
 //
@@ -179,16 +179,14 @@ class CorvaneCompanion {
             parameters);
     }
 
-    // The Shell's idle monitor calls a user-active watch as it takes each input in, before the
-    // input goes anywhere; the watch is spent once called, so each call sets the next.
+    // The Shell's idle monitor calls an idle watch each time input has paused for its interval:
+    // a millisecond after each key, it looks at the seat. One watch serves the whole subscription;
+    // a watch called at each input itself would be spent at once and made anew per key, which
+    // costs the Shell more.
     _watchKeys() {
         this._idle = global.backend.get_core_idle_monitor();
         this._state = global.get_pointer();
-        const watch = () => {
-            this._idleWatch = this._idle.add_user_active_watch(watch);
-            this._sample();
-        };
-        this._idleWatch = this._idle.add_user_active_watch(watch);
+        this._idleWatch = this._idle.add_idle_watch(1, () => this._sample());
     }
 
     _unwatchKeys() {
