@@ -73,10 +73,7 @@ private Q_SLOTS:
         QVERIFY(m_corvane->waitForLine("launch: accessibility on"));
         if (m_desktop->name().startsWith(u"gnome"))
             QVERIFY(m_corvane->waitForLine("GNOME Shell's companion"));
-        const auto panel = [this] {
-            const auto w = m_desktop->window(m_corvane->pid(), QStringLiteral("Corvane"));
-            return w && w->title == u"Corvane" ? w : std::nullopt;
-        };
+        const auto panel = [this] { return m_desktop->panel(m_corvane->pid()); };
         const QRect area = m_desktop->workArea();
         const QPoint away = area.bottomRight() - QPoint(5, 5);
 
@@ -84,10 +81,7 @@ private Q_SLOTS:
         // compositor may show it before it is placed).
         m_desktop->hold("Control_L", 2500);
         QTRY_VERIFY_WITH_TIMEOUT(panel(), 5000);
-        const auto centred = [&] {
-            const auto shown = panel();
-            return shown && (shown->frame.center() - area.center()).manhattanLength() <= 2;
-        };
+        const auto centred = [&] { return m_desktop->panelCentred(m_corvane->pid(), area); };
         QTRY_VERIFY2_WITH_TIMEOUT(centred(), qPrintable(describe(panel(), area)), 1000);
         const QList<Desktop::Window> shown = m_desktop->windows();
         const auto index = [&shown](qint64 pid) {

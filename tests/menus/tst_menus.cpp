@@ -1,6 +1,6 @@
 // The menu model: the crawl's and the press's walk rules on trees built in memory (the real
-// applications are in the session tests), command identity, the JSON form, the catalog cache
-// and the favourites store.
+// applications are in the session tests), command identity, the JSON form's errors (its round
+// trip is the fuzzer's), the catalog cache, the favourites store and the history.
 
 #include "FakeMenuTree.h"
 #include "menus/CommandHistory.h"
@@ -11,7 +11,6 @@
 #include "menus/MenuWalk.h"
 #include "platform/UserDefaults.h"
 
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -173,19 +172,6 @@ private Q_SLOTS:
         disabled.enabled = false;
         QVERIFY(!(command({"File", "Café"}) == disabled));
         QVERIFY(!(command({"File", "Café"}) == command({"File", "Café#1"})));
-    }
-
-    void json()
-    {
-        MenuCatalog catalog{"org.geany.Geany", "Geany", {}};
-        catalog.sections.append(MenuSection{
-            "File",
-            {MenuCommand{{{"File", 0}, {"Open…", 0}}, ShortcutKeys{{"Ctrl"}, "O"}, true, false},
-             MenuCommand{
-                 {{"File", 0}, {"Recent", 0}, {"a#b ▸ c", 1}}, ShortcutKeys::none, false, true}}});
-        const auto read = MenuCatalogJson::read(MenuCatalogJson::write(catalog));
-        QVERIFY2(read.catalog.has_value(), qPrintable(read.error));
-        QVERIFY(*read.catalog == catalog);
     }
 
     void jsonErrorsAreClear_data()

@@ -215,12 +215,10 @@ private Q_SLOTS:
     }
 
 private:
-    void present(const std::optional<MenuCatalog>& catalog = sample(),
-                 const QStringList& favorites = {}, bool showDisabled = true,
-                 const QString& trigger = "Ctrl")
+    void present(const std::optional<MenuCatalog>& catalog = sample())
     {
-        m_controller->present(RunningApp{m_mousepad, {}, "Editor", {}}, catalog, favorites,
-                              showDisabled, true, true, trigger);
+        m_controller->present(RunningApp{m_mousepad, {}, "Editor", {}}, catalog, {}, true, true,
+                              true, "Ctrl");
         QVERIFY(QTest::qWaitForWindowExposed(m_controller->panel()));
         QVERIFY(nextFrame(m_controller->panel()));
         find("searchText")->installEventFilter(&m_probe);

@@ -113,10 +113,10 @@ app.run([]))")
         m_desktop->hold("Control_L", 1500);
         QVERIFY(m_corvane->waitForLine("overlay: first frame for " + appId, 1, from, 5000));
         const QRect area = m_desktop->workArea();
-        QTRY_VERIFY_WITH_TIMEOUT(panelCentred(area), 2000);
+        QTRY_VERIFY_WITH_TIMEOUT(m_desktop->panelCentred(m_corvane->pid(), area), 2000);
         QCOMPARE(m_desktop->windows().last().pid, m_corvane->pid()); // above everything
         m_desktop->finishHold();
-        QTRY_VERIFY(!panel());
+        QTRY_VERIFY(!m_desktop->panel(m_corvane->pid()));
     }
 
     void aChordShowsNothing()
@@ -187,18 +187,6 @@ app.run([]))")
     }
 
 private:
-    std::optional<Desktop::Window> panel()
-    {
-        const auto w = m_desktop->window(m_corvane->pid(), QStringLiteral("Corvane"));
-        return w && w->title == u"Corvane" ? w : std::nullopt;
-    }
-
-    bool panelCentred(const QRect& area)
-    {
-        const auto shown = panel();
-        return shown && (shown->frame.center() - area.center()).manhattanLength() <= 2;
-    }
-
     std::unique_ptr<Desktop> m_desktop;
     std::unique_ptr<CorvaneProcess> m_corvane;
     QString m_corvaneName;

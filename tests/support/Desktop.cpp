@@ -381,6 +381,18 @@ std::optional<Desktop::Window> Desktop::window(qint64 pid, const QString& title)
     return std::nullopt;
 }
 
+std::optional<Desktop::Window> Desktop::panel(qint64 pid)
+{
+    const auto w = window(pid, QStringLiteral("Corvane"));
+    return w && w->title == u"Corvane" ? w : std::nullopt;
+}
+
+bool Desktop::panelCentred(qint64 pid, const QRect& area)
+{
+    const auto shown = panel(pid);
+    return shown && (shown->frame.center() - area.center()).manhattanLength() <= 2;
+}
+
 bool Desktop::activate(qint64 pid)
 {
     focus(pid);

@@ -38,6 +38,10 @@ public:
     std::optional<Window> window(qint64 pid, const QString& title = {});
     // Where windows go on the screen: the screen less the desktop's own bars.
     virtual QRect workArea() = 0;
+    // Corvane's panel (the window titled "Corvane") of process `pid`, when it shows.
+    std::optional<Window> panel(qint64 pid);
+    // Whether that panel shows centred on `area`, within two pixels.
+    bool panelCentred(qint64 pid, const QRect& area);
     // Gives a window of `pid` the focus, and waits until it has it.
     bool activate(qint64 pid);
 

@@ -7,14 +7,22 @@
 
 namespace corvane::test {
 
-QString xdotool(const QStringList& arguments, bool mustSucceed)
+std::optional<QString> output(const QString& program, const QStringList& arguments, int timeoutMs)
 {
     QProcess process;
-    process.start("xdotool", arguments);
-    const bool finished = process.waitForFinished(10000);
-    if (mustSucceed && (!finished || process.exitCode() != 0))
+    process.start(program, arguments);
+    if (!process.waitForFinished(timeoutMs) || process.exitStatus() != QProcess::NormalExit ||
+        process.exitCode() != 0)
+        return std::nullopt;
+    return QString::fromUtf8(process.readAllStandardOutput());
+}
+
+QString xdotool(const QStringList& arguments, bool mustSucceed)
+{
+    const auto printed = output("xdotool", arguments);
+    if (mustSucceed && !printed)
         qFatal("xdotool %s failed", qPrintable(arguments.join(u' ')));
-    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+    return printed.value_or(QString()).trimmed();
 }
 
 QRect shellGeometry(const QStringList& lines)
@@ -42,13 +50,9 @@ qint64 activeWindowPid()
 
 int windowDepth(const QString& window)
 {
-    QProcess xwininfo;
-    xwininfo.start("xwininfo", {"-id", window});
-    if (!xwininfo.waitForFinished(5000) || xwininfo.exitCode() != 0)
-        return -1;
     static const QRegularExpression depth("Depth: (\\d+)");
     const QRegularExpressionMatch match =
-        depth.match(QString::fromUtf8(xwininfo.readAllStandardOutput()));
+        depth.match(output("xwininfo", {"-id", window}).value_or(QString()));
     return match.hasMatch() ? match.captured(1).toInt() : -1;
 }
 

@@ -120,11 +120,11 @@ private Q_SLOTS:
         // set-up).
         QTemporaryDir dir;
         const QString cert = dir.filePath("cert.pem"), key = dir.filePath("key.pem");
-        QProcess openssl;
-        openssl.start("openssl", {"req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2",
-                                  "-subj", "/CN=127.0.0.1", "-addext",
-                                  "subjectAltName=IP:127.0.0.1", "-keyout", key, "-out", cert});
-        QVERIFY(openssl.waitForFinished(30000) && openssl.exitCode() == 0);
+        QVERIFY(test::output("openssl",
+                             {"req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2",
+                              "-subj", "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1",
+                              "-keyout", key, "-out", cert},
+                             30000));
         // Two servers with the same certificate: no connection is reused from one check to the
         // next.
         const auto check = [&] {

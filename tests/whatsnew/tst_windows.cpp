@@ -23,7 +23,6 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QMenu>
-#include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -295,10 +294,7 @@ private Q_SLOTS:
         click(toggle);
         QTRY_VERIFY(QFile::exists(entry));
         QVERIFY(toggle->property("checked").toBool() && m_desktop->launchesAtLogin());
-        QProcess validate;
-        validate.start("desktop-file-validate", {entry});
-        QVERIFY(validate.waitForFinished(10000));
-        QVERIFY2(validate.exitCode() == 0, validate.readAllStandardOutput().constData());
+        QVERIFY(output("desktop-file-validate", {entry}));
         QFile file(entry);
         QVERIFY(file.open(QIODevice::ReadOnly));
         QVERIFY(
