@@ -148,9 +148,11 @@ private Q_SLOTS:
         X11Workspace workspace;
         QVERIFY(workspace.isAvailable());
         QSignalSpy others(&workspace, &X11Workspace::otherApplicationActivated);
+        QSignalSpy all(&workspace, &X11Workspace::applicationActivated);
         QVERIFY(test::activateWindowOf(qt, "fixture"));
         QTest::qWait(1000); // a window that maps late takes the focus once more
         others.clear();
+        all.clear();
         for (qint64 pid : {gtk, qt, gtk}) {
             QVERIFY(test::activateWindowOf(pid, "fixture"));
             QTRY_VERIFY(!others.isEmpty() && others.last().at(0).value<RunningApp>().pid == pid);
@@ -164,6 +166,22 @@ private Q_SLOTS:
         QCOMPARE(pids, (QList<qint64>{gtk, qt, gtk}));
         QCOMPARE(others.at(1).at(0).value<RunningApp>().appId, "corvane-fixture-qt");
         QCOMPARE(workspace.frontmostApplication()->pid, gtk);
+
+        // This process's own window is an activation, but not of another application; its
+        // second window is the same application again: nothing new.
+        QWindow own[2];
+        for (QWindow& window : own) {
+            window.setGeometry(50, 50, 200, 150);
+            window.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&window));
+            xdotool({"windowactivate", "--sync", QString::number(window.winId())});
+            QTRY_COMPARE(all.size(), 4);
+        }
+        QTest::qWait(300); // the second one's activation announces nothing late either
+        QCOMPARE(all.size(), 4);
+        QCOMPARE(all.last().at(0).value<RunningApp>().pid, X11Workspace::thisProcessId());
+        QCOMPARE(others.size(), 3);
+        QCOMPARE(workspace.frontmostApplication()->pid, QCoreApplication::applicationPid());
     }
 
 private:
