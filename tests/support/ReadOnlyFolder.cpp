@@ -1,23 +1,12 @@
 #include "ReadOnlyFolder.h"
 
+#include "SessionTools.h"
+
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <unistd.h>
 
 namespace corvane::test {
-
-namespace {
-
-bool chattr(const QString& flag, const QString& path)
-{
-    QProcess process;
-    process.start("chattr", {flag, path});
-    return process.waitForFinished(5000) && process.exitStatus() == QProcess::NormalExit &&
-           process.exitCode() == 0;
-}
-
-} // namespace
 
 ReadOnlyFolder::ReadOnlyFolder(QString path) : m_path(std::move(path))
 {
@@ -28,7 +17,7 @@ ReadOnlyFolder::ReadOnlyFolder(QString path) : m_path(std::move(path))
     QFile::setPermissions(m_path,
                           QFile::ReadOwner | QFile::ExeOwner | QFile::ReadGroup | QFile::ExeGroup);
     if (geteuid() == 0) {
-        m_immutable = chattr("+i", m_path);
+        m_immutable = output("chattr", {"+i", m_path}).has_value();
         if (!m_immutable)
             m_reason = "running as root and chattr +i failed on " + m_path;
     }
@@ -46,7 +35,7 @@ ReadOnlyFolder::ReadOnlyFolder(QString path) : m_path(std::move(path))
 ReadOnlyFolder::~ReadOnlyFolder()
 {
     if (m_immutable)
-        chattr("-i", m_path);
+        output("chattr", {"-i", m_path});
     QFile::setPermissions(m_path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     const QDir dir(m_path);
     for (const QString& name : dir.entryList(QDir::Files))
