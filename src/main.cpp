@@ -94,6 +94,7 @@ int main(int argc, char* argv[])
 
     // The journal in a user session (`journalctl --user -t corvane`), stderr otherwise.
     JournalLog::install();
+    JournalLog::rewordToolkitNotices();
 
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Corvane"));

@@ -1,5 +1,6 @@
 #include "JournalLog.h"
 
+#include <QLoggingCategory>
 #include <QtEndian>
 #include <cstdio>
 #include <sys/socket.h>
@@ -9,6 +10,27 @@
 namespace corvane::JournalLog {
 
 namespace {
+
+Q_LOGGING_CATEGORY(lcKeys, "com.vantorel.corvane.keys")
+
+QtMessageHandler beforeRewording = nullptr;
+
+void reworded(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    // QSpiApplication::keyEventError  "org.freedesktop.DBus.Error.NoReply" "Did not receive…"
+    if (type != QtWarningMsg || !message.startsWith(u"QSpiApplication::keyEventError")) {
+        beforeRewording(type, context, message);
+        return;
+    }
+    if (!lcKeys().isInfoEnabled())
+        return;
+    const QMessageLogContext own(context.file, context.line, context.function,
+                                 lcKeys().categoryName());
+    beforeRewording(QtInfoMsg, own,
+                    QStringLiteral("keys: the accessibility registry was slow to pass on a key "
+                                   "typed into Corvane's window (%1); it went on all the same")
+                        .arg(message.section(u'"', 1, 1)));
+}
 
 int journalSocket = -1;
 sockaddr_un journalAddress{};
@@ -98,6 +120,11 @@ bool install(const QString& socketPath)
     alsoToTerminal = ::isatty(STDERR_FILENO);
     qInstallMessageHandler(handler);
     return true;
+}
+
+void rewordToolkitNotices()
+{
+    beforeRewording = qInstallMessageHandler(reworded);
 }
 
 } // namespace corvane::JournalLog

@@ -17,6 +17,13 @@ inline const QString defaultSocket = QStringLiteral("/run/systemd/journal/socket
 // handler, stderr, kept) otherwise.
 bool install(const QString& socketPath = defaultSocket);
 
+// Qt's accessibility bridge holds each key typed into Corvane's own windows until the
+// accessibility registry has passed it to every keystroke listener, Corvane's own among them, and
+// warns in its own words when that takes over 100 ms, then delivers the key all the same. This
+// rewords that warning as an info line of Corvane's keys category, on top of whichever handler
+// is installed.
+void rewordToolkitNotices();
+
 // One journal entry in the native protocol (fields with a line break in the binary form).
 QByteArray entry(QtMsgType type, const QMessageLogContext& context, const QString& message);
 
