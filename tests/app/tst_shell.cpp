@@ -92,7 +92,8 @@ private Q_SLOTS:
             QVERIFY(!panel.isEmpty());
             QCOMPARE(windowDepth(panel), composited ? 32 : 24);
             const auto blurHint = output("xprop", {"-id", panel, "_KDE_NET_WM_BLUR_BEHIND_REGION"});
-            QCOMPARE(blurHint->startsWith("_KDE_NET_WM_BLUR_BEHIND_REGION(CARDINAL)"), composited);
+            QCOMPARE(blurHint.text.startsWith("_KDE_NET_WM_BLUR_BEHIND_REGION(CARDINAL)"),
+                     composited);
             QCOMPARE(activeWindowPid(), m_geany);
             releaseTrigger();
             QTRY_VERIFY(!m_corvane->panelVisible());

@@ -475,9 +475,8 @@ private:
     qint64 startOffTheBus(const QString& program, const QStringList& arguments,
                           const std::function<bool(qint64)>& ready)
     {
-        const QString address = test::output("xprop", {"-root", "-notype", "AT_SPI_BUS"})
-                                    .value_or("")
-                                    .section(u'"', 1, 1);
+        const QString address =
+            test::output("xprop", {"-root", "-notype", "AT_SPI_BUS"}).text.section(u'"', 1, 1);
         const auto setAddress = [](const QString& value) {
             QProcess::execute("xprop",
                               {"-root", "-f", "AT_SPI_BUS", "8s", "-set", "AT_SPI_BUS", value});

@@ -17,7 +17,7 @@ ReadOnlyFolder::ReadOnlyFolder(QString path) : m_path(std::move(path))
     QFile::setPermissions(m_path,
                           QFile::ReadOwner | QFile::ExeOwner | QFile::ReadGroup | QFile::ExeGroup);
     if (geteuid() == 0) {
-        m_immutable = output("chattr", {"+i", m_path}).has_value();
+        m_immutable = output("chattr", {"+i", m_path}).succeeded;
         if (!m_immutable)
             m_reason = "running as root and chattr +i failed on " + m_path;
     }

@@ -7,22 +7,21 @@
 
 namespace corvane::test {
 
-std::optional<QString> output(const QString& program, const QStringList& arguments, int timeoutMs)
+ProgramOutput output(const QString& program, const QStringList& arguments, int timeoutMs)
 {
     QProcess process;
     process.start(program, arguments);
-    if (!process.waitForFinished(timeoutMs) || process.exitStatus() != QProcess::NormalExit ||
-        process.exitCode() != 0)
-        return std::nullopt;
-    return QString::fromUtf8(process.readAllStandardOutput());
+    const bool finished = process.waitForFinished(timeoutMs);
+    return {QString::fromUtf8(process.readAllStandardOutput()),
+            finished && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0};
 }
 
 QString xdotool(const QStringList& arguments, bool mustSucceed)
 {
-    const auto printed = output("xdotool", arguments);
-    if (mustSucceed && !printed)
+    const ProgramOutput printed = output("xdotool", arguments);
+    if (mustSucceed && !printed.succeeded)
         qFatal("xdotool %s failed", qPrintable(arguments.join(u' ')));
-    return printed.value_or(QString()).trimmed();
+    return printed.text.trimmed();
 }
 
 QRect shellGeometry(const QStringList& lines)
@@ -50,10 +49,10 @@ qint64 activeWindowPid()
 
 int windowDepth(const QString& window)
 {
+    const ProgramOutput info = output("xwininfo", {"-id", window});
     static const QRegularExpression depth("Depth: (\\d+)");
-    const QRegularExpressionMatch match =
-        depth.match(output("xwininfo", {"-id", window}).value_or(QString()));
-    return match.hasMatch() ? match.captured(1).toInt() : -1;
+    const QRegularExpressionMatch match = depth.match(info.text);
+    return info.succeeded && match.hasMatch() ? match.captured(1).toInt() : -1;
 }
 
 bool compositorRunning()

@@ -7,14 +7,17 @@
 #include <QProcess>
 #include <QRect>
 #include <QStringList>
-#include <optional>
 
 namespace corvane::test {
 
-// Runs `program` to its end (within `timeoutMs`) and returns what it printed on standard output;
-// nothing when it failed or did not end.
-std::optional<QString> output(const QString& program, const QStringList& arguments,
-                              int timeoutMs = 10000);
+// What a program printed on standard output, and whether it ended within its time with status 0.
+struct ProgramOutput {
+    QString text;
+    bool succeeded = false;
+};
+
+// Runs `program` to its end, waiting up to `timeoutMs`.
+ProgramOutput output(const QString& program, const QStringList& arguments, int timeoutMs = 10000);
 
 // Runs xdotool and returns its output; fatal when it fails and `mustSucceed`.
 QString xdotool(const QStringList& arguments, bool mustSucceed = true);

@@ -124,7 +124,8 @@ private Q_SLOTS:
                              {"req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2",
                               "-subj", "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1",
                               "-keyout", key, "-out", cert},
-                             30000));
+                             30000)
+                    .succeeded);
         // Two servers with the same certificate: no connection is reused from one check to the
         // next.
         const auto check = [&] {

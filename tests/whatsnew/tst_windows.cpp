@@ -294,7 +294,8 @@ private Q_SLOTS:
         click(toggle);
         QTRY_VERIFY(QFile::exists(entry));
         QVERIFY(toggle->property("checked").toBool() && m_desktop->launchesAtLogin());
-        QVERIFY(output("desktop-file-validate", {entry}));
+        const ProgramOutput validated = output("desktop-file-validate", {entry});
+        QVERIFY2(validated.succeeded, qPrintable(validated.text));
         QFile file(entry);
         QVERIFY(file.open(QIODevice::ReadOnly));
         QVERIFY(
