@@ -416,7 +416,8 @@ int desktopFigures(const QString& desktop)
                                           "com.vantorel.Corvane.Companion1", "ModifierKey", &stamps,
                                           SLOT(onModifierKey(uint, bool, qlonglong)));
     PressTimer presses(monitors);
-    const std::vector<double> sent = presses.press([&](bool down) { remote->key(ctrl, down); });
+    const auto sendCtrl = [&remote](bool down) { remote->key(ctrl, down); };
+    const std::vector<double> sent = presses.press(sendCtrl);
     const auto [heardP50, heardP99] = p50p99(presses.heard);
     figure("press_to_detector_p50", heardP50, "ms");
     figure("press_to_detector_p99", heardP99, "ms");
@@ -436,7 +437,7 @@ int desktopFigures(const QString& desktop)
     geany.kill();
     geany.waitForFinished(5000);
     startGeany();
-    presses.press([&](bool down) { remote->key(ctrl, down); });
+    presses.press(sendCtrl);
     const auto [stillP50, stillP99] = p50p99(presses.heard);
     QProcess::execute("gsettings", QStringList{"reset"} + blink);
     figure("press_to_detector_still_screen_p50", stillP50, "ms");
