@@ -17,8 +17,8 @@
 //
 // Keys: the Shell hands a key meant for an application's window to it before any extension's
 // event filter runs, so no filter sees it. What the Shell does tell is that input happened (its
-// idle monitor), and what it keeps is the seat's modifier state. A millisecond after each input
-// the companion compares the seat with the last: a change of the modifier state is a modifier's
+// idle monitor), and what it keeps is the seat's modifier state. As each input arrives the
+// companion compares the seat with the last: a change of the modifier state is a modifier's
 // press or release; input that changed neither it, nor a lock, nor the pointer, while a modifier
 // is held, is another key (or a scroll, which breaks a hold as well). No timer of its own runs; a
 // quiet session costs the Shell nothing, and typing costs it a call into this file and a look at
@@ -179,20 +179,27 @@ class CorvaneCompanion {
             parameters);
     }
 
-    // The Shell's idle monitor calls an idle watch each time input has paused for its interval:
-    // a millisecond after each key, it looks at the seat. One watch serves the whole subscription;
-    // a user-active watch, called as the input arrives, would save that millisecond but is spent
-    // once called and would be made anew for every input.
+    // The Shell's idle monitor calls a user-active watch while it takes in an input, and then
+    // drops it: each call sets the next watch first. An idle watch would serve the whole
+    // subscription, but it is called only once input has paused for its interval, a millisecond
+    // or more later and in a turn of the Shell's main loop of its own, which is no cheaper.
     _watchKeys() {
         this._idle = global.backend.get_core_idle_monitor();
         this._state = global.get_pointer();
-        this._idleWatch = this._idle.add_idle_watch(1, () => this._sample());
+        this._watchNextInput();
+    }
+
+    _watchNextInput() {
+        this._activeWatch = this._idle.add_user_active_watch(() => {
+            this._watchNextInput();
+            this._sample();
+        });
     }
 
     _unwatchKeys() {
-        if (this._idleWatch)
-            this._idle.remove_watch(this._idleWatch);
-        this._idleWatch = 0;
+        if (this._activeWatch)
+            this._idle.remove_watch(this._activeWatch);
+        this._activeWatch = 0;
     }
 
     // Compares the seat with how it was at the last input. Most input is typing with no modifier
