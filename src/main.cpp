@@ -213,7 +213,8 @@ int main(int argc, char* argv[])
                                     [&companion] {
                                         return QSystemTrayIcon::isSystemTrayAvailable() ||
                                                companion.state() == DesktopCompanion::State::on;
-                                    }};
+                                    },
+                                .ownTitleBar = wayland && !WaylandWindows::compositorDrawsFrames()};
     // Input meant for the panel is Corvane's own, not a hold or an interruption.
     const auto panelHasKeyboard = [&delegate] { return delegate.overlay.keyMonitorInstalled(); };
     if (xInput) {

@@ -11,7 +11,7 @@ packages=(
   cmake g++ make pkg-config ninja-build
   qt6-base-dev qt6-base-dev-tools qt6-declarative-dev qt6-declarative-dev-tools
   qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools qt6-svg-dev qt6-multimedia-dev
-  libx11-dev libxi-dev libxtst-dev libgl-dev
+  libx11-dev libxi-dev libxtst-dev libgl-dev libwayland-dev
   # The manual pages
   scdoc
   # QML modules and plugins loaded at run time; the accessibility bus
@@ -34,7 +34,7 @@ if [ "${1:-}" = "--tests" ]; then
     sway wtype qtwayland5
     # The desktops people run, as test sessions: GNOME Shell and KWin (Wayland and X11), and the
     # input-injection protocol KWin offers tests
-    gnome-shell kwin-wayland kwin-x11 plasma-wayland-protocols libwayland-dev
+    gnome-shell kwin-wayland kwin-x11 plasma-wayland-protocols
     # The GNOME Shell companion's module format, parsed as later Shells parse it
     gjs
     # A browser whose menus exist only in its global-menu export

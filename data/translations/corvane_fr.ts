@@ -511,6 +511,17 @@
     </message>
 </context>
 <context>
+    <name>WindowSurface</name>
+    <message>
+        <source>Minimize</source>
+        <translation>Réduire</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>Fermer</translation>
+    </message>
+</context>
+<context>
     <name>corvane::AppDelegate</name>
     <message>
         <source>Saved to %1</source>

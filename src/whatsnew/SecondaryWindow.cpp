@@ -119,6 +119,8 @@ void SecondaryWindow::create(const QString& module, const QString& type, const Q
     auto* window = new SecondaryView;
     QVariantMap initial = properties;
     initial.insert(QStringLiteral("model"), QVariant::fromValue(model));
+    initial.insert(QStringLiteral("ownTitleBar"), WindowServices::shared().ownTitleBar);
+    initial.insert(QStringLiteral("minimizable"), buttons == Buttons::closeAndMinimize);
     QQuickItem* item = createViewIn(component, *window, initial);
     // The view goes with its window; the model after them, so that no binding sees it vanish.
     item->setParent(window);

@@ -38,6 +38,7 @@ struct WindowServices {
     std::function<RunningApp(const QString& appId)> describeApplication;
     DesktopCompanion* companion = nullptr; // where the desktop needs one (GNOME Shell on Wayland)
     std::function<bool()> trayAvailable;   // false: the windows offer what the tray menu would
+    bool ownTitleBar = false; // the compositor frames no window: the windows draw a title bar
 
     static WindowServices& shared();
     // The configured trigger's name for texts; the default "Ctrl" when the trigger is off.

@@ -22,8 +22,10 @@ void fitToContent(QWindow& window, const QQuickItem* content)
 {
     if (!content)
         return;
+    // A title bar the window draws itself sits above the content.
+    const qreal height = content->implicitHeight() + content->property("titleBarHeight").toReal();
     const QSize fitting(static_cast<int>(std::ceil(content->implicitWidth())),
-                        static_cast<int>(std::ceil(content->implicitHeight())));
+                        static_cast<int>(std::ceil(height)));
     if (fitting.width() <= 1 || fitting.height() <= 1)
         return;
     // A window of fixed size: the content decides it.

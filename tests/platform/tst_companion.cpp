@@ -3,7 +3,8 @@
 // applications that tell the accessibility bus no keys (Chromium, a GTK 4 program) shows the
 // panel for the window in front, centred and above it, and for the other one once the focus has
 // moved; a chord (Ctrl+Z) during the delay shows nothing; the top-bar icon's menu, Corvane's tray
-// menu, opens Settings; switched off, the accessibility bus takes over (geany). A bus monitor
+// menu, opens Settings, whose own title bar moves and closes it (the Shell frames no window);
+// switched off, the accessibility bus takes over (geany). A bus monitor
 // watches throughout: every key transition goes to Corvane's own bus name, and none names a key
 // other than a modifier.
 
@@ -143,6 +144,31 @@ app.run([]))")
                            "._getMenuItems().find(i => i.label?.text === 'Settings…').activate("
                            "imports.gi.Clutter.get_current_event()); true");
         QTRY_VERIFY_WITH_TIMEOUT(m_desktop->window(m_corvane->pid(), "Settings"), 5000);
+
+        // The Shell frames no window: Settings draws its own title bar, which moves the window
+        // when dragged and closes it with its button.
+        const auto settings = [this] { return m_desktop->window(m_corvane->pid(), "Settings"); };
+        const auto button = [](bool down) {
+            Desktop::shellEval(QStringLiteral("global.corvanePointer.notify_button("
+                                              "imports.gi.GLib.get_monotonic_time(), 1, %1); true")
+                                   .arg(down ? 1 : 0));
+        };
+        QTest::qWait(500); // placed
+        const QRect before = settings()->frame;
+        m_desktop->movePointer(before.topLeft() + QPoint(60, 18));
+        button(true);
+        for (int step = 1; step <= 8; ++step) {
+            QTest::qWait(30);
+            m_desktop->movePointer(before.topLeft() + QPoint(60 + step * 10, 18 + step * 5));
+        }
+        button(false);
+        QTRY_COMPARE(settings()->frame.topLeft(), before.topLeft() + QPoint(80, 40));
+        m_desktop->movePointer(settings()->frame.topRight() + QPoint(-20, 18));
+        QTest::qWait(300);
+        button(true);
+        QTest::qWait(50);
+        button(false);
+        QTRY_VERIFY(!settings());
     }
 
     void switchedOffTheBusTakesOver()

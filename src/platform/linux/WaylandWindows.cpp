@@ -14,6 +14,7 @@
 #include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
+#include <wayland-client.h>
 
 namespace corvane::WaylandWindows {
 
@@ -204,6 +205,29 @@ void arrange(qint64 pid)
         qCInfo(lcWindows, "windows: sway floats them");
     else
         qCInfo(lcWindows, "windows: sway did not take the rule (%s)", reply.left(200).constData());
+}
+
+bool compositorDrawsFrames()
+{
+    wl_display* display = wl_display_connect(nullptr);
+    if (!display)
+        return true;
+    // Frames drawn by the compositor are a protocol of their own among the display's globals.
+    static const wl_registry_listener listener = {
+        .global =
+            [](void* found, wl_registry*, uint32_t, const char* interface, uint32_t) {
+                if (std::strcmp(interface, "zxdg_decoration_manager_v1") == 0)
+                    *static_cast<bool*>(found) = true;
+            },
+        .global_remove = [](void*, wl_registry*, uint32_t) {},
+    };
+    bool found = false;
+    wl_registry* registry = wl_display_get_registry(display);
+    wl_registry_add_listener(registry, &listener, &found);
+    wl_display_roundtrip(display);
+    wl_registry_destroy(registry);
+    wl_display_disconnect(display);
+    return found;
 }
 
 } // namespace corvane::WaylandWindows

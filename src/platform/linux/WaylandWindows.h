@@ -23,4 +23,9 @@ void arrange(qint64 pid);
 // One IPC command to sway at `socketPath`; the reply's JSON, or an empty text when it failed.
 QByteArray swayCommand(const QByteArray& socketPath, const QByteArray& command);
 
+// Whether the compositor frames windows itself (KWin and sway offer it; GNOME Shell does not, and
+// Corvane's windows then draw their own title bar). Asked on a connection of its own, once, as
+// Corvane starts; true when there is no Wayland display to ask.
+bool compositorDrawsFrames();
+
 } // namespace corvane::WaylandWindows
