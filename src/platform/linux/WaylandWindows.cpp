@@ -197,11 +197,13 @@ void arrange(qint64 pid)
         arrangeOnKWin(pid);
         return;
     }
-    // sway answers at once, within half a second at worst.
+    // sway answers at once, within half a second at worst. Only the panel goes without sway's
+    // frame: the other windows keep their title bar, to be moved and closed by.
+    const QByteArray criteria = QByteArrayLiteral("for_window [pid=") + QByteArray::number(pid);
     const QByteArray reply =
-        swayCommand(sway, QByteArrayLiteral("for_window [pid=") + QByteArray::number(pid) +
-                              "] floating enable, border none, move position center");
-    if (reply.contains("\"success\": true") || reply.contains("\"success\":true"))
+        swayCommand(sway, criteria + "] floating enable, move position center; " + criteria +
+                              " title=\"^Corvane$\"] border none");
+    if (reply.count("\"success\": true") + reply.count("\"success\":true") == 2)
         qCInfo(lcWindows, "windows: sway floats them");
     else
         qCInfo(lcWindows, "windows: sway did not take the rule (%s)", reply.left(200).constData());

@@ -3,8 +3,8 @@
 // Corvane's windows on a Wayland session, where a client cannot place its own windows: the panel
 // must float above the application, centred and undecorated, never tiled beside it. Each
 // compositor family is asked in the way it offers, once when Corvane starts:
-//   - sway (and i3-compatible wlroots compositors): a window rule for Corvane's process over the
-//     compositor's IPC socket ($SWAYSOCK): floating, no border, centred;
+//   - sway (and i3-compatible wlroots compositors): window rules for Corvane's process over the
+//     compositor's IPC socket ($SWAYSOCK): floating and centred, the panel without a border;
 //   - KWin: a script of its own, loaded over the session bus, that centres each of Corvane's
 //     windows on the screen of the window in front when it maps, and keeps the panel above
 //     (left to itself KWin places a new window by its own policy, off centre over some
