@@ -76,6 +76,8 @@ int main(int argc, char* argv[])
     if (!DisplaySession::prepare("corvane", argc, argv))
         return 1;
     const bool wayland = DisplaySession::chosen() == DisplaySession::Kind::wayland;
+    // Asked before there is anything on screen to keep waiting: one round trip to the compositor.
+    const bool ownTitleBar = wayland && !WaylandWindows::compositorDrawsFrames();
     // A tray utility that lives all day: the software scene graph, which needs no GPU driver, and
     // no OpenGL integration in the platform plugin either, or it may load Mesa's driver and LLVM
     // (some hundred MB resident) for nothing. A value the user set is kept.
@@ -214,7 +216,7 @@ int main(int argc, char* argv[])
                                         return QSystemTrayIcon::isSystemTrayAvailable() ||
                                                companion.state() == DesktopCompanion::State::on;
                                     },
-                                .ownTitleBar = wayland && !WaylandWindows::compositorDrawsFrames()};
+                                .ownTitleBar = ownTitleBar};
     // Input meant for the panel is Corvane's own, not a hold or an interruption.
     const auto panelHasKeyboard = [&delegate] { return delegate.overlay.keyMonitorInstalled(); };
     if (xInput) {
