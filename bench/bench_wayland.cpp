@@ -316,10 +316,9 @@ int desktopFigures(const QString& desktop)
     // document stays as it is), 20 ms apart: with nobody subscribed to the companion, with a
     // user-active watch made anew at each input, as the companion's is, that does nothing else
     // (what any JavaScript called at each input costs the Shell), and with this process
-    // subscribed as Corvane; in 24 rounds that take turns,
-    // so that none gains from coming later. Identical rounds vary by about 12 % on the Shell's
-    // main thread here, and threefold for the whole process, whose software renderer's threads
-    // do the painting.
+    // subscribed as Corvane; in 24 rounds that take turns, so that none gains from coming later.
+    // Identical rounds vary by about 12 % on the Shell's main thread here, and threefold for the
+    // whole process, whose software renderer's threads do the painting.
     const qint64 shell = QDBusConnection::sessionBus()
                              .interface()
                              ->servicePid(QStringLiteral("org.gnome.Shell"))

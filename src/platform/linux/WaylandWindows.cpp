@@ -84,11 +84,14 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcWindows, "com.vantorel.corvane.windows")
 
+// How the compositors' rules tell the panel from Corvane's other windows: its title (PeekPanel).
+const QByteArray panelTitle = QByteArrayLiteral("Corvane");
+
 QByteArray kwinScript(qint64 pid)
 {
     // The window in front is remembered as it changes: when the panel maps, it may already be
-    // the active one. The panel is the window titled "Corvane": KWin may still place it by its
-    // own rules after it is added, so it is centred again whenever it moves.
+    // the active one. KWin may still place the panel by its own rules after it is added, so it is
+    // centred again whenever it moves.
     return QByteArrayLiteral(R"(const corvane = )") + QByteArray::number(pid) + R"(;
 let front = workspace.activeClient;
 workspace.clientActivated.connect(c => { if (c && c.pid !== corvane) front = c; });
@@ -105,7 +108,8 @@ workspace.clientAdded.connect(c => {
     if (c.pid !== corvane)
         return;
     centre(c);
-    if (c.caption !== "Corvane")
+    if (c.caption !== ")" +
+           panelTitle + R"(")
         return;
     c.keepAbove = true;
     c.frameGeometryChanged.connect(() => centre(c));
@@ -202,7 +206,7 @@ void arrange(qint64 pid)
     const QByteArray criteria = QByteArrayLiteral("for_window [pid=") + QByteArray::number(pid);
     const QByteArray reply =
         swayCommand(sway, criteria + "] floating enable, move position center; " + criteria +
-                              " title=\"^Corvane$\"] border none");
+                              " title=\"^" + panelTitle + "$\"] border none");
     if (reply.count("\"success\": true") + reply.count("\"success\":true") == 2)
         qCInfo(lcWindows, "windows: sway floats them");
     else
