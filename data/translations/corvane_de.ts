@@ -413,6 +413,10 @@
         <source>Corvane %1 is the latest version.</source>
         <translation>Corvane %1 ist die neueste Version.</translation>
     </message>
+    <message>
+        <source>Software Update</source>
+        <translation>Softwareaktualisierung</translation>
+    </message>
 </context>
 <context>
     <name>WelcomeView</name>

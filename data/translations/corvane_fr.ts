@@ -413,6 +413,10 @@
         <source>Corvane %1 is the latest version.</source>
         <translation>Corvane %1 est la dernière version.</translation>
     </message>
+    <message>
+        <source>Software Update</source>
+        <translation>Mise à jour du logiciel</translation>
+    </message>
 </context>
 <context>
     <name>WelcomeView</name>

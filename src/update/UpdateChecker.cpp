@@ -138,7 +138,9 @@ void UpdateChecker::checkAndPresent(const Options& options)
     check(
         [current](const Result& result) {
             QMessageBox alert;
-            alert.setWindowTitle(QStringLiteral("Corvane"));
+            // Not "Corvane": that title is how the window managers' rules tell the panel, which
+            // they keep above and centred, from Corvane's other windows.
+            alert.setWindowTitle(tr("Software Update"));
             QPushButton* download = nullptr;
             if (!result.succeeded) {
                 alert.setText(tr("Couldn't check for updates."));

@@ -151,12 +151,13 @@ private Q_SLOTS:
         QTest::addColumn<QString>("path");
         QTest::addColumn<QString>("running"); // "" a build without a version
         QTest::addColumn<QString>("answer");  // a key, or the label of the button to click
-        QTest::addColumn<QString>("texts");   // the text, the informative text, the buttons
+        QTest::addColumn<QString>("texts");   // title, text, informative text, buttons
         QTest::addColumn<bool>("downloads");
         const QString host = "corvane.vantorel.com";
-        const QString available = "Version 2.0 is available.|You have %1. The update is a quick "
-                                  "download from " +
-                                  host + ".|Download* Later";
+        const QString available =
+            "Software Update|Version 2.0 is available.|You have %1. The update is a quick "
+            "download from " +
+            host + ".|Download* Later";
         QTest::newRow("Return downloads") << "/update-2.0"
                                           << "1.9.9"
                                           << "Return" << available.arg("1.9.9") << true;
@@ -168,14 +169,15 @@ private Q_SLOTS:
             << "/update-2.0"
             << "2.0"
             << "Return"
-            << "You're up to date.|Corvane 2.0 is the latest version.|OK*" << false;
-        QTest::newRow("failed") << "/html-404"
-                                << "1.0"
-                                << "OK"
-                                << "Couldn't check for updates.|Try again in a minute, or grab "
-                                   "the newest version at " +
-                                       host + ".|OK*"
-                                << false;
+            << "Software Update|You're up to date.|Corvane 2.0 is the latest version.|OK*" << false;
+        QTest::newRow("failed")
+            << "/html-404"
+            << "1.0"
+            << "OK"
+            << "Software Update|Couldn't check for updates.|Try again in a minute, or grab "
+               "the newest version at " +
+                   host + ".|OK*"
+            << false;
     }
 
     void alerts()
@@ -211,7 +213,8 @@ private Q_SLOTS:
                 if (button->text() == answer)
                     target = button;
             }
-            seen << box->text() << box->informativeText() << buttons.join(u' ');
+            seen << box->windowTitle() << box->text() << box->informativeText()
+                 << buttons.join(u' ');
             const QPoint centre = target ? target->mapToGlobal(target->rect().center()) : QPoint();
             QProcess::startDetached("xdotool",
                                     target ? QStringList{"mousemove", QString::number(centre.x()),
