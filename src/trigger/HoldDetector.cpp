@@ -2,6 +2,13 @@
 
 #include <QLoggingCategory>
 #include <QPointer>
+#include <QSocketNotifier>
+#include <QTimer>
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <sys/timerfd.h>
+#include <unistd.h>
 
 namespace corvane {
 
@@ -18,6 +25,13 @@ using Kind = InputMonitors::Kind;
 HoldDetector::HoldDetector(InputMonitors& monitors, QObject* parent)
     : QObject(parent), m_platform(monitors)
 {}
+
+HoldDetector::~HoldDetector()
+{
+    delete m_timerNotifier; // before its descriptor closes
+    if (m_timerFd >= 0)
+        ::close(m_timerFd);
+}
 
 bool HoldDetector::frameContains(const QRectF& frame, const QPointF& point)
 {
@@ -60,8 +74,7 @@ void HoldDetector::stop()
     for (InputMonitors::Token token : std::as_const(m_monitors))
         m_platform.remove(token);
     m_monitors.clear();
-    delete m_timer;
-    m_timer = nullptr;
+    cancelTimer();
 }
 
 void HoldDetector::send(const Event& event)
@@ -79,25 +92,11 @@ void HoldDetector::send(const Event& event)
     }
     for (Effect effect : effects) {
         switch (effect) {
-        case Effect::startTimer: {
-            delete m_timer; // a pending timer is replaced: only one timerFired arrives
-            m_timer = new QTimer(this);
-            m_timer->setSingleShot(true);
-            m_timer->setTimerType(Qt::PreciseTimer);
-            QTimer* timer = m_timer;
-            connect(timer, &QTimer::timeout, this, [this, timer] {
-                if (m_timer == timer) {
-                    m_timer->deleteLater();
-                    m_timer = nullptr;
-                }
-                send(Event::timerFired());
-            });
-            m_timer->start(int(holdDelay * 1000.0 + 0.5));
+        case Effect::startTimer:
+            armTimer(); // a pending timer is replaced: only one timerFired arrives
             break;
-        }
         case Effect::cancelTimer:
-            delete m_timer;
-            m_timer = nullptr;
+            cancelTimer();
             break;
         case Effect::pin:
             m_triggerIsAloneDown = false; // the next time the trigger is alone it is a fresh press
@@ -109,6 +108,62 @@ void HoldDetector::send(const Event& event)
     }
     if (onEffect)
         onEffect(effects);
+}
+
+void HoldDetector::armTimer()
+{
+    cancelTimer();
+    m_timerPending = true;
+    const qint64 delayNs = std::max<qint64>(1, qint64(holdDelay * 1e9 + 0.5)); // 0 would disarm
+    itimerspec due{};
+    due.it_value.tv_sec = time_t(delayNs / 1'000'000'000);
+    due.it_value.tv_nsec = long(delayNs % 1'000'000'000);
+    if (openTimerFd() && timerfd_settime(m_timerFd, 0, &due, nullptr) == 0)
+        return;
+    QTimer::singleShot(int(holdDelay * 1000.0 + 0.5), Qt::PreciseTimer, this,
+                       [this, generation = m_timerGeneration] {
+                           if (generation == m_timerGeneration)
+                               delayElapsed();
+                       });
+}
+
+void HoldDetector::cancelTimer()
+{
+    m_timerPending = false;
+    ++m_timerGeneration;
+    // Setting a timerfd also clears an expiry not yet read: a timeout that came in before the
+    // cancel is never reported.
+    if (m_timerFd >= 0) {
+        const itimerspec off{};
+        timerfd_settime(m_timerFd, 0, &off, nullptr);
+    }
+}
+
+bool HoldDetector::openTimerFd()
+{
+    if (m_timerFd != -1)
+        return m_timerFd >= 0;
+    m_timerFd = timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC);
+    if (m_timerFd < 0) {
+        qCWarning(lcHold, "hold: no timerfd (%s); the event loop times the hold delay",
+                  std::strerror(errno));
+        m_timerFd = -2;
+        return false;
+    }
+    m_timerNotifier = new QSocketNotifier(m_timerFd, QSocketNotifier::Read, this);
+    connect(m_timerNotifier, &QSocketNotifier::activated, this, [this] {
+        quint64 expiries = 0;
+        if (::read(m_timerFd, &expiries, sizeof expiries) == sizeof expiries)
+            delayElapsed();
+    });
+    return true;
+}
+
+void HoldDetector::delayElapsed()
+{
+    m_timerPending = false;
+    ++m_timerGeneration;
+    send(Event::timerFired());
 }
 
 bool HoldDetector::pointerOverPanel() const

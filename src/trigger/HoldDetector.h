@@ -10,7 +10,7 @@
 
 #include <QObject>
 #include <QRectF>
-#include <QTimer>
+#include <QSocketNotifier>
 #include <functional>
 #include <optional>
 
@@ -21,6 +21,7 @@ class HoldDetector : public QObject {
 
 public:
     explicit HoldDetector(InputMonitors& monitors, QObject* parent = nullptr);
+    ~HoldDetector() override;
 
     std::function<void(const HoldStateMachine::Effects&)> onEffect;
     std::function<std::optional<QRectF>()> panelFrameProvider = [] {
@@ -42,7 +43,7 @@ public:
     void send(const HoldStateMachine::Event& event);
 
     qsizetype installedMonitorCount() const { return m_monitors.size(); }
-    bool timerPending() const { return m_timer != nullptr; }
+    bool timerPending() const { return m_timerPending; }
 
     // A rectangle contains a point on its left and top edges, not on its right and bottom ones.
     static bool frameContains(const QRectF& frame, const QPointF& point);
@@ -54,10 +55,21 @@ private:
     void handleClick();
     void handleScroll();
     bool pointerOverPanel() const;
+    void armTimer();
+    void cancelTimer();
+    bool openTimerFd();
+    void delayElapsed();
 
     InputMonitors& m_platform;
     QList<InputMonitors::Token> m_monitors;
-    QTimer* m_timer = nullptr;
+    // The hold delay is timed by a timerfd, which wakes the process when it is due; the event
+    // loop's own timers wake it at the next whole millisecond after, half a millisecond late on
+    // average. They are the fallback where no timerfd can be had. A generation tells a pending
+    // timeout from one that was cancelled or replaced.
+    int m_timerFd = -1; // -2: none could be had
+    QSocketNotifier* m_timerNotifier = nullptr;
+    bool m_timerPending = false;
+    quint64 m_timerGeneration = 0;
     bool m_triggerIsAloneDown = false;
 };
 
