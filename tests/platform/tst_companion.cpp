@@ -110,6 +110,12 @@ app.run([]))")
         QFETCH(QString, app);
         QFETCH(QString, appId);
         QVERIFY(m_desktop->activate(m_apps.value(app)));
+        // With animations on, as where the Shell renders in hardware, the Shell zooms a new window
+        // in from a hundredth of its width: a probe sees each mapped window's scale.
+        Desktop::shellEval("imports.gi.St.Settings.get().uninhibit_animations(); "
+                           "global.corvaneScales = []; global.corvaneProbe = "
+                           "global.window_manager.connect('map', (wm, a) => "
+                           "global.corvaneScales.push(a.scale_x)); true");
         const qsizetype from = m_corvane->lines().size();
         m_desktop->hold("Control_L", 1500);
         QVERIFY(m_corvane->waitForLine("overlay: first frame for " + appId, 1, from, 5000));
@@ -118,6 +124,11 @@ app.run([]))")
         QCOMPARE(m_desktop->windows().last().pid, m_corvane->pid()); // above everything
         m_desktop->finishHold();
         QTRY_VERIFY(!m_desktop->panel(m_corvane->pid()));
+        QCOMPARE(Desktop::shellEval("global.window_manager.disconnect(global.corvaneProbe); "
+                                    "imports.gi.St.Settings.get().inhibit_animations(); "
+                                    "global.corvaneScales")
+                     .array(),
+                 QJsonArray{1}); // the panel, at its full size
     }
 
     void aChordShowsNothing()

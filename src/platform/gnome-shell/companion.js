@@ -7,7 +7,7 @@
 //     Shell; the companion never learns one itself.
 //   - The focused window's process id and application id, on every change.
 //   - Corvane's windows centred on the monitor of the window in front the moment they map, and
-//     the panel kept above.
+//     the panel kept above, and shown without the Shell's zoom.
 //   - An icon in the top bar where the session has no tray, whose menu is Corvane's own tray
 //     menu, read from Corvane and acted on through it.
 //
@@ -158,8 +158,11 @@ class CorvaneCompanion {
                 () => this._focusChanged(wants('focus')));
             this._focusChanged(wants('focus'));
         }
-        if (wants('placement'))
+        if (wants('placement')) {
+            this._created = global.display.connect('window-created',
+                (display, window) => this._skipZoom(window));
             this._mapped = global.window_manager.connect('map', (wm, actor) => this._place(actor));
+        }
         this._showIcon(wants('topBarIcon'));
     }
 
@@ -169,8 +172,10 @@ class CorvaneCompanion {
             global.display.disconnect(this._focusChange);
         if (this._mapped)
             global.window_manager.disconnect(this._mapped);
+        if (this._created)
+            global.display.disconnect(this._created);
         this._showIcon(false);
-        this._focusChange = this._mapped = null;
+        this._focusChange = this._mapped = this._created = null;
         this._subscriber = this._front = null;
     }
 
@@ -237,6 +242,26 @@ class CorvaneCompanion {
         const id = app && app.get_id().endsWith('.desktop') ? app.get_id().slice(0, -8) : '';
         this._emit(this._subscriber, 'FocusChanged',
             new GLib.Variant('(us)', [window ? window.get_pid() : 0, id]));
+    }
+
+    // The Shell zooms each new window in from its bottom edge; the panel appears at once, as
+    // everywhere else, with its own fade. It is told by its title, which a window made by a
+    // Wayland client has only after it is made, before it maps.
+    _skipZoom(window) {
+        if (window.get_pid() !== this._pid)
+            return;
+        const skipIfPanel = () => {
+            if (window.get_title() !== PANEL_TITLE)
+                return false;
+            Main.wm.skipNextEffect(window.get_compositor_private());
+            return true;
+        };
+        if (skipIfPanel())
+            return;
+        const titled = window.connect('notify::title', () => {
+            if (skipIfPanel())
+                window.disconnect(titled);
+        });
     }
 
     // Centred on the monitor of the window in front (the panel, just mapped, may have the focus
