@@ -1,5 +1,7 @@
 #include "PeekPanel.h"
 
+#include "platform/linux/WaylandWindows.h"
+
 #include <QGuiApplication>
 #include <QPainterPath>
 #include <QRegion>
@@ -24,7 +26,7 @@ PeekPanel::PeekPanel(bool translucent)
     if (translucent)
         setColor(Qt::transparent);
     setGeometry(0, 0, 900, 600); // replaced by placement before the first display
-    setTitle(QStringLiteral("Corvane"));
+    setTitle(QString::fromLatin1(WaylandWindows::panelTitle));
 }
 
 void PeekPanel::showNow()

@@ -3,7 +3,6 @@
 #include <QLoggingCategory>
 #include <QPointer>
 #include <QSocketNotifier>
-#include <QTimer>
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -24,7 +23,11 @@ using Kind = InputMonitors::Kind;
 
 HoldDetector::HoldDetector(InputMonitors& monitors, QObject* parent)
     : QObject(parent), m_platform(monitors)
-{}
+{
+    m_fallbackTimer.setSingleShot(true);
+    m_fallbackTimer.setTimerType(Qt::PreciseTimer);
+    connect(&m_fallbackTimer, &QTimer::timeout, this, &HoldDetector::delayElapsed);
+}
 
 HoldDetector::~HoldDetector()
 {
@@ -120,17 +123,13 @@ void HoldDetector::armTimer()
     due.it_value.tv_nsec = long(delayNs % 1'000'000'000);
     if (openTimerFd() && timerfd_settime(m_timerFd, 0, &due, nullptr) == 0)
         return;
-    QTimer::singleShot(int(holdDelay * 1000.0 + 0.5), Qt::PreciseTimer, this,
-                       [this, generation = m_timerGeneration] {
-                           if (generation == m_timerGeneration)
-                               delayElapsed();
-                       });
+    m_fallbackTimer.start(int(holdDelay * 1000.0 + 0.5));
 }
 
 void HoldDetector::cancelTimer()
 {
     m_timerPending = false;
-    ++m_timerGeneration;
+    m_fallbackTimer.stop();
     // Setting a timerfd also clears an expiry not yet read: a timeout that came in before the
     // cancel is never reported.
     if (m_timerFd >= 0) {
@@ -162,7 +161,6 @@ bool HoldDetector::openTimerFd()
 void HoldDetector::delayElapsed()
 {
     m_timerPending = false;
-    ++m_timerGeneration;
     send(Event::timerFired());
 }
 

@@ -11,6 +11,7 @@
 #include <QObject>
 #include <QRectF>
 #include <QSocketNotifier>
+#include <QTimer>
 #include <functional>
 #include <optional>
 
@@ -64,12 +65,11 @@ private:
     QList<InputMonitors::Token> m_monitors;
     // The hold delay is timed by a timerfd, which wakes the process when it is due; the event
     // loop's own timers wake it at the next whole millisecond after, half a millisecond late on
-    // average. They are the fallback where no timerfd can be had. A generation tells a pending
-    // timeout from one that was cancelled or replaced.
+    // average. One of them is the fallback where no timerfd can be had.
     int m_timerFd = -1; // -2: none could be had
     QSocketNotifier* m_timerNotifier = nullptr;
+    QTimer m_fallbackTimer;
     bool m_timerPending = false;
-    quint64 m_timerGeneration = 0;
     bool m_triggerIsAloneDown = false;
 };
 

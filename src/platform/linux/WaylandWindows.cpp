@@ -84,9 +84,6 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcWindows, "com.vantorel.corvane.windows")
 
-// How the compositors' rules tell the panel from Corvane's other windows: its title (PeekPanel).
-const QByteArray panelTitle = QByteArrayLiteral("Corvane");
-
 QByteArray kwinScript(qint64 pid)
 {
     // The window in front is remembered as it changes: when the panel maps, it may already be

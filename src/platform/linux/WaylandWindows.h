@@ -16,6 +16,10 @@
 
 namespace corvane::WaylandWindows {
 
+// The panel's title (PeekPanel), by which the compositors' rules tell it from Corvane's other
+// windows.
+inline constexpr char panelTitle[] = "Corvane";
+
 // Asks the compositor to place the windows of process `pid`, Corvane's own, as above; logs what
 // was done. Never waits for the compositor.
 void arrange(qint64 pid);
